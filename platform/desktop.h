@@ -1,0 +1,106 @@
+// The seam: everything that the program needs of its surroundings. Two implementations stand beneath it, the
+// real desktop (platform/qt) and the simulated one (platform/simulated). All of it runs on one thread.
+#pragma once
+
+#include "platform/files.h"
+#include "platform/form.h"
+#include "platform/serialPort.h"
+
+#include <cstdint>
+#include <string>
+
+namespace platform {
+
+// Style of a message box: the sum of a button set and an icon.
+namespace boxStyle {
+constexpr int ok = 0;
+constexpr int okCancel = 1;
+constexpr int critical = 16;
+constexpr int question = 32;
+constexpr int exclamation = 48;
+constexpr int information = 64;
+} // namespace boxStyle
+
+// Answers of a message box.
+namespace boxAnswer {
+constexpr int ok = 1;
+constexpr int cancel = 2;
+} // namespace boxAnswer
+
+// The state of the file dialog component. A dialog that the operator confirms puts the path into fileName.
+struct FileDialog {
+    static constexpr int overwritePrompt = 2;
+
+    int flags = 0; // overwritePrompt: a save dialog asks before it gives an existing file
+    std::string initialDirectory;
+    std::string fileName;
+    std::string filter;       // pairs of description and pattern, separated and ended by "|"
+    bool cancelError = false; // raise failureNumber::dialogCancelled when the operator cancels
+};
+
+// A moment that no clock reaches, for waits without a limit.
+constexpr std::int64_t never = INT64_MAX;
+
+class Desktop {
+  public:
+    Desktop() = default;
+    Desktop(const Desktop&) = delete;
+    Desktop& operator=(const Desktop&) = delete;
+    virtual ~Desktop() = default;
+
+    // Milliseconds of a counter that never goes back and never wraps.
+    virtual std::int64_t timeGetTime() = 0;
+
+    // Date and time of the day in the system's general format.
+    virtual std::string dateAndTime() = 0;
+
+    // Blocks for that many milliseconds; no window event runs.
+    virtual void sleep(int milliseconds) = 0;
+
+    // A poll's pause: returns as soon as the serial port holds received bytes, or has failed, or the clock has
+    // reached `until`. No window event runs; the screen shows the state that the forms hold.
+    virtual void waitForBytes(std::int64_t until) = 0;
+
+    // Lets the pending window events run, and returns at once when there are none.
+    virtual void doEvents() = 0;
+
+    // Lets window events run, and returns as soon as something has happened: a window event, a timer's tick, a
+    // received byte, a failure of the port, or the clock has reached `until`.
+    virtual void waitForEvents(std::int64_t until) = 0;
+
+    // Shows a modal box and gives boxAnswer::ok or boxAnswer::cancel. The text is plain, "\r\n" is a line break.
+    // Window events run while it stands. Escape and the close box answer Cancel where there is such a button.
+    virtual int msgBox(const std::string& text, int style, const std::string& title) = 0;
+
+    // Show the dialogs for opening and saving. An open dialog does not insist on an existing file; neither adds
+    // an extension.
+    virtual void showOpen(FileDialog& dialog) = 0;
+    virtual void showSave(FileDialog& dialog) = 0;
+
+    // Loads the window of a form behind the scenes; its timers run from here on.
+    virtual void load(Form& form) = 0;
+    // Shows the window of a loaded form and does not wait. Both set the form's `visible`.
+    virtual void show(Form& form) = 0;
+    virtual void hide(Form& form) = 0;
+    // Takes the window away and stops its timers; the form object may go afterwards.
+    virtual void unload(Form& form) = 0;
+    virtual Size screenSize() = 0;
+
+    virtual SerialPort& commPort() = 0;
+    virtual Files& files() = 0;
+
+    // Directory of the program, with a separator at its end.
+    virtual std::string programDirectory() = 0;
+
+    // True when another instance of the program runs; from the first call on this one counts as running.
+    virtual bool previousInstance() = 0;
+
+    // Stops the whole process at once: no further code of the program runs.
+    [[noreturn]] virtual void endProgram() = 0;
+};
+
+// The desktop that this program runs on, set once before anything else.
+Desktop& desktop();
+void setDesktop(Desktop* desktop);
+
+} // namespace platform

@@ -1,0 +1,53 @@
+// What the program needs of the disk. Paths are UTF-8. Failures carry a description that names file and cause.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+
+namespace platform {
+
+// A file opened for binary access; destroying it closes it and drops any failure of the closing.
+class BinaryFile {
+  public:
+    BinaryFile() = default;
+    BinaryFile(const BinaryFile&) = delete;
+    BinaryFile& operator=(const BinaryFile&) = delete;
+    virtual ~BinaryFile() = default;
+
+    // Fills `bytes` from the file offset on. Bytes behind the end of the file stay as they are.
+    virtual void read(std::int64_t offset, std::span<std::uint8_t> bytes) = 0;
+
+    // Writes `bytes` from the file offset on; nothing else of the file changes.
+    virtual void write(std::int64_t offset, std::span<const std::uint8_t> bytes) = 0;
+
+    // Closes the file. Fails when bytes written before did not reach the disk.
+    virtual void close() = 0;
+};
+
+enum class FileAccess { read, write };
+
+class Files {
+  public:
+    Files() = default;
+    Files(const Files&) = delete;
+    Files& operator=(const Files&) = delete;
+    virtual ~Files() = default;
+
+    virtual bool exists(const std::string& path) = 0;
+
+    // Length in bytes; fails for a file that does not exist or cannot be asked.
+    virtual std::int64_t length(const std::string& path) = 0;
+
+    // Opens for reading, or for writing with creation of a missing file; an existing one is not shortened.
+    virtual std::unique_ptr<BinaryFile> openBinary(const std::string& path, FileAccess access) = 0;
+
+    // The whole file as bytes.
+    virtual std::string readAll(const std::string& path) = 0;
+
+    // Appends the text and a line break; creates a missing file.
+    virtual void appendLine(const std::string& path, const std::string& text) = 0;
+};
+
+} // namespace platform

@@ -1,0 +1,150 @@
+// The screen as data: a form is a set of control objects that hold their state. The program reads and writes
+// the state; a toolkit draws it whenever window events run, and turns the operator's input into the events.
+// All places and sizes are in twips: 1/1440 inch, 15 to a pixel at 96 dpi.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+struct Place {
+    int left = 0;
+    int top = 0;
+    int width = 0;
+    int height = 0;
+    bool operator==(const Place&) const = default;
+};
+
+struct Size {
+    int width = 0;
+    int height = 0;
+};
+
+struct Font {
+    std::string name = "Arial";
+    double points = 8.25;
+    bool bold = false;
+    bool underline = false;
+    bool operator==(const Font&) const = default;
+};
+
+// A colour: one of the desktop's own, or a fixed one.
+struct Colour {
+    enum class Source { windowText, greyText, buttonFace, fixed };
+    Source source = Source::windowText;
+    std::uint8_t red = 0;
+    std::uint8_t green = 0;
+    std::uint8_t blue = 0;
+    bool operator==(const Colour&) const = default;
+};
+
+constexpr Colour windowText{};
+constexpr Colour greyText{.source = Colour::Source::greyText};
+constexpr Colour buttonFace{.source = Colour::Source::buttonFace};
+constexpr Colour rgb(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
+    return {Colour::Source::fixed, red, green, blue};
+}
+
+enum class ControlKind {
+    label,
+    button,
+    optionButton, // one group for each container
+    checkBox,
+    frame,
+    dropDownList,
+    line, // from (left, top) to (left + width, top + height)
+    rectangle,
+    progressBar,
+    picture,
+};
+
+enum class Alignment { left, centre };
+
+struct Control {
+    ControlKind kind = ControlKind::label;
+    std::string name;
+    int index = -1;                    // place in a numbered array of controls, -1 outside one
+    std::string container;             // name of the frame that holds the control, empty: the form itself
+    Place place;                       // within the container
+    int tabIndex = -1;                 // order of the Tab key, -1: not reached by it
+    std::string caption;               // what it shows; on a button, an ampersand is an ordinary character
+    std::string accessibleName;        // what a screen reader says where the caption says nothing
+    Font font;
+    Colour textColour = windowText;
+    Colour backColour = buttonFace;
+    Alignment alignment = Alignment::left;
+    bool border = false;               // single-line border of a label
+    bool enabled = true;
+    bool visible = true;
+    double value = 0;                  // option button, check box: 0 off, 1 on; progress bar: min to max
+    double min = 0;                    // progress bar
+    double max = 100;                  // progress bar
+    std::vector<std::string> items;    // drop-down list: its entries
+    int listIndex = -1;                // drop-down list: the selected entry, -1: none
+    int picture = 0;                   // picture: number of the bitmap, 0: none
+    std::function<void()> click;       // the operator's click, also by keyboard
+};
+
+// A timer on the window's event queue. It ticks every `interval` milliseconds while it is enabled and the
+// interval is above 0; also again while its own tick still runs, if that tick lets window events run.
+// Setting either property starts the interval anew.
+class Timer {
+  public:
+    explicit Timer(std::string name) : name_(std::move(name)) {}
+
+    const std::string& name() const { return name_; }
+    bool enabled() const { return enabled_; }
+    int interval() const { return interval_; }
+    bool running() const { return enabled_ && interval_ > 0; }
+    // Counts the settings, so that a toolkit sees a timer that was stopped and started between two looks.
+    std::uint64_t settings() const { return settings_; }
+
+    void setEnabled(bool enabled) {
+        enabled_ = enabled;
+        ++settings_;
+    }
+    void setInterval(int milliseconds) {
+        interval_ = milliseconds;
+        ++settings_;
+    }
+
+    std::function<void()> tick;
+
+  private:
+    std::string name_;
+    bool enabled_ = false;
+    int interval_ = 0;
+    std::uint64_t settings_ = 0;
+};
+
+enum class MousePointer { standard = 0, arrow = 1, hourglass = 11 };
+
+// A window. Fixed size, no minimise and no maximise button.
+struct Form {
+    std::string name;
+    std::string title;
+    Size clientArea;
+    bool centred = true;               // centred on the screen at each show; else at left, top
+    int left = 0;
+    int top = 0;
+    bool titleBar = true;
+    bool onTaskBar = true;
+    int icon = 0;                      // number of the icon, 0: none
+    int backPicture = 0;               // bitmap behind the controls at the top left corner, 0: none
+    bool enabled = true;               // a disabled window takes no click, no key and no close request
+    bool visible = false;
+    MousePointer mousePointer = MousePointer::standard;
+    std::vector<Control*> controls;    // in drawing order, the first at the bottom
+    std::vector<Timer*> timers;
+    std::function<void()> queryUnload; // a close request of the operator or the system; empty: ignored
+
+    Form() = default;
+    Form(const Form&) = delete; // `controls` points into the form itself
+    Form& operator=(const Form&) = delete;
+    ~Form() = default;
+};
+
+} // namespace platform

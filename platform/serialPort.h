@@ -1,0 +1,58 @@
+// What the program needs of a serial port. Every operation reports trouble by raising a Failure that names the
+// device and the cause; use of a port that is not open is such a failure.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+using Bytes = std::vector<std::uint8_t>;
+
+class SerialPort {
+  public:
+    SerialPort() = default;
+    SerialPort(const SerialPort&) = delete;
+    SerialPort& operator=(const SerialPort&) = delete;
+    virtual ~SerialPort() = default;
+
+    // Says which COM port the next open takes: a number, 1 upward.
+    virtual void choosePort(std::int16_t number) = 0;
+
+    // True while this object holds the port.
+    virtual bool isOpen() const = 0;
+
+    // Takes speed, parity, data bits and stop bits from a text of the form 38400,n,8,1, for the next open.
+    virtual void setSettings(const std::string& settings) = 0;
+
+    // Opens the chosen port. Fails with failureNumber::portMissing for a port that does not exist or has no
+    // hardware behind it, with another number for any other reason; then the port is not open.
+    virtual void open() = 0;
+
+    virtual void close() = 0;
+
+    // Sizes of the receive and the transmit queue in bytes.
+    virtual void setBufferSizes(int input, int output) = 0;
+
+    // Number of received bytes waiting to be read, at once, without blocking.
+    virtual std::int16_t countReceived() = 0;
+
+    // Drops all received bytes waiting, also those that the system still holds.
+    virtual void clearReceived() = 0;
+
+    // Drops all bytes not yet transmitted.
+    virtual void clearUnsent() = 0;
+
+    // The most bytes that one read takes; 0: all that are waiting. Keeps its value over close and open.
+    virtual void setReadLimit(int bytes) = 0;
+
+    // Takes the bytes waiting, up to the read limit, in order of arrival. Never blocks.
+    virtual Bytes read() = 0;
+
+    // Queues bytes for transmission, in order, and does not wait for the line.
+    virtual void write(std::span<const std::uint8_t> bytes) = 0;
+};
+
+} // namespace platform
