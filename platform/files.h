@@ -16,7 +16,7 @@ class BinaryFile {
     BinaryFile& operator=(const BinaryFile&) = delete;
     virtual ~BinaryFile() = default;
 
-    // Fills `bytes` from the file offset on. Bytes behind the end of the file stay as they are.
+    // Fills `bytes` from the file offset on; fails when the file ends before they are full.
     virtual void read(std::int64_t offset, std::span<std::uint8_t> bytes) = 0;
 
     // Writes `bytes` from the file offset on; nothing else of the file changes.

@@ -59,6 +59,7 @@ enum class ControlKind {
     rectangle,
     progressBar,
     picture,
+    menu, // a stored caption only; no menu is drawn
 };
 
 enum class Alignment { left, centre };
@@ -139,6 +140,7 @@ struct Form {
     MousePointer mousePointer = MousePointer::standard;
     std::vector<Control*> controls;    // in drawing order, the first at the bottom
     std::vector<Timer*> timers;
+    std::function<void()> load;        // run once by whoever loads the form, behind Desktop::load
     std::function<void()> queryUnload; // a close request of the operator or the system; empty: ignored
 
     Form() = default;

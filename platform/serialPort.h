@@ -21,7 +21,7 @@ class SerialPort {
     // Says which COM port the next open takes: a number, 1 upward.
     virtual void choosePort(std::int16_t number) = 0;
 
-    // True while this object holds the port.
+    // True while this object holds the port, also when its device has gone away: until close().
     virtual bool isOpen() const = 0;
 
     // Takes speed, parity, data bits and stop bits from a text of the form 38400,n,8,1, for the next open.

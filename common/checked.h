@@ -1,0 +1,28 @@
+// Arithmetic and array access that raise a run-time failure where a plain one would be undefined or would wrap.
+#pragma once
+
+#include "platform/failure.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <type_traits>
+
+// `value` in a narrower width; fails with failureNumber::overflow when it does not fit.
+template <class To, class From>
+To narrow(From value) {
+    static_assert(std::is_integral_v<To> && std::is_signed_v<From> && sizeof(To) <= sizeof(From));
+    if (value < From{std::numeric_limits<To>::min()} || value > From{std::numeric_limits<To>::max()}) {
+        throw platform::Failure(platform::failureNumber::overflow, "Overflow");
+    }
+    return static_cast<To>(value);
+}
+
+// Element `index` of a vector or array; fails with failureNumber::outOfRange when there is none.
+template <class Array>
+auto& at(Array& array, std::int64_t index) {
+    if (index < 0 || index >= static_cast<std::int64_t>(array.size())) {
+        throw platform::Failure(platform::failureNumber::outOfRange, "Subscript out of range");
+    }
+    return array[static_cast<std::size_t>(index)];
+}

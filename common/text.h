@@ -1,0 +1,40 @@
+// Texts: trimming, hexadecimal, numbers in texts. Nothing here depends on the locale.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Without the blanks at both ends. Only the character 0x20 counts as a blank.
+std::string trim(std::string_view text);
+
+std::string upperCase(std::string_view text); // ASCII letters only
+bool equalIgnoringCase(std::string_view a, std::string_view b); // ASCII letters only
+
+std::string replaceAll(std::string_view text, char from, char to);
+
+// At least `digits` upper-case hexadecimal digits, padded with "0"; of more than that, the last `digits`.
+std::string hexText(std::uint32_t value, std::size_t digits);
+
+// Value of one hexadecimal digit of either case; nothing for any other character.
+std::optional<std::uint8_t> hexDigit(char character);
+
+// The number that the whole text reads as, blanks at both ends allowed: sign, digits, decimal point, exponent.
+std::optional<double> readsAsNumber(std::string_view text);
+
+// The number that the longest numeric beginning of the text reads as, 0 when there is none.
+double numericBeginning(std::string_view text);
+
+// The nearest whole number, ties to even. Fails with failureNumber::overflow outside 32 bits.
+std::int32_t roundToWhole(double number);
+
+// A number of thousandths divided by 1000 in the format "0.000".
+std::string thousandthsText(std::int32_t thousandths);
+
+// Text of raw bytes, one character for each byte, as UTF-8.
+std::string textOfBytes(std::string_view bytes);
+
+// At most `limit` bytes of a UTF-8 text, without half a character at the end.
+std::string_view cutText(std::string_view text, std::size_t limit);

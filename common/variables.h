@@ -1,0 +1,58 @@
+// The variables that more than one module uses. They live as long as the program runs; one assignment,
+// run = Variables(), is what the start of a process does to them.
+#pragma once
+
+#include "platform/serialPort.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// A firmware image: always handled whole, in XMODEM blocks.
+constexpr std::int32_t imageSize = 0x3C000;
+constexpr std::int32_t blockSize = 128;
+constexpr std::int32_t blockCount = imageSize / blockSize;
+
+struct Variables {
+    using Bytes = platform::Bytes;
+
+    // The device link, written by link/.
+    platform::SerialPort* serialPort = nullptr; // the one serial port, from fncOpenPort to subClosePort
+    Bytes replyBytes;                           // the stored bytes of the last reply
+    bool commBusy = false;                      // an exchange is running, or one that failed left this standing
+    std::int16_t commRetry = 0;                 // number of the try of an operation, 1234 is reported from 3 on; transfer/
+    std::string unitStateText;                  // the unit's state, two characters
+    std::int32_t sensorCount = 0;               // sensors connected to the unit
+
+    // Configuration, written by startup/.
+    std::string bpsText;                        // bit/s, always 38400
+    std::int16_t comPortNumber = 0;             // COM port number: Setting.INI's, or the operator's choice
+    std::string iniFilePath;                    // the INI file being read
+    std::vector<std::string> iniList;           // items of the comma list last split
+    bool settingPort = false;                   // a press of the set button is still at work
+
+    // What is connected and what is loaded, as the rows of the main window show it.
+    std::int16_t targetUnit = 0;                // unit that the commands address: 1 the amplifier, 0 the interface unit
+    std::string ampTypeName, ampVersionText;    // row 0, the amplifier: model name and version; startup/
+    std::string ifuTypeName, ifuVersionText;    // row 1, the interface unit: the same; startup/
+    std::string fileTypeName, fileVersionText;  // row 2, the loaded file: the same; firmware/
+
+    // Firmware. Both images have one element more than a transfer carries; it stays 0.
+    std::string loadFilePath, saveFilePath;     // paths chosen last in the open and the save dialog
+    Bytes firmwareImage = Bytes(imageSize + 1); // the loaded file, source of a write; firmware/
+    bool fileLoaded = false;                    // a file of the right size is in firmwareImage; firmware/
+    Bytes readBackImage = Bytes(imageSize + 1); // bytes received from the unit; transfer/
+    std::int32_t readBackCount = 0;             // how many; transfer/
+
+    // The transfer procedures, written by transfer/.
+    std::int32_t programState = 0;              // state of the procedures, see transfer/procedures.h
+    bool stepBusy = false;                      // a step function is running
+    bool waitTimedOut = false;                  // the limit of the present byte wait has passed
+
+    // Texts of the selected language, written by ui/.
+    std::string screenFontName;
+    std::string binFileFilter;                  // filter of the file dialogs
+    std::string portSetupText;                  // what start-up says when no unit answers
+};
+
+inline Variables run;
