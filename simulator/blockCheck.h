@@ -1,0 +1,17 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace simulator {
+
+// The CRC of XMODEM: polynomial 0x1021, start value 0, most significant bit first.
+std::uint16_t crcOf(std::span<const std::uint8_t> bytes);
+
+// The low eight bits of the sum of the bytes.
+std::uint8_t checksumOf(std::span<const std::uint8_t> bytes);
+
+// True when the packet (SOH, number, complement, 128 bytes, CRC or checksum) is whole and agrees with itself.
+bool packetAgrees(std::span<const std::uint8_t> packet, bool crc);
+
+} // namespace simulator

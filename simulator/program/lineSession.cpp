@@ -1,0 +1,170 @@
+#include "simulator/program/lineSession.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <fstream>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <system_error>
+#include <time.h>
+
+namespace simulator {
+namespace {
+
+constexpr Micros bitsPerByte = 10; // start, eight data, stop
+constexpr Micros bitsPerSecond = 38400;
+constexpr std::size_t readSize = 256;   // below the terminal's queue, so that a full line holds the tool back
+constexpr std::size_t deliverySize = 8; // bytes that a serial chip gathers before it reports them
+constexpr Micros quietTime = milliseconds(50);
+
+Micros clockNow() {
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    return seconds(time.tv_sec) + time.tv_nsec / 1000;
+}
+
+void writeFile(const std::filesystem::path& path, const char* bytes, std::size_t count) {
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(bytes, static_cast<std::streamsize>(count));
+    if (!file.flush()) {
+        throw std::runtime_error("cannot write " + path.string());
+    }
+}
+
+} // namespace
+
+LineSession::LineSession(ProgramOptions options, PseudoTerminal& terminal)
+    : options_(std::move(options)), terminal_(terminal), unit_(options_.unit) {}
+
+void LineSession::run(const volatile int& stop, const sigset_t& waitMask) {
+    prctl(PR_SET_TIMERSLACK, 1UL); // a byte lasts 260 us; the usual slack of 50 us would add up
+    if (options_.transferAtOnce == TransferAtOnce::receive) {
+        unit_.startReceiving(clockNow());
+    } else if (options_.transferAtOnce == TransferAtOnce::send) {
+        unit_.startSending(clockNow());
+    }
+    while (stop == 0) {
+        const Micros now = clockNow();
+        takeArrivals(now);
+        unit_.advance(now);
+        queueDepartures(now);
+        saveFiles(now);
+        writeDepartures(now);
+        sleep(now, waitMask);
+    }
+    saveImage();
+    saveJournal();
+}
+
+Micros LineSession::lineTime(std::size_t bytes) const {
+    return options_.paced ? static_cast<Micros>(bytes) * bitsPerByte * seconds(1) / bitsPerSecond : 0;
+}
+
+void LineSession::takeArrivals(Micros now) {
+    if (!arriving_.empty() && arrivalAt_ <= now) {
+        unit_.receive(arriving_, arrivalAt_);
+        arriving_.clear();
+    }
+    if (!arriving_.empty() || !mayRead_) {
+        return;
+    }
+    arriving_.resize(readSize);
+    arriving_.resize(terminal_.read(arriving_));
+    if (!arriving_.empty()) {
+        quietAt_ = now + quietTime;
+        arrivalAt_ = std::max(now, arrivalAt_) + lineTime(arriving_.size());
+    }
+}
+
+void LineSession::queueDepartures(Micros now) {
+    for (Output& output : unit_.takeOutput()) {
+        const Micros start = std::max(output.at, departureEnd_);
+        departureEnd_ = start + lineTime(output.bytes.size());
+        departing_.push_back({start, std::move(output.bytes)});
+        quietAt_ = now + quietTime;
+    }
+}
+
+// How many bytes of the departure will have been delivered with the next write.
+std::size_t LineSession::nextWritten(const Departure& departure) const {
+    const std::size_t size = departure.bytes.size();
+    return options_.paced ? std::min(size, departure.written + deliverySize) : size;
+}
+
+void LineSession::writeDepartures(Micros now) {
+    terminalFull_ = false;
+    while (!departing_.empty() && !terminalFull_) {
+        Departure& first = departing_.front();
+        const std::size_t end = nextWritten(first);
+        if (first.start + lineTime(end) > now) {
+            return;
+        }
+        const std::size_t size = end - first.written;
+        const std::size_t moved = terminal_.write(std::span(first.bytes).subspan(first.written, size));
+        first.written += moved;
+        terminalFull_ = moved < size;
+        if (first.written == first.bytes.size()) {
+            departing_.pop_front();
+        }
+    }
+}
+
+std::optional<Micros> LineSession::due() const {
+    auto next = unit_.due();
+    const auto consider = [&next](Micros moment) { next = next ? std::min(*next, moment) : moment; };
+    if (!arriving_.empty()) {
+        consider(arrivalAt_);
+    }
+    if (!departing_.empty() && !terminalFull_) {
+        consider(departing_.front().start + lineTime(nextWritten(departing_.front())));
+    }
+    if (quietAt_) {
+        consider(*quietAt_);
+    }
+    return next;
+}
+
+void LineSession::sleep(Micros now, const sigset_t& waitMask) {
+    pollfd terminal{terminal_.descriptor(), 0, 0};
+    terminal.events = static_cast<short>((arriving_.empty() ? POLLIN : 0) | (terminalFull_ ? POLLOUT : 0));
+    const auto next = due();
+    const Micros wait = next ? std::max<Micros>(0, *next - now) : 0;
+    const timespec limit{wait / seconds(1), wait % seconds(1) * 1000};
+    if (ppoll(&terminal, 1, next ? &limit : nullptr, &waitMask) < 0 && errno != EINTR) {
+        throw std::system_error(errno, std::generic_category(), "ppoll");
+    }
+    mayRead_ = (terminal.revents & POLLIN) != 0;
+}
+
+// The files stand before the unit's reply to operation 53 goes out: who waits for that reply finds them.
+void LineSession::saveFiles(Micros now) {
+    const auto& operations = unit_.journal().operations;
+    const bool procedureClosed = operations.size() > operationsSaved_ && operations.back() == "53";
+    operationsSaved_ = operations.size();
+    if (procedureClosed) {
+        saveImage();
+    }
+    if (procedureClosed || (quietAt_ && *quietAt_ <= now)) {
+        saveJournal();
+        quietAt_.reset();
+    }
+}
+
+void LineSession::saveImage() const {
+    const Bytes& image = unit_.receivedImage();
+    if (!options_.imageOut.empty() && !image.empty()) {
+        writeFile(options_.imageOut, reinterpret_cast<const char*>(image.data()), image.size());
+    }
+}
+
+void LineSession::saveJournal() {
+    const std::string text = options_.journal.empty() ? "" : journalText(unit_.journal());
+    if (text != journalSaved_) {
+        writeFile(options_.journal, text.data(), text.size());
+        journalSaved_ = text;
+    }
+}
+
+} // namespace simulator

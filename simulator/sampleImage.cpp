@@ -1,0 +1,33 @@
+#include "simulator/sampleImage.h"
+
+#include <algorithm>
+#include <random>
+
+namespace simulator {
+namespace {
+
+constexpr std::size_t leadOffset = 0x3BF00;
+constexpr std::size_t leadLength = 5;
+constexpr std::size_t versionOffset = 0x3BF05;
+constexpr std::size_t typeOffset = 0x3BF10;
+constexpr std::size_t typeLength = 16;
+
+void putText(Bytes& image, std::size_t offset, std::size_t length, std::string text, char filler) {
+    text.resize(length, filler);
+    std::ranges::copy(text, image.begin() + static_cast<std::ptrdiff_t>(offset));
+}
+
+} // namespace
+
+Bytes makeSampleImage(const SampleImage& sample) {
+    Bytes image(imageSize);
+    std::mt19937 random(sample.seed); // its sequence is fixed by the language's standard
+    std::ranges::generate(image, [&random] { return static_cast<std::uint8_t>(random()); });
+    putText(image, leadOffset, leadLength, sample.leadText, ' ');
+    image[versionOffset] = static_cast<std::uint8_t>(sample.rawVersion);
+    image[versionOffset + 1] = static_cast<std::uint8_t>(sample.rawVersion >> 8);
+    putText(image, typeOffset, typeLength, sample.typeText, sample.zeroFilled ? '\0' : ' ');
+    return image;
+}
+
+} // namespace simulator

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "simulator/wire.h"
+
+#include <string>
+
+namespace simulator {
+
+struct SampleImage {
+    std::string typeText = "AMPFIRM"; // up to 16 characters
+    std::uint16_t rawVersion = 11046;
+    std::string leadText = "TARN0"; // up to 5 characters, at the head of the identification block
+    bool zeroFilled = true;         // what fills the type text up: zero bytes, else blanks
+    std::uint32_t seed = 1;         // of the bytes that stand for the firmware; the same seed gives the same bytes
+};
+
+// A firmware image of the right size with an identification block.
+Bytes makeSampleImage(const SampleImage& sample);
+
+} // namespace simulator

@@ -1,0 +1,102 @@
+// A simulated amplifier unit: bytes in, bytes out, and the time told to it.
+#pragma once
+
+#include "simulator/frame.h"
+#include "simulator/journal.h"
+#include "simulator/transmitter.h"
+#include "simulator/unitOptions.h"
+#include "simulator/xmodemReceiver.h"
+#include "simulator/xmodemSender.h"
+
+#include <array>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace simulator {
+
+// Commands are answered like this:
+// - A frame with a wrong block check gets a reply that has the end code "13" and nothing else, one whose text is no
+//   command at all the end code "14"; a frame to another node or sub-address gets silence. During a transfer, what is
+//   not a good frame counts as noise.
+// - "0501", "0601", the area reads of one element at address 1 and the operations in their exact form get "0000".
+//   Any other area read gets "1101", an operation in another form "1004", any other command "1001".
+// - "51" without a "50" to the same unit before it gets "2204", and so does any command but an operation while the
+//   unit is in its transfer mode. It leaves that mode by any operation, or when a transfer is broken off or
+//   all is sent.
+//
+// An image that ended with all its blocks becomes the present image of its unit, and the version that the unit tells
+// is from then on that of the image. Times must not go backwards from call to call.
+class Unit {
+  public:
+    explicit Unit(UnitOptions options);
+    Unit(const Unit&) = delete;
+    Unit& operator=(const Unit&) = delete;
+
+    // Bytes whose last one has arrived at `now`.
+    void receive(std::span<const std::uint8_t> bytes, Micros now);
+
+    // Does all that the unit does by itself up to `now`.
+    void advance(Micros now);
+
+    // The next moment at which `advance` has something to do.
+    std::optional<Micros> due() const;
+
+    // What the unit has handed to its line since the last call, in order.
+    std::vector<Output> takeOutput() { return transmitter_.take(); }
+
+    // Enters a transfer without a command, for the amplifier.
+    void startReceiving(Micros now);
+    void startSending(Micros now);
+
+    // What the unit is may change while it runs.
+    UnitOptions& options() { return options_; }
+
+    const Journal& journal() const { return journal_; }
+
+    // The image of the last write as far as it came.
+    const Bytes& receivedImage() const { return receiver_.image(); }
+
+  private:
+    enum class Mode { commands, receiving, sending };
+    struct Result {
+        std::string code;
+        std::string data = {};
+    };
+
+    bool silentAt(Micros now) const { return options_.silentFrom && now >= *options_.silentFrom; }
+    std::size_t hear(std::span<const std::uint8_t> bytes, Micros now);
+    void hearFrameByte(std::uint8_t byte, Micros now);
+    void hearFrame(Micros now);
+    void dropFrame(Micros now);
+    void step(Micros now);
+    std::optional<Micros> dueByItself() const;
+
+    void answerCommand(const std::string& command, Micros now);
+    const CommandAnswer* specialAnswer(const std::string& command);
+    Result carryOut(const std::string& command, Micros now);
+    Result readArea(const std::string& command) const;
+    Result operate(const std::string& command, Micros now);
+    void reply(const std::string& text, Micros now, const CommandAnswer& special = {});
+
+    Bytes& imageOf(const std::string& unitField);
+    void keepReceivedImage();
+    void leaveEndedTransfer();
+
+    UnitOptions options_;
+    Journal journal_;
+    Transmitter transmitter_;
+    XmodemReceiver receiver_{options_, journal_, transmitter_};
+    XmodemSender sender_{options_, journal_, transmitter_};
+    FrameReader frame_;
+    Micros frameByteAt_ = 0;
+    Micros latest_ = 0;           // the moment of the last thing done or heard
+    std::vector<int> ruleCounts_; // frames that each answer rule has counted
+    Mode mode_ = Mode::commands;
+    std::string preparedUnit_; // unit field of the last "50", until "53" or "54"
+    std::string writtenUnit_;  // unit field of the write under way
+    int endsSeen_ = 0;
+};
+
+} // namespace simulator
