@@ -11,9 +11,13 @@
 
 namespace {
 
-bool isDigit(char character) { return character >= '0' && character <= '9'; }
+bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
 
-char upper(char character) { return character >= 'a' && character <= 'z' ? static_cast<char>(character - 32) : character; }
+char upper(char character) {
+    return character >= 'a' && character <= 'z' ? static_cast<char>(character - 32) : character;
+}
 
 std::size_t skipDigits(std::string_view text, std::size_t from) {
     while (from < text.size() && isDigit(text[from])) {

@@ -10,7 +10,7 @@
 // Without the blanks at both ends. Only the character 0x20 counts as a blank.
 std::string trim(std::string_view text);
 
-std::string upperCase(std::string_view text); // ASCII letters only
+std::string upperCase(std::string_view text);                   // ASCII letters only
 bool equalIgnoringCase(std::string_view a, std::string_view b); // ASCII letters only
 
 std::string replaceAll(std::string_view text, char from, char to);

@@ -20,22 +20,22 @@ struct Variables {
     platform::SerialPort* serialPort = nullptr; // the one serial port, from fncOpenPort to subClosePort
     Bytes replyBytes;                           // the stored bytes of the last reply
     bool commBusy = false;                      // an exchange is running, or one that failed left this standing
-    std::int16_t commRetry = 0;                 // number of the try of an operation, 1234 is reported from 3 on; transfer/
-    std::string unitStateText;                  // the unit's state, two characters
-    std::int32_t sensorCount = 0;               // sensors connected to the unit
+    std::int16_t commRetry = 0;   // number of the try of an operation, 1234 is reported from 3 on; transfer/
+    std::string unitStateText;    // the unit's state, two characters
+    std::int32_t sensorCount = 0; // sensors connected to the unit
 
     // Configuration, written by startup/.
-    std::string bpsText;                        // bit/s, always 38400
-    std::int16_t comPortNumber = 0;             // COM port number: Setting.INI's, or the operator's choice
-    std::string iniFilePath;                    // the INI file being read
-    std::vector<std::string> iniList;           // items of the comma list last split
-    bool settingPort = false;                   // a press of the set button is still at work
+    std::string bpsText;              // bit/s, always 38400
+    std::int16_t comPortNumber = 0;   // COM port number: Setting.INI's, or the operator's choice
+    std::string iniFilePath;          // the INI file being read
+    std::vector<std::string> iniList; // items of the comma list last split
+    bool settingPort = false;         // a press of the set button is still at work
 
     // What is connected and what is loaded, as the rows of the main window show it.
-    std::int16_t targetUnit = 0;                // unit that the commands address: 1 the amplifier, 0 the interface unit
-    std::string ampTypeName, ampVersionText;    // row 0, the amplifier: model name and version; startup/
-    std::string ifuTypeName, ifuVersionText;    // row 1, the interface unit: the same; startup/
-    std::string fileTypeName, fileVersionText;  // row 2, the loaded file: the same; firmware/
+    std::int16_t targetUnit = 0;               // unit that the commands address: 1 the amplifier, 0 the interface unit
+    std::string ampTypeName, ampVersionText;   // row 0, the amplifier: model name and version; startup/
+    std::string ifuTypeName, ifuVersionText;   // row 1, the interface unit: the same; startup/
+    std::string fileTypeName, fileVersionText; // row 2, the loaded file: the same; firmware/
 
     // Firmware. Both images have one element more than a transfer carries; it stays 0.
     std::string loadFilePath, saveFilePath;     // paths chosen last in the open and the save dialog
@@ -45,14 +45,14 @@ struct Variables {
     std::int32_t readBackCount = 0;             // how many; transfer/
 
     // The transfer procedures, written by transfer/.
-    std::int32_t programState = 0;              // state of the procedures, see transfer/procedures.h
-    bool stepBusy = false;                      // a step function is running
-    bool waitTimedOut = false;                  // the limit of the present byte wait has passed
+    std::int32_t programState = 0; // state of the procedures, see transfer/procedures.h
+    bool stepBusy = false;         // a step function is running
+    bool waitTimedOut = false;     // the limit of the present byte wait has passed
 
     // Texts of the selected language, written by ui/.
     std::string screenFontName;
-    std::string binFileFilter;                  // filter of the file dialogs
-    std::string portSetupText;                  // what start-up says when no unit answers
+    std::string binFileFilter; // filter of the file dialogs
+    std::string portSetupText; // what start-up says when no unit answers
 };
 
 inline Variables run;

@@ -6,8 +6,12 @@ namespace {
 Desktop* theDesktop = nullptr;
 }
 
-Desktop& desktop() { return *theDesktop; }
+Desktop& desktop() {
+    return *theDesktop;
+}
 
-void setDesktop(Desktop* desktop) { theDesktop = desktop; }
+void setDesktop(Desktop* desktop) {
+    theDesktop = desktop;
+}
 
 } // namespace platform

@@ -10,21 +10,21 @@ namespace platform {
 // Numbers that a failure carries. Only those that some routine compares with need to be apart; the rest
 // tell failures apart in tests and logs. All stay clear of 0 and of 4097 to 4099, the results of a transfer.
 namespace failureNumber {
-constexpr int overflow = 6;             // a number outside the width of its variable
-constexpr int outOfRange = 9;           // an index outside its array
-constexpr int typeMismatch = 13;        // a text that does not read as a number
-constexpr int fileNotFound = 53;        // no file of that path
-constexpr int fileRefused = 70;         // a file that may not be opened, read or written
-constexpr int fileBroken = 57;          // a read or write of a file that failed half-way
-constexpr int noSuchText = 326;         // an id that the string table does not hold
-constexpr int invalidProperty = 380;    // a property value outside its range
-constexpr int portMissing = 8002;       // a serial port that does not exist
-constexpr int portHeld = 8005;          // a serial port that another program holds, or that is open already
-constexpr int portForbidden = 8006;     // a serial port that this user may not open
-constexpr int portRefused = 8007;       // line settings that the port does not take, any other failure of open
-constexpr int portNotOpen = 8018;       // use of a port that is not open
-constexpr int portLost = 8020;          // the device went away, or a read or write on it failed
-constexpr int dialogCancelled = 32755;  // the operator cancelled a file dialog
+constexpr int overflow = 6;            // a number outside the width of its variable
+constexpr int outOfRange = 9;          // an index outside its array
+constexpr int typeMismatch = 13;       // a text that does not read as a number
+constexpr int fileNotFound = 53;       // no file of that path
+constexpr int fileRefused = 70;        // a file that may not be opened, read or written
+constexpr int fileBroken = 57;         // a read or write of a file that failed half-way
+constexpr int noSuchText = 326;        // an id that the string table does not hold
+constexpr int invalidProperty = 380;   // a property value outside its range
+constexpr int portMissing = 8002;      // a serial port that does not exist
+constexpr int portHeld = 8005;         // a serial port that another program holds, or that is open already
+constexpr int portForbidden = 8006;    // a serial port that this user may not open
+constexpr int portRefused = 8007;      // line settings that the port does not take, any other failure of open
+constexpr int portNotOpen = 8018;      // use of a port that is not open
+constexpr int portLost = 8020;         // the device went away, or a read or write on it failed
+constexpr int dialogCancelled = 32755; // the operator cancelled a file dialog
 } // namespace failureNumber
 
 // A run-time failure: raised by platform operations, checked arithmetic and checked array access.
