@@ -13,6 +13,8 @@ namespace failureNumber {
 constexpr int overflow = 6;            // a number outside the width of its variable
 constexpr int outOfRange = 9;          // an index outside its array
 constexpr int typeMismatch = 13;       // a text that does not read as a number
+constexpr int unexpected = 51;         // a failure of a kind that nothing here raises
+constexpr int objectNotSet = 91;       // use of the serial port while none is bound
 constexpr int fileNotFound = 53;       // no file of that path
 constexpr int fileRefused = 70;        // a file that may not be opened, read or written
 constexpr int fileBroken = 57;         // a read or write of a file that failed half-way

@@ -66,27 +66,27 @@ enum class Alignment { left, centre };
 
 struct Control {
     ControlKind kind = ControlKind::label;
-    std::string name;
-    int index = -1;             // place in a numbered array of controls, -1 outside one
-    std::string container;      // name of the frame that holds the control, empty: the form itself
-    Place place;                // within the container
-    int tabIndex = -1;          // order of the Tab key, -1: not reached by it
-    std::string caption;        // what it shows; on a button, an ampersand is an ordinary character
-    std::string accessibleName; // what a screen reader says where the caption says nothing
-    Font font;
+    std::string name = {};
+    int index = -1;                  // place in a numbered array of controls, -1 outside one
+    std::string container = {};      // name of the frame that holds the control, empty: the form itself
+    Place place = {};                // within the container
+    int tabIndex = -1;               // order of the Tab key, -1: not reached by it
+    std::string caption = {};        // what it shows; on a button, an ampersand is an ordinary character
+    std::string accessibleName = {}; // what a screen reader says where the caption says nothing
+    Font font = {};
     Colour textColour = windowText;
     Colour backColour = buttonFace;
     Alignment alignment = Alignment::left;
     bool border = false; // single-line border of a label
     bool enabled = true;
     bool visible = true;
-    double value = 0;               // option button, check box: 0 off, 1 on; progress bar: min to max
-    double min = 0;                 // progress bar
-    double max = 100;               // progress bar
-    std::vector<std::string> items; // drop-down list: its entries
-    int listIndex = -1;             // drop-down list: the selected entry, -1: none
-    int picture = 0;                // picture: number of the bitmap, 0: none
-    std::function<void()> click;    // the operator's click, also by keyboard
+    double value = 0;                    // option button, check box: 0 off, 1 on; progress bar: min to max
+    double min = 0;                      // progress bar
+    double max = 100;                    // progress bar
+    std::vector<std::string> items = {}; // drop-down list: its entries
+    int listIndex = -1;                  // drop-down list: the selected entry, -1: none
+    int picture = 0;                     // picture: number of the bitmap, 0: none
+    std::function<void()> click = {};    // the operator's click, also by keyboard
 };
 
 // A timer on the window's event queue. It ticks every `interval` milliseconds while it is enabled and the

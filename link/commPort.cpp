@@ -1,0 +1,102 @@
+#include "link/commPort.h"
+
+#include "common/variables.h"
+#include "platform/desktop.h"
+#include "platform/failure.h"
+#include "ui/messages.h"
+#include "ui/stringTable.h"
+
+using platform::desktop;
+using platform::Failure;
+using platform::SerialPort;
+
+namespace CommonComm {
+
+namespace {
+
+constexpr int inputBufferSize = 1024;
+constexpr int outputBufferSize = 512;
+
+// Runs one step; its failure, if it is the first, leaves its number behind and stops nothing.
+template <class Step>
+void tryStep(int& failure, Step step) {
+    try {
+        step();
+    } catch (const Failure& raised) {
+        failure = failure == 0 ? raised.number() : failure;
+    }
+}
+
+template <class Step>
+void tryStep(Step step) {
+    int ignored = 0;
+    tryStep(ignored, step);
+}
+
+// These texts are Japanese whatever the language of the screen is.
+void showOpenFailure(const std::string& text) {
+    desktop().msgBox(text, platform::boxStyle::critical, messageText::title);
+}
+
+void closeIfOpen(SerialPort& port) {
+    tryStep([&] {
+        if (port.isOpen()) {
+            port.close();
+        }
+    });
+}
+
+} // namespace
+
+SerialPort& serialPort() {
+    if (run.serialPort == nullptr) {
+        throw Failure(platform::failureNumber::objectNotSet, "No serial port is in use.");
+    }
+    return *run.serialPort;
+}
+
+bool fncOpenPort(std::int16_t portNumber, const std::string& settings) {
+    run.serialPort = &desktop().commPort();
+    SerialPort& port = *run.serialPort;
+    tryStep([&] { port.choosePort(portNumber); });
+    if (port.isOpen()) {
+        showOpenFailure(loadText(textId::portDoesNotOpen));
+        return false;
+    }
+    int failure = 0;
+    tryStep(failure, [&] { port.setSettings(settings); });
+    tryStep(failure, [&] { port.open(); });
+    tryStep(failure, [&] { port.read(); });
+    if (failure != 0) {
+        closeIfOpen(port);
+        showOpenFailure(failure == platform::failureNumber::portMissing
+                            ? loadText(textId::portMissing1) + std::to_string(portNumber) +
+                                  loadText(textId::portMissing2)
+                            : loadText(textId::portDoesNotOpen));
+        return false;
+    }
+    tryStep([&] { port.setBufferSizes(inputBufferSize, outputBufferSize); });
+    tryStep([&] { port.clearReceived(); });
+    return true;
+}
+
+void subClosePort() {
+    if (run.serialPort != nullptr) {
+        closeIfOpen(*run.serialPort);
+    }
+    run.serialPort = nullptr;
+}
+
+void subClearInput() {
+    tryStep([] { serialPort().clearReceived(); });
+}
+
+bool linkAlive() {
+    try {
+        return serialPort().isOpen() && serialPort().countReceived() >= 0;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+} // namespace CommonComm

@@ -1,0 +1,109 @@
+#include "link/exchange.h"
+
+#include "common/text.h"
+#include "common/variables.h"
+#include "link/commPort.h"
+#include "link/replyReceiver.h"
+#include "platform/desktop.h"
+#include "ui/messages.h"
+#include "ui/stringTable.h"
+
+#include <array>
+
+using platform::desktop;
+
+namespace CommonComm {
+
+namespace {
+
+constexpr const char* addressAndService = "00000"; // node number, sub-address, service id
+constexpr std::int32_t linkFreeLimit = 5000;
+constexpr int passesBehindBadFrame = 3;
+constexpr std::int16_t reportedTry = 3;
+
+// Polls the port until the reply is finished or the clock has passed the deadline.
+void receiveReply(ReplyReceiver& receiver, std::int64_t deadline) {
+    int passes = 0; // polls since a frame finished without being good
+    do {
+        if (serialPort().countReceived() > 0) {
+            receiver.take(serialPort().read());
+            if (receiver.takeCheckedGood()) {
+                subClearInput();
+            }
+        } else if (!receiver.frameDone()) {
+            desktop().waitForBytes(deadline + 1);
+        }
+        if (receiver.frameGood() || (receiver.frameDone() && ++passes == passesBehindBadFrame)) {
+            return;
+        }
+    } while (desktop().timeGetTime() <= deadline);
+}
+
+void subLinkFailure(const std::string& text) {
+    if (fncMsgBox(textId::shutDownByCancel, platform::boxStyle::critical + platform::boxStyle::okCancel, text) ==
+        platform::boxAnswer::cancel) {
+        desktop().endProgram();
+    }
+}
+
+std::string fncCheckResult(const std::string& result) {
+    subLinkFailure(loadText(textId::communicationError)); // Japanese in either language
+    return result;
+}
+
+} // namespace
+
+void subSendFrame(const std::string& command) {
+    const std::string text = addressAndService + upperCase(command);
+    std::uint8_t blockCheck = etx;
+    for (const char character : text) {
+        blockCheck ^= static_cast<std::uint8_t>(character);
+    }
+    platform::SerialPort& port = serialPort();
+    port.write(std::array{stx});
+    port.write(platform::Bytes(text.begin(), text.end()));
+    port.write(std::array{etx});
+    port.write(std::array{blockCheck});
+}
+
+std::string fncExchange(const std::string& command, bool rawData, std::int32_t timeoutMs) {
+    if (run.commBusy) {
+        return "9998";
+    }
+    run.commBusy = true;
+    const std::int64_t deadline = desktop().timeGetTime() + timeoutMs;
+    subClearInput();
+    subSendFrame(command);
+    ReplyReceiver receiver(run.replyBytes, rawData);
+    receiveReply(receiver, deadline);
+    run.commBusy = false;
+    if (receiver.brokenAnswer()) {
+        subWriteLog(receiver.logText());
+    }
+    return receiver.result();
+}
+
+void subWaitLinkFree(std::int32_t timeoutMs) {
+    const std::int64_t deadline = desktop().timeGetTime() + timeoutMs;
+    while (run.commBusy && desktop().timeGetTime() <= deadline) {
+        desktop().waitForEvents(deadline + 1);
+    }
+    run.commBusy = false;
+}
+
+void subWriteLog(const std::string& text) {
+    desktop().files().appendLine(desktop().programDirectory() + "KelpLog.txt", desktop().dateAndTime() + ' ' + text);
+}
+
+std::string fncSendCommand(const std::string& command, bool rawData, platform::Bytes& reply, std::int32_t timeoutMs,
+                           bool suppressMessage) {
+    subWaitLinkFree(linkFreeLimit);
+    const std::string result = fncExchange(command, rawData, timeoutMs);
+    reply = run.replyBytes;
+    if (!suppressMessage && result == "1234" && run.commRetry >= reportedTry) {
+        return fncCheckResult(result);
+    }
+    return result;
+}
+
+} // namespace CommonComm

@@ -1,0 +1,15 @@
+// Result codes: four characters, "0000" is success.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace FirmComm {
+
+constexpr std::int32_t resultSuccess = 7;
+constexpr std::int32_t resultOther = 8;
+
+// Number of a result code; resultSuccess for "0000", resultOther for a code that the table does not know.
+std::int32_t fncResultNumber(std::string_view code);
+
+} // namespace FirmComm

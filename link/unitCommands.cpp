@@ -1,0 +1,102 @@
+#include "link/unitCommands.h"
+
+#include "common/checked.h"
+#include "common/text.h"
+#include "common/variables.h"
+#include "link/exchange.h"
+#include "link/replyReceiver.h"
+#include "link/resultCodes.h"
+#include "platform/desktop.h"
+#include "platform/failure.h"
+#include "ui/messages.h"
+#include "ui/stringTable.h"
+
+#include <algorithm>
+
+using CommonComm::fncSendCommand;
+using CommonComm::replyData;
+using platform::Bytes;
+
+namespace Common {
+
+namespace {
+
+constexpr std::int32_t operationTimeout = 10000;
+
+// The failure rule that the command routines share. `command` gets the result that it holds so far.
+template <class Command>
+std::string commandRoutine(Command command) {
+    std::string result;
+    try {
+        command(result);
+        return result;
+    } catch (const std::exception&) {
+        fncMsgBox(trim(result).empty() ? textId::receiveTimeout : textId::applicationError,
+                  platform::boxStyle::critical, result);
+        return "9999";
+    }
+}
+
+std::string twoCharacters(const Bytes& reply, std::int32_t index) {
+    const std::string bytes{static_cast<char>(at(reply, index)), static_cast<char>(at(reply, index + 1))};
+    return textOfBytes(bytes);
+}
+
+std::int32_t wholeNumber(const std::string& text) {
+    const auto number = readsAsNumber(text);
+    if (!number) {
+        throw platform::Failure(platform::failureNumber::typeMismatch, "\"" + text + "\" is no number.");
+    }
+    return roundToWhole(*number);
+}
+
+} // namespace
+
+std::string fncCommand(const std::string& command, Bytes& reply) {
+    return commandRoutine(
+        [&](std::string& result) { result = fncSendCommand(command, true, reply, commandTimeout, false); });
+}
+
+std::string fncReadUnitState(const std::string& command, Bytes& reply) {
+    return commandRoutine([&](std::string& result) {
+        run.unitStateText.clear();
+        run.sensorCount = 0;
+        result = fncSendCommand(command, true, reply, commandTimeout, false);
+        if (result == "0000") {
+            run.unitStateText = twoCharacters(reply, replyData);
+            run.sensorCount = wholeNumber(twoCharacters(reply, replyData + 2));
+        }
+    });
+}
+
+std::string fncReadArea(const std::string& area, std::int16_t address, std::int32_t count, Bytes& reply,
+                        std::int32_t timeoutMs, bool suppressMessage) {
+    return commandRoutine([&](std::string& result) {
+        const std::string text = "0101" + area + hexText(static_cast<std::uint32_t>(address), 4) + "00" +
+                                 hexText(static_cast<std::uint32_t>(count), 4);
+        result = fncSendCommand(text, false, reply, timeoutMs, suppressMessage);
+    });
+}
+
+std::string fncOperation(const std::string& operation, std::int16_t unit) {
+    return commandRoutine([&](std::string& result) {
+        const bool startsTransfer = operation == "51" || operation == "52";
+        const std::string text =
+            "3005" + operation + hexText(static_cast<std::uint32_t>(unit), 2) + (startsTransfer ? "0C00" : "0000");
+        Bytes reply;
+        result = fncSendCommand(text, false, reply, operationTimeout, false);
+    });
+}
+
+} // namespace Common
+
+namespace FirmComm {
+
+std::int32_t fncCheckTarget() {
+    const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
+    Bytes reply;
+    const std::string code = Common::fncCommand("0101D40001000001", reply);
+    return code.size() == 4 && std::ranges::all_of(code, isDigit) ? std::stoi(code) : resultOther;
+}
+
+} // namespace FirmComm

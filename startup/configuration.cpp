@@ -1,0 +1,108 @@
+#include "startup/configuration.h"
+
+#include "common/checked.h"
+#include "common/profile.h"
+#include "common/text.h"
+#include "common/variables.h"
+#include "platform/desktop.h"
+#include "ui/messages.h"
+
+using platform::desktop;
+
+namespace Common {
+
+namespace {
+
+constexpr std::int16_t mostItems = 101;
+constexpr std::int32_t highestVersion = 9999; // of a range, in thousandths
+
+std::string iniPath(const char* fileName) {
+    return desktop().programDirectory() + fileName;
+}
+
+std::string typeValue(const std::string& section, const std::string& key) {
+    run.iniFilePath = iniPath("TYPE.INI");
+    return fncGetIniString(section, key, run.iniFilePath);
+}
+
+// Takes the range whose base stands in item `base` of run.iniList; the model name stands behind it.
+bool takeRange(std::int32_t base, std::int32_t rawVersion, std::string& typeName, std::int32_t& version) {
+    version = roundToWhole(rawVersion - numericBeginning(at(run.iniList, base)));
+    typeName = at(run.iniList, base + 1);
+    return version >= 0 && version <= highestVersion;
+}
+
+} // namespace
+
+std::string fncGetIniString(const std::string& section, const std::string& key, const std::string& path) {
+    const std::string value = getPrivateProfileString(desktop().files(), section, key, path);
+    return trim(replaceAll(value.substr(0, value.find('\'')), '\t', ' '));
+}
+
+std::int16_t fncSplitList(std::string& text) {
+    text = replaceAll(text, '\t', ' ');
+    run.iniList.clear();
+    std::size_t start = 0;
+    while (run.iniList.size() < mostItems) {
+        const std::size_t comma = text.find(',', start);
+        run.iniList.push_back(trim(std::string_view(text).substr(start, comma - start)));
+        if (comma == std::string::npos) {
+            break;
+        }
+        start = comma + 1;
+    }
+    return static_cast<std::int16_t>(run.iniList.size());
+}
+
+bool fncGetAmpType(const std::string& key, std::int32_t rawVersion, std::string& typeName, std::int32_t& version) {
+    constexpr std::int32_t firstBase = 0;
+    constexpr std::int32_t secondBase = 3;
+    std::string value = typeValue("AMP_TYPE", key);
+    if (value.empty()) {
+        return false;
+    }
+    const std::int16_t items = fncSplitList(value);
+    if (takeRange(firstBase, rawVersion, typeName, version) ||
+        (items > secondBase + 1 && takeRange(secondBase, rawVersion, typeName, version))) {
+        return true;
+    }
+    version = 0;
+    typeName.clear();
+    return false;
+}
+
+std::string fncGetIfuType(const std::string& key, const std::string& section) {
+    std::string value = typeValue(section, trim(key));
+    if (value.empty()) {
+        return {};
+    }
+    fncSplitList(value);
+    return typeValue("IFU_DEFINE", at(run.iniList, 0));
+}
+
+std::string fncGetAmpBinType(const std::string& typeText) {
+    return typeValue("AMP_BIN_TYPE", typeText);
+}
+
+bool fncReadSetting() {
+    try {
+        run.targetUnit = 1;
+        run.iniFilePath = iniPath("Setting.INI");
+        run.bpsText = "38400";
+        run.comPortNumber = 1;
+        if (const auto number = readsAsNumber(fncGetIniString("IFU", "COM", run.iniFilePath))) {
+            run.comPortNumber = narrow<std::int16_t>(roundToWhole(*number));
+        }
+        run.loadFilePath.clear();
+        run.saveFilePath.clear();
+        run.ampVersionText.clear();
+        run.ifuVersionText.clear();
+        run.fileVersionText.clear();
+        return true;
+    } catch (const std::exception&) {
+        subReportError();
+        return false;
+    }
+}
+
+} // namespace Common

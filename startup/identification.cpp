@@ -1,0 +1,119 @@
+#include "startup/identification.h"
+
+#include "common/checked.h"
+#include "common/text.h"
+#include "common/variables.h"
+#include "link/replyReceiver.h"
+#include "link/unitCommands.h"
+#include "platform/desktop.h"
+#include "startup/configuration.h"
+#include "ui/language.h"
+#include "ui/messages.h"
+#include "ui/stringTable.h"
+
+using CommonComm::replyData;
+using platform::Bytes;
+using platform::desktop;
+namespace boxStyle = platform::boxStyle;
+
+namespace StartUpWindow {
+
+namespace {
+
+constexpr std::int32_t firstVersionByte = replyData + 2; // of the area D4, to its end
+constexpr std::int32_t typeKeyByte = replyData + 3;      // of the area D5
+constexpr std::size_t modelLength = 16;                  // characters of the identification text
+constexpr std::size_t versionLength = 6;
+
+// Both messages end the program, whichever button is pressed.
+void refuseUnit(std::int32_t id, std::int32_t japaneseStyle, std::int32_t englishStyle) {
+    if (japaneseSelected()) {
+        fncMsgBox(id, japaneseStyle);
+    } else {
+        fncMsgBox(id + englishOffset, englishStyle);
+    }
+    desktop().endProgram();
+}
+
+void requireOneSensor() {
+    if (run.unitStateText == "01" || run.sensorCount == 0) {
+        refuseUnit(textId::unitNotConnected, boxStyle::critical, boxStyle::critical);
+    }
+    if (run.sensorCount != 1) {
+        refuseUnit(textId::notOnlyOneSensor, boxStyle::question, boxStyle::question + boxStyle::okCancel);
+    }
+}
+
+// Most significant byte first.
+std::int32_t rawVersionOf(const Bytes& reply) {
+    double value = 0;
+    for (std::size_t index = firstVersionByte; index < reply.size(); ++index) {
+        value = value * 256 + reply[index];
+    }
+    return roundToWhole(value);
+}
+
+void takeAmplifier(std::int32_t rawVersion, const Bytes& typeReply) {
+    std::int32_t version = 0;
+    if (typeReply.size() > typeKeyByte) {
+        const std::string typeKey = hexText(typeReply[typeKeyByte], 2).substr(0, 1);
+        Common::fncGetAmpType(typeKey, rawVersion, run.ampTypeName, version);
+    }
+    run.ampVersionText = thousandthsText(version);
+}
+
+void takeInterfaceUnit(const Bytes& reply) {
+    const std::string idText(reply.begin() + std::min<std::ptrdiff_t>(replyData, std::ssize(reply)), reply.end());
+    run.ifuTypeName =
+        trim(Common::fncGetIfuType(trim(textOfBytes(std::string_view(idText).substr(0, modelLength))), "IFU_TYPE"));
+    const std::size_t v = idText.find('V', modelLength - 1);
+    if (v != std::string::npos) {
+        run.ifuVersionText = textOfBytes(std::string_view(idText).substr(v + 1, versionLength));
+    }
+    run.ifuVersionText = trim(run.ifuVersionText);
+}
+
+void identify() {
+    Bytes reply;
+    if (const std::string result = Common::fncReadUnitState("0601", reply); result != "0000") {
+        if (result != "1004") {
+            desktop().endProgram();
+        }
+        run.ifuVersionText.clear();
+        return;
+    }
+    requireOneSensor();
+    run.targetUnit = 1;
+    const auto readArea = [&](const char* area) {
+        return Common::fncReadArea(area, run.targetUnit, 1, reply, Common::commandTimeout, false);
+    };
+    if (const std::string result = readArea("D4"); result != "0000") {
+        if (result != "2204") {
+            desktop().endProgram();
+        }
+        return;
+    }
+    const std::int32_t rawVersion = rawVersionOf(reply);
+    if (readArea("D5") != "0000") {
+        desktop().endProgram();
+    }
+    takeAmplifier(rawVersion, reply);
+    run.ifuVersionText.clear();
+    run.ifuTypeName.clear();
+    if (Common::fncCommand("0501", reply) != "0000") {
+        desktop().endProgram();
+    }
+    takeInterfaceUnit(reply);
+}
+
+} // namespace
+
+void subIdentifyUnit() {
+    try {
+        identify();
+    } catch (const std::exception&) {
+        subReportError();
+    }
+}
+
+} // namespace StartUpWindow

@@ -1,0 +1,166 @@
+#include "startup/startUpWindow.h"
+
+#include "common/checked.h"
+#include "common/variables.h"
+#include "link/commPort.h"
+#include "link/unitCommands.h"
+#include "platform/desktop.h"
+#include "platform/failure.h"
+#include "startup/configuration.h"
+#include "startup/identification.h"
+#include "ui/forms.h"
+#include "ui/mainWindow.h"
+#include "ui/messages.h"
+#include "ui/resourceSetting.h"
+#include "ui/stringTable.h"
+
+#include <utility>
+
+using platform::desktop;
+namespace boxStyle = platform::boxStyle;
+
+namespace StartUpWindow {
+
+namespace {
+
+constexpr int portsOffered = 16;
+constexpr const char* lineParameters = ",n,8,1"; // behind the speed
+
+void centre(FrmStartUp& form) {
+    const platform::Size screen = desktop().screenSize();
+    form.left = (screen.width - form.clientArea.width) / 2;
+    form.top = (screen.height - form.clientArea.height) / 2;
+}
+
+void fillLists(FrmStartUp& form) {
+    form.cmbBps.items = {"38400 bps"};
+    form.cmbBps.listIndex = 0;
+    for (int number = 1; number <= portsOffered; ++number) {
+        form.cmbCom.items.push_back("COM" + std::to_string(number));
+    }
+    form.cmbCom.listIndex = 0;
+}
+
+void hideControls(FrmStartUp& form) {
+    for (platform::Control* control :
+         {&form.lblBPS, &form.lblCom, &form.cmbBps, &form.cmbCom, &form.cmdTest, &form.cmdEnd, &form.shpComm}) {
+        control->visible = false;
+    }
+}
+
+void offerPorts(FrmStartUp& form) {
+    for (platform::Control* control : {&form.lblCom, &form.cmbCom, &form.cmdTest, &form.cmdEnd, &form.shpComm}) {
+        control->visible = true;
+    }
+}
+
+void selectPort(FrmStartUp& form, std::int16_t number) {
+    if (number < 1 || number > portsOffered) {
+        throw platform::Failure(platform::failureNumber::invalidProperty,
+                                "The list of ports has no COM" + std::to_string(number) + ".");
+    }
+    form.cmbCom.listIndex = number - 1;
+}
+
+void handOver() {
+    desktop().hide(frmStartUp());
+    MainWindow::subSetAllVersion();
+    desktop().show(frmMain());
+}
+
+void showWindow(FrmStartUp& form) {
+    ResourceSetting::subSetFormText(form.name);
+    frmMain().chkVerify.font.name = run.screenFontName;
+    if (desktop().previousInstance()) {
+        fncMsgBox(textId::alreadyStarted, boxStyle::critical);
+        desktop().endProgram();
+    }
+    Common::fncReadSetting();
+    centre(form);
+    fillLists(form);
+    hideControls(form);
+    desktop().show(form);
+    desktop().doEvents();
+}
+
+void probeUnit(FrmStartUp& form) {
+    selectPort(form, run.comPortNumber);
+    CommonComm::fncOpenPort(run.comPortNumber, run.bpsText + lineParameters);
+    run.commBusy = false;
+    platform::Bytes reply;
+    const std::string result = Common::fncCommand("0501", reply);
+    if (result == "0000") {
+        subIdentifyUnit();
+        handOver();
+    } else if (result == "2204") {
+        desktop().endProgram();
+    } else {
+        desktop().msgBox(run.portSetupText, boxStyle::exclamation, messageText::title);
+        offerPorts(form);
+    }
+}
+
+// Two tries; the events that run between let the window repaint.
+bool unitAnswers() {
+    for (int tries = 0; tries < 2; ++tries) {
+        platform::Bytes reply;
+        if (Common::fncCommand("0501", reply) == "0000") {
+            return true;
+        }
+        desktop().doEvents();
+    }
+    return false;
+}
+
+void tryChosenPort(const FrmStartUp& form) {
+    const std::string speedEntry = at(form.cmbBps.items, form.cmbBps.listIndex);
+    const auto port = static_cast<std::int16_t>(form.cmbCom.listIndex + 1);
+    CommonComm::subClosePort();
+    if (!CommonComm::fncOpenPort(port, speedEntry.substr(0, speedEntry.find(' ')) + lineParameters)) {
+        return;
+    }
+    if (!unitAnswers()) {
+        fncMsgBox(textId::portNotEffective1, boxStyle::exclamation, std::to_string(port));
+        return;
+    }
+    run.comPortNumber = port;
+    subIdentifyUnit();
+    handOver();
+}
+
+} // namespace
+
+void Form_Load() {
+    FrmStartUp& form = frmStartUp();
+    try {
+        showWindow(form);
+        probeUnit(form);
+    } catch (const std::exception&) {
+        subReportError();
+        // The operator needs a button to press, whatever went wrong.
+        desktop().show(form);
+        offerPorts(form);
+    }
+}
+
+void cmdTest_Click() {
+    if (std::exchange(run.settingPort, true)) {
+        return;
+    }
+    struct Settled {
+        ~Settled() { run.settingPort = false; }
+    } settled;
+    tryChosenPort(frmStartUp());
+}
+
+void cmdEnd_Click() {
+    desktop().endProgram();
+}
+
+void Form_QueryUnload() {
+    if (frmStartUp().cmdEnd.visible) {
+        desktop().endProgram();
+    }
+}
+
+} // namespace StartUpWindow

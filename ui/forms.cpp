@@ -1,0 +1,52 @@
+#include "ui/forms.h"
+
+#include <memory>
+
+namespace {
+
+FormBinders formBinders;
+std::unique_ptr<FrmStartUp> startUpForm;
+std::unique_ptr<FrmMain> mainForm;
+std::unique_ptr<FrmWait> waitForm;
+
+template <class Form>
+Form& touch(std::unique_ptr<Form>& form, const std::function<void(Form&)>& bind) {
+    if (!form) {
+        form = std::make_unique<Form>();
+        bind(*form);
+        platform::desktop().load(*form);
+        form->load();
+    }
+    return *form;
+}
+
+} // namespace
+
+FrmStartUp& frmStartUp() {
+    return touch(startUpForm, formBinders.frmStartUp);
+}
+
+FrmMain& frmMain() {
+    return touch(mainForm, formBinders.frmMain);
+}
+
+FrmWait& frmWait() {
+    return touch(waitForm, formBinders.frmWait);
+}
+
+void unloadFrmWait() {
+    if (waitForm) {
+        platform::desktop().unload(*waitForm);
+        waitForm.reset();
+    }
+}
+
+void setFormBinders(FormBinders binders) {
+    formBinders = std::move(binders);
+}
+
+void forgetForms() {
+    waitForm.reset();
+    mainForm.reset();
+    startUpForm.reset();
+}

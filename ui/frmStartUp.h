@@ -1,0 +1,18 @@
+// The first window: a picture while the unit is probed, the choice of a port when none answers.
+#pragma once
+
+#include "platform/desktop.h"
+
+struct FrmStartUp : platform::Form {
+    platform::Control shpComm; // covers the picture at port choice
+    platform::Control lblBPS;
+    platform::Control cmbBps;
+    platform::Control lblCom;
+    platform::Control cmbCom;
+    platform::Control cmdTest;
+    platform::Control cmdEnd;
+    platform::Control imgLogo;
+    platform::Control STARTBOX;
+
+    FrmStartUp();
+};

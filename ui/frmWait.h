@@ -1,0 +1,13 @@
+// The progress dialog that stands over the main window while firmware moves.
+#pragma once
+
+#include "platform/desktop.h"
+
+struct FrmWait : platform::Form {
+    platform::Control lblMsg;
+    platform::Control prbComm; // in bytes of the image
+    platform::Control cmdCancel;
+    platform::Timer timerWait{"timerWait"}; // limits the wait for a byte
+
+    FrmWait();
+};

@@ -1,0 +1,12 @@
+// The language is the state of the option pair of the main window; it is held nowhere else.
+#pragma once
+
+#include "ui/forms.h"
+
+inline bool japaneseSelected() {
+    return frmMain().optLanguage[0].value == 1;
+}
+
+inline bool englishSelected() {
+    return frmMain().optLanguage[1].value == 1;
+}

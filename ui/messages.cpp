@@ -1,0 +1,63 @@
+#include "ui/messages.h"
+
+#include "platform/desktop.h"
+#include "platform/failure.h"
+#include "ui/language.h"
+#include "ui/stringTable.h"
+
+#include <exception>
+
+using platform::desktop;
+
+namespace {
+
+constexpr std::int32_t languageRow(std::int32_t id, bool english) {
+    return english && id % 1000 < englishOffset ? id + englishOffset : id;
+}
+
+std::string boxText(std::int32_t row, const std::string& msg1) {
+    const std::string text = loadText(row);
+    switch (row % 1000 < englishOffset ? row : row - englishOffset) {
+    case textId::receiveTimeout:
+    case textId::shutDownByCancel: return msg1 + text;
+    case textId::applicationError: return text + msg1;
+    case textId::portNotEffective1: // Japanese in either language
+        return loadText(textId::portNotEffective1) + msg1 + loadText(textId::portNotEffective2);
+    default: return text;
+    }
+}
+
+} // namespace
+
+int fncMsgBox(std::int32_t id, std::int32_t style, const std::string& msg1) {
+    try {
+        return desktop().msgBox(boxText(languageRow(id, englishSelected()), msg1), style, messageText::title);
+    } catch (const std::exception&) {
+        const FailureReport failure = failureInFlight();
+        desktop().msgBox("番号 : " + std::to_string(failure.number) + "\r\n内容 : " + failure.description,
+                         platform::boxStyle::ok, "fncMsgBox関数のエラー");
+        return 0;
+    }
+}
+
+void subReportError() {
+    const std::string description = failureInFlight().description;
+    fncMsgBox(textId::applicationError, platform::boxStyle::critical, description);
+    if (description == loadText(textId::unexpected)) {
+        desktop().endProgram();
+    }
+}
+
+FailureReport failureInFlight() {
+    const std::exception_ptr failure = std::current_exception();
+    if (!failure) {
+        return {};
+    }
+    try {
+        std::rethrow_exception(failure);
+    } catch (const platform::Failure& known) {
+        return {known.number(), known.description()};
+    } catch (const std::exception&) {
+        return {platform::failureNumber::unexpected, loadText(textId::unexpected)};
+    }
+}

@@ -1,0 +1,117 @@
+#include "ui/resourceSetting.h"
+
+#include "common/text.h"
+#include "common/variables.h"
+#include "ui/artNumbers.h"
+#include "ui/language.h"
+#include "ui/messages.h"
+#include "ui/stringTable.h"
+
+#include <span>
+
+using platform::Control;
+
+namespace ResourceSetting {
+
+namespace {
+
+struct CaptionRow {
+    Control& control;
+    std::int32_t id;
+};
+
+void setCaptions(std::initializer_list<CaptionRow> rows, std::int32_t languageOffset) {
+    for (const CaptionRow& row : rows) {
+        row.control.caption = loadText(row.id + languageOffset);
+        row.control.font.name = run.screenFontName;
+    }
+}
+
+std::string waitText(const std::string& model, const std::string& version) {
+    return japaneseSelected() ? model + " のソフトウェアを ver" + version + " にアップデート中です。"
+                              : model + " is under updating to ver" + version + ".";
+}
+
+} // namespace
+
+void subSetFormText(std::string_view formName) {
+    try {
+        const std::int32_t languageOffset = japaneseSelected() ? 0 : englishOffset;
+        if (formName == "frmMain") {
+            subSetMainText(languageOffset);
+        } else if (formName == "frmStartUp") {
+            subSetStartUpText(languageOffset);
+        } else if (formName == "frmWait") {
+            subSetWaitText(languageOffset);
+        }
+    } catch (const std::exception&) {
+        subReportError();
+    }
+}
+
+void subSetMainText(std::int32_t languageOffset) {
+    try {
+        FrmMain& form = frmMain();
+        run.screenFontName = loadText(textId::fontName + languageOffset);
+        run.binFileFilter = loadText(textId::binFileFilter + languageOffset);
+        form.title = loadText(textId::mainTitle);
+        setCaptions({{form.lblPresent, textId::presentHeading},
+                     {form.lblRewriting, textId::rewritingHeading},
+                     {form.cmdLoading, textId::loadFile},
+                     {form.cmdPresent, textId::savePresent},
+                     {form.cmdUpgrade, textId::startUpgrade},
+                     {form.cmdEnd, textId::end}},
+                    languageOffset);
+    } catch (const std::exception&) {
+        subReportError();
+    }
+}
+
+void subSetStartUpText(std::int32_t languageOffset) {
+    try {
+        FrmStartUp& form = frmStartUp();
+        run.screenFontName = loadText(textId::fontName + languageOffset);
+        subLoadMessageTexts();
+        setCaptions({{form.lblBPS, textId::speed},
+                     {form.lblCom, textId::port},
+                     {form.cmdEnd, textId::cancelStart},
+                     {form.cmdTest, textId::setPort}},
+                    languageOffset);
+        form.imgLogo.picture = art::logo;
+    } catch (const std::exception&) {
+        subReportError();
+    }
+}
+
+void subSetWaitText(std::int32_t languageOffset) {
+    try {
+        FrmWait& form = frmWait();
+        run.screenFontName = loadText(textId::fontName + languageOffset);
+        subLoadMessageTexts();
+        form.title = loadText(textId::waitTitle + languageOffset);
+        form.lblMsg.caption = trim(waitText(frmMain().lblTitle[2].caption, frmMain().lblVersion[2].caption));
+        form.lblMsg.font.name = run.screenFontName;
+        setCaptions({{form.cmdCancel, textId::cancelWait}}, languageOffset);
+    } catch (const std::exception&) {
+        subReportError();
+    }
+}
+
+void subLoadMessageTexts() {
+    try {
+        run.portSetupText = loadText(textId::portSetup + (englishSelected() ? englishOffset : 0));
+    } catch (const std::exception&) {
+        subReportError();
+    }
+}
+
+void optLanguage_Click() {
+    try {
+        frmMain().chkVerify.caption = japaneseSelected() ? "ベリファイ実行" : "Verification";
+        subSetFormText("frmMain");
+    } catch (const std::exception&) {
+        subReportError();
+    }
+}
+
+} // namespace ResourceSetting

@@ -1,0 +1,22 @@
+// The captions and fonts of the windows in the selected language.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace ResourceSetting {
+
+// Sets the texts of "frmMain", "frmStartUp" or "frmWait"; any other name changes nothing.
+void subSetFormText(std::string_view formName);
+
+void subSetMainText(std::int32_t languageOffset);
+void subSetStartUpText(std::int32_t languageOffset);
+void subSetWaitText(std::int32_t languageOffset);
+
+// Sets run.portSetupText.
+void subLoadMessageTexts();
+
+// A press of a language option: the texts of the main window follow at once. Both buttons do the same.
+void optLanguage_Click();
+
+} // namespace ResourceSetting

@@ -1,0 +1,40 @@
+// The controls that the delivered screen hides, and where the service screen shows them: a second set of stored
+// properties, chosen by the build.
+#pragma once
+
+#include "platform/form.h"
+
+#include <array>
+
+struct Showing {
+    platform::Place place;
+    bool visible;
+};
+
+struct HiddenControls {
+    Showing cmdPresent, chkVerify, fraLanguage;
+    std::array<platform::Place, 2> optLanguage; // visible as far as fraLanguage is
+    Showing cmdCancel;
+};
+
+constexpr HiddenControls deliveredScreen{
+    .cmdPresent = {{0, 2640, 75, 315}, false},
+    .chkVerify = {{360, 2160, 1935, 255}, false},
+    .fraLanguage = {{120, 960, 15, 735}, false},
+    .optLanguage = {{{120, 180, 1095, 180}, {120, 480, 1095, 180}}},
+    .cmdCancel = {{3720, 1320, 1095, 315}, false},
+};
+
+constexpr HiddenControls serviceScreen{
+    .cmdPresent = {{600, 2985, 2895, 300}, true},
+    .chkVerify = {{360, 2160, 1935, 255}, true},
+    .fraLanguage = {{3840, 120, 1455, 915}, true},
+    .optLanguage = {{{120, 255, 1215, 255}, {120, 555, 1215, 255}}},
+    .cmdCancel = {{3720, 1320, 1095, 315}, true},
+};
+
+#ifdef TARNBEACON_SERVICE_SCREEN
+constexpr const HiddenControls& hiddenControls = serviceScreen;
+#else
+constexpr const HiddenControls& hiddenControls = deliveredScreen;
+#endif

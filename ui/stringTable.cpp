@@ -1,0 +1,88 @@
+#include "ui/stringTable.h"
+
+#include "platform/failure.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+
+struct Row {
+    std::int32_t id;
+    const char* key;
+    const char* japanese;
+    const char* english;
+};
+
+// The wording is the product's own, typing errors included.
+constexpr std::array rows{
+    Row{textId::fontName, "IDS_FONTNAME", "ＭＳ Ｐゴシック", "Arial"},
+    Row{textId::binFileFilter, "IDS_FILTER_BINFILE", "Binファイル (*.bin)|*.bin||", "Bin File (*.bin)|*.bin||"},
+
+    Row{textId::mainTitle, "IDS_FRMMAIN_TITLE", "Tarn Beacon", "Tarn Beacon"},
+    Row{textId::presentHeading, "IDS_FRMMAIN_LBL_PRESENT", "現ソフト", "The present firmware"},
+    Row{textId::rewritingHeading, "IDS_FRMMAIN_LBL_REWRITEING", "書換ソフト", "The rewriteing firmware"},
+    Row{textId::loadFile, "IDS_FRMMAIN_CMD_LOADING", "読込", "Loading file"},
+    Row{textId::savePresent, "IDS_FRMMAIN_CMD_SAVE_PRESENT", "現在のソフトを保存", "Save the present firmware"},
+    Row{textId::startUpgrade, "IDS_FRMMAIN_CMD_UPGRADE", "書込開始", "Start upgrade"},
+    Row{textId::end, "IDS_FRMMAIN_CMD_END", "終了", "End"},
+
+    Row{textId::cancelStart, "IDS_FRMSTARTUP_CMD_END", "終了", "Cancel"},
+    Row{textId::setPort, "IDS_FRMSTARTUP_CMD_TEST", "設定", "Set"},
+    Row{textId::speed, "IDS_FRMSTARTUP_LBL_BPS", "通信速度", "COM SPEED"},
+    Row{textId::port, "IDS_FRMSTARTUP_LBL_PORT", "COMポート", "COM PORT"},
+
+    Row{textId::waitTitle, "IDS_FRMWAIT_TITLE", "ターンビーコン", "Tarn Beacon"},
+    Row{textId::cancelWait, "IDS_FRMWAIT_CMD_CANCEL", "キャンセル", "Cancel"},
+
+    Row{textId::receiveTimeout, "IDS_MSGERR_COMM_TIMEOUT", "受信タイムアウトエラーです。",
+        "It is a receiving timeout error."},
+    Row{textId::shutDownByCancel, "IDS_MSGERR_COMM_TIMEOUT2", "\r\n[キャンセル]でアプリケーションを終了します。\r\n",
+        "\r\nApplication is shut down by [cancel].\r\n"},
+    Row{textId::applicationError, "IDS_MSGERR_COMM_EXCEPTION",
+        "アプリケーションで異常が発生しました。\r\nRES : ", "Application error.\r\nRES : "},
+    Row{textId::portSetup, "IDS_MSGERR_COMM_NO_PORT", "通信ポートの設定に誤りがあります。確認して下さい。",
+        "An error is in a setup of a COM port.Please check."},
+    Row{textId::portDoesNotOpen, "IDS_MSGERR_COMM_PORTING",
+        "通信ポートが開けません。通信ポートを使用するアプリケーションを終了して再度起動して下さい。",
+        "A communication port does not open. Please end the application which uses a communication port and start "
+        "again."},
+    Row{textId::communicationError, "IDS_MSGERR_COMM_NG", "通信で異常が発生しました。", "Communication error."},
+    Row{textId::fileNotAdapted, "IDS_MSGERR_NOTADAPTED",
+        "書き込むファイルが対象ユニットに対応していないため書込を実行できません。",
+        "Since the loaded file is not adapted to the connected unit, firmware upgrade cannot be performed."},
+    Row{textId::sensorNotChecked, "IDS_MSGERR_NOTCHECK_CONFIRM",
+        "センサと正常に通信できることを確認できませんでした。続行してよろしいですか？\r\n"
+        "（「キャンセル」し、再度実行することをお勧めします）",
+        "I could not check that it communicate with a sensor normally. May I continue work ? \r\n"
+        "( I recommend you to choose \"cancellation\" and perform again)"},
+    Row{textId::notOnlyOneSensor, "IDS_MSGERR_NOTONLY_ONE_SENSOR",
+        "接続されているセンサが２台以上ですので、ファームウェア書換を実行できません。\r\n"
+        "センサ台数を１台にし、電源再投入後、ターンビーコンを再起動させてください。",
+        "Since the sensor connected is two or more sets, firmware upgrade cannot be performed. Connect only one "
+        "sensor and reboot the application software after resetting sensor power supply."},
+    Row{textId::unexpected, "IDS_MSGERR_UNEXPECTED", "予期せぬエラーが発生しました。",
+        "The unexpected error occurred."},
+    Row{textId::portMissing1, "IDS_MSGERR_COMM_PORT1", "現在の通信ポート(COM", "The present communication port(COM"},
+    Row{textId::portMissing2, "IDS_MSGERR_COMM_PORT2", ")は有効ではありません", ")is not effective."},
+    Row{textId::iniFileMissing, "IDS_MSGERR_INIFILE_NOTEXIST", "INIファイルが存在しません", "INI file does not exist."},
+    Row{textId::unitNotConnected, "IDS_MSGERR_UNIT_NOTCONNECT",
+        "ユニット接続状態が異常です。\r\n一度電源を切って接続を確認して下さい。", "Unit connection state is unusual."},
+
+    Row{textId::alreadyStarted, "IDS_MSGDATA_STARTUP_ALREADY", "既にこのアプリケーションは起動されています。",
+        "This application is already started."},
+    Row{textId::portNotEffective1, "IDS_MSGDATA_COMM_PORT", "現在の通信ポート(COM",
+        "The present communication port(COM"},
+    Row{textId::portNotEffective2, "IDS_MSGDATA_COMM_PORT2", ")は有効ではありません", ")is not effective."},
+};
+
+} // namespace
+
+std::string loadText(std::int32_t id) {
+    const bool english = id % 1000 >= englishOffset;
+    const auto row = std::ranges::find(rows, english ? id - englishOffset : id, &Row::id);
+    if (row == rows.end()) {
+        throw platform::Failure(platform::failureNumber::noSuchText, "There is no text " + std::to_string(id) + ".");
+    }
+    return english ? row->english : row->japanese;
+}

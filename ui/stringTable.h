@@ -1,0 +1,51 @@
+// The numbered texts. Japanese stands at the id, English at the id + englishOffset.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace textId {
+// Font and file filter.
+constexpr std::int32_t fontName = 101;
+constexpr std::int32_t binFileFilter = 103;
+// Main window.
+constexpr std::int32_t mainTitle = 1001;
+constexpr std::int32_t presentHeading = 1002;
+constexpr std::int32_t rewritingHeading = 1003;
+constexpr std::int32_t loadFile = 1004;
+constexpr std::int32_t savePresent = 1006;
+constexpr std::int32_t startUpgrade = 1007;
+constexpr std::int32_t end = 1008;
+// Start-up window.
+constexpr std::int32_t cancelStart = 1102;
+constexpr std::int32_t setPort = 1103;
+constexpr std::int32_t speed = 1104;
+constexpr std::int32_t port = 1105;
+// Progress dialog.
+constexpr std::int32_t waitTitle = 1201;
+constexpr std::int32_t cancelWait = 1204;
+// Errors.
+constexpr std::int32_t receiveTimeout = 2002;
+constexpr std::int32_t shutDownByCancel = 2003;
+constexpr std::int32_t applicationError = 2004;
+constexpr std::int32_t portSetup = 2007;
+constexpr std::int32_t portDoesNotOpen = 2008;
+constexpr std::int32_t communicationError = 2011;
+constexpr std::int32_t fileNotAdapted = 2013;
+constexpr std::int32_t sensorNotChecked = 2014;
+constexpr std::int32_t notOnlyOneSensor = 2015;
+constexpr std::int32_t unexpected = 2017;
+constexpr std::int32_t portMissing1 = 2018;
+constexpr std::int32_t portMissing2 = 2019;
+constexpr std::int32_t iniFileMissing = 2020;
+constexpr std::int32_t unitNotConnected = 2021;
+// Notices.
+constexpr std::int32_t alreadyStarted = 3023;
+constexpr std::int32_t portNotEffective1 = 3031;
+constexpr std::int32_t portNotEffective2 = 3032;
+} // namespace textId
+
+constexpr std::int32_t englishOffset = 500;
+
+// The text of an id of either half. Fails with failureNumber::noSuchText for an id without a text.
+std::string loadText(std::int32_t id);
