@@ -48,6 +48,19 @@ struct Variables {
     std::int32_t programState = 0; // state of the procedures, see transfer/procedures.h
     bool stepBusy = false;         // a step function is running
     bool waitTimedOut = false;     // the limit of the present byte wait has passed
+    bool verifying = false;        // a write goes on into its verification; the main window stays disabled
+    bool readRefused = false;      // the present read was refused or lost its port
+
+    // The receiver, written by transfer/.
+    Bytes blockBuffer = Bytes(1025);  // bytes of the latest poll that found data of a block
+    std::int16_t blockLength = 0;     // how many
+    std::int64_t signOfLifeAt = 0;    // clock at the last byte received or control byte sent, milliseconds
+    bool pieceCaught = false;         // the latest poll that found data caught a block in the middle
+    bool blockLost = false;           // that block has not come again yet
+    bool imageDamaged = false;        // it never came
+    std::int32_t restLength = 0;      // bytes that the block stored last still lacked, check byte included
+    std::int32_t missingData = 0;     // bytes of the image that are zero because they came too late
+    std::uint8_t lastBlockNumber = 0; // of the block stored last
 
     // Texts of the selected language, written by ui/.
     std::string screenFontName;

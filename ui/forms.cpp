@@ -34,6 +34,10 @@ FrmWait& frmWait() {
     return touch(waitForm, formBinders.frmWait);
 }
 
+bool frmWaitLoaded() {
+    return waitForm != nullptr;
+}
+
 void unloadFrmWait() {
     if (waitForm) {
         platform::desktop().unload(*waitForm);

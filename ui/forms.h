@@ -12,6 +12,8 @@ FrmStartUp& frmStartUp();
 FrmMain& frmMain();
 FrmWait& frmWait();
 
+bool frmWaitLoaded();
+
 // Takes the progress dialog away; the next touch loads it anew. Harmless when it is not loaded.
 void unloadFrmWait();
 

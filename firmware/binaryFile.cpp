@@ -1,0 +1,29 @@
+#include "firmware/binaryFile.h"
+
+#include "common/text.h"
+#include "platform/desktop.h"
+#include "ui/messages.h"
+
+#include <span>
+
+namespace FirmComm {
+
+std::int32_t fncBinaryFile(const std::string& path, platform::Bytes& image, FileMode mode) {
+    try {
+        const std::span moved = std::span(image).first(image.size() - 1);
+        const auto file = platform::desktop().files().openBinary(
+            trim(path), mode == FileMode::write ? platform::FileAccess::write : platform::FileAccess::read);
+        if (mode == FileMode::write) {
+            file->write(0, moved);
+        } else {
+            file->read(0, moved);
+        }
+        file->close();
+        return static_cast<std::int32_t>(moved.size());
+    } catch (const std::exception&) {
+        subReportError();
+        return 0;
+    }
+}
+
+} // namespace FirmComm

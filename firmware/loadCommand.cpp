@@ -1,0 +1,107 @@
+#include "firmware/loadCommand.h"
+
+#include "common/text.h"
+#include "common/variables.h"
+#include "firmware/binaryFile.h"
+#include "firmware/identificationBlock.h"
+#include "platform/desktop.h"
+#include "platform/failure.h"
+#include "startup/configuration.h"
+#include "ui/forms.h"
+#include "ui/mainWindow.h"
+#include "ui/messages.h"
+
+#include <algorithm>
+
+using platform::desktop;
+
+namespace MainWindow {
+
+namespace {
+
+void askForFile(platform::FileDialog& dialog) {
+    dialog.flags = platform::FileDialog::overwritePrompt;
+    dialog.initialDirectory = desktop().programDirectory();
+    dialog.fileName = run.loadFilePath;
+    dialog.filter = run.binFileFilter;
+    dialog.cancelError = true;
+    desktop().showOpen(dialog);
+    run.loadFilePath = dialog.fileName;
+}
+
+void blankFileRow(FrmMain& form) {
+    run.fileVersionText.clear();
+    run.fileTypeName.clear();
+    form.lblTitle[2].caption.clear();
+    form.lblVersion[2].caption.clear();
+    desktop().doEvents();
+}
+
+bool readImage() {
+    std::ranges::fill(run.firmwareImage, std::uint8_t{0});
+    return FirmComm::fncBinaryFile(run.loadFilePath, run.firmwareImage, FirmComm::FileMode::read) == imageSize;
+}
+
+// Key of the image's type text in TYPE.INI.
+std::string typeTextKey() {
+    const std::string text = trim(replaceAll(FirmComm::fncGetFileField(FirmComm::FileField::typeText), '\0', ' '));
+    return text.empty() ? "NULL" : text;
+}
+
+// An interface-unit entry comes first; its version is in thousandths as it stands. That of an amplifier counts from the
+// base of its range.
+void takeModelAndVersion() {
+    const std::string versionText = FirmComm::fncGetFileField(FirmComm::FileField::rawVersion);
+    const std::string typeText = typeTextKey();
+    const std::int32_t rawVersion = roundToWhole(numericBeginning(versionText));
+    run.fileTypeName = Common::fncGetIfuType(typeText, "IFU_BIN_TYPE");
+    run.fileVersionText = thousandthsText(rawVersion);
+    if (!run.fileTypeName.empty()) {
+        return;
+    }
+    const std::string ampType = Common::fncGetAmpBinType(typeText);
+    if (!ampType.empty()) {
+        std::int32_t version = 0;
+        Common::fncGetAmpType(ampType, rawVersion, run.fileTypeName, version);
+        run.fileVersionText = thousandthsText(version);
+    }
+}
+
+void loadImage() {
+    run.fileLoaded = readImage();
+    if (run.fileLoaded) {
+        takeModelAndVersion();
+    } else {
+        run.fileVersionText.clear();
+    }
+}
+
+void reportUnlessCancelled() {
+    if (failureInFlight().number != platform::failureNumber::dialogCancelled) {
+        subReportError();
+    }
+}
+
+} // namespace
+
+void cmdLoading_Click() {
+    FrmMain& form = frmMain();
+    try {
+        askForFile(form.cmdSoft);
+        if (desktop().files().length(run.loadFilePath) != imageSize) {
+            return;
+        }
+        form.enabled = false;
+        form.mousePointer = platform::MousePointer::hourglass;
+        blankFileRow(form);
+        loadImage();
+        subSetAllVersion();
+    } catch (const std::exception&) {
+        reportUnlessCancelled();
+    }
+    form.enabled = true;
+    form.cmdUpgrade.enabled = run.fileLoaded;
+    form.mousePointer = platform::MousePointer::arrow;
+}
+
+} // namespace MainWindow
