@@ -1,0 +1,30 @@
+// What the simulated desktop keeps of its boxes and file dialogs.
+#pragma once
+
+#include "platform/desktop.h"
+#include "platform/simulated/virtualClock.h"
+
+#include <optional>
+#include <string>
+
+namespace platform {
+
+struct Box {
+    std::string text;
+    int style = 0;
+    std::string title;
+    Micros at = 0;
+    int answer = 0; // 0 while it stands
+
+    bool hasCancel() const { return (style & boxStyle::okCancel) != 0; }
+};
+
+struct AskedFile {
+    FileDialog dialog; // as the program set it
+    bool save = false;
+    Micros at = 0;
+    std::optional<std::string> path = std::nullopt; // what the operator gave; nothing: cancelled
+    bool askedToOverwrite = false;
+};
+
+} // namespace platform
