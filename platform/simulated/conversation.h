@@ -1,4 +1,4 @@
-// What the simulated desktop keeps of its boxes and file dialogs.
+// What the simulated desktop keeps of its boxes, file dialogs and windows.
 #pragma once
 
 #include "platform/desktop.h"
@@ -25,6 +25,14 @@ struct AskedFile {
     Micros at = 0;
     std::optional<std::string> path = std::nullopt; // what the operator gave; nothing: cancelled
     bool askedToOverwrite = false;
+};
+
+// What the program did with a window.
+struct FormEvent {
+    enum class What { loaded, shown, hidden, unloaded };
+    std::string form;
+    What what = What::loaded;
+    Micros at = 0;
 };
 
 } // namespace platform

@@ -243,36 +243,36 @@ Form* SimulatedDesktop::form(std::string_view name) const {
     return at == forms_.end() ? nullptr : *at;
 }
 
-bool SimulatedDesktop::required(const Form& form, std::string_view use) {
+// Notes what the program does with a form that it must have loaded.
+void SimulatedDesktop::require(const Form& form, FormEvent::What what) {
     enter();
-    const bool loaded = std::ranges::find(forms_, &form) != forms_.end();
-    if (!loaded) {
-        violations_.push_back(std::string(use) + " of " + form.name + ", which is not loaded");
+    formEvents_.push_back({form.name, what, clock_.now()});
+    if (std::ranges::find(forms_, &form) == forms_.end()) {
+        violations_.push_back(form.name + " is shown, hidden or unloaded and was not loaded");
     }
-    return loaded;
 }
 
 void SimulatedDesktop::load(Form& form) {
-    enter();
     if (this->form(form.name) != nullptr) {
-        violations_.push_back("second load of " + form.name);
-        return;
+        violations_.push_back(form.name + " is loaded twice");
     }
     forms_.push_back(&form);
+    require(form, FormEvent::What::loaded);
     timers_.add(form);
 }
 
 void SimulatedDesktop::show(Form& form) {
-    form.visible = required(form, "show");
+    require(form, FormEvent::What::shown);
+    form.visible = true;
 }
 
 void SimulatedDesktop::hide(Form& form) {
-    required(form, "hide");
+    require(form, FormEvent::What::hidden);
     form.visible = false;
 }
 
 void SimulatedDesktop::unload(Form& form) {
-    required(form, "unload");
+    require(form, FormEvent::What::unloaded);
     form.visible = false;
     timers_.remove(form);
     std::erase(forms_, &form);

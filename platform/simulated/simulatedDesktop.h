@@ -56,6 +56,7 @@ class SimulatedDesktop : public Desktop {
     // What has happened so far.
     const std::deque<Box>& boxes() const { return boxes_; }
     const std::deque<AskedFile>& askedFiles() const { return askedFiles_; }
+    const std::vector<FormEvent>& formEvents() const { return formEvents_; }
     // Failures that left an event's handler, and uses of the desktop that no real one would bear.
     const std::vector<std::string>& violations() const { return violations_; }
     bool modalStands() const { return modalDepth_ > 0; }
@@ -104,7 +105,7 @@ class SimulatedDesktop : public Desktop {
     void react();
     RunEnd runEvents(const Condition& stop);
     void askForFile(FileDialog& dialog, bool save);
-    bool required(const Form& form, std::string_view use);
+    void require(const Form& form, FormEvent::What what);
 
     VirtualClock& clock_;
     SimulatedPort& port_;
@@ -115,6 +116,7 @@ class SimulatedDesktop : public Desktop {
     std::vector<Awaited> awaited_;
     std::deque<Box> boxes_;
     std::deque<AskedFile> askedFiles_;
+    std::vector<FormEvent> formEvents_;
     std::vector<std::string> violations_;
     int modalDepth_ = 0;
     int eventDepth_ = 0;
