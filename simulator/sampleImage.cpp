@@ -21,8 +21,12 @@ void putText(Bytes& image, std::size_t offset, std::size_t length, std::string t
 
 Bytes makeSampleImage(const SampleImage& sample) {
     Bytes image(imageSize);
-    std::mt19937 random(sample.seed); // its sequence is fixed by the language's standard
-    std::ranges::generate(image, [&random] { return static_cast<std::uint8_t>(random()); });
+    std::mt19937_64 random(sample.seed); // its sequence is fixed by the language's standard
+    std::uint64_t drawn = 0;
+    for (std::size_t i = 0; i < image.size(); ++i) {
+        drawn = i % sizeof drawn == 0 ? random() : drawn >> 8;
+        image[i] = static_cast<std::uint8_t>(drawn);
+    }
     putText(image, leadOffset, leadLength, sample.leadText, ' ');
     image[versionOffset] = static_cast<std::uint8_t>(sample.rawVersion);
     image[versionOffset + 1] = static_cast<std::uint8_t>(sample.rawVersion >> 8);

@@ -25,6 +25,9 @@ class Transmitter {
     // Hands over what is due.
     void release(Micros now);
 
+    // Forgets what has not been handed over.
+    void drop() { queue_.clear(); }
+
     std::optional<Micros> due() const;
 
     // What has been handed over since the last call.

@@ -208,6 +208,13 @@ void Unit::startSending(Micros now) {
     sender_.start(options_.amplifierImage, now);
 }
 
+void Unit::restart() {
+    transmitter_.drop();
+    frame_.drop();
+    mode_ = Mode::commands;
+    preparedUnit_.clear();
+}
+
 Bytes& Unit::imageOf(const std::string& unitField) {
     return unitField == amplifierField ? options_.amplifierImage : options_.interfaceUnitImage;
 }

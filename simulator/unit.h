@@ -50,6 +50,9 @@ class Unit {
     void startReceiving(Micros now);
     void startSending(Micros now);
 
+    // Begins anew, as behind a power failure: what it was about is forgotten. Images and journal stay.
+    void restart();
+
     // What the unit is may change while it runs.
     UnitOptions& options() { return options_; }
 

@@ -1,0 +1,38 @@
+// What the simulated desktop keeps of its boxes, file dialogs and windows.
+#pragma once
+
+#include "platform/desktop.h"
+#include "platform/simulated/virtualClock.h"
+
+#include <optional>
+#include <string>
+
+namespace platform {
+
+struct Box {
+    std::string text;
+    int style = 0;
+    std::string title;
+    Micros at = 0;
+    int answer = 0; // 0 while it stands
+
+    bool hasCancel() const { return (style & boxStyle::okCancel) != 0; }
+};
+
+struct AskedFile {
+    FileDialog dialog; // as the program set it
+    bool save = false;
+    Micros at = 0;
+    std::optional<std::string> path = std::nullopt; // what the operator gave; nothing: cancelled
+    bool askedToOverwrite = false;
+};
+
+// What the program did with a window.
+struct FormEvent {
+    enum class What { loaded, shown, hidden, unloaded };
+    std::string form;
+    What what = What::loaded;
+    Micros at = 0;
+};
+
+} // namespace platform

@@ -1,0 +1,44 @@
+#include "platform/simulated/operationGate.h"
+
+namespace platform {
+namespace {
+
+bool hit(std::int64_t count, std::int64_t n, Lasting lasting) {
+    return count == n || (lasting == Lasting::forGood && count > n);
+}
+
+} // namespace
+
+std::string_view operationName(Operation operation) {
+    static constexpr std::array<std::string_view, operationCount> names{
+        "choosePort",  "setSettings",  "openPort",  "closePort",     "setBufferSizes", "countReceived", "clearReceived",
+        "clearUnsent", "setReadLimit", "readPort",  "writePort",     "fileExists",     "fileLength",    "openFile",
+        "readFile",    "writeFile",    "closeFile", "readWholeFile", "appendLine",
+    };
+    return names[static_cast<std::size_t>(operation)];
+}
+
+void OperationGate::pass(Operation operation) {
+    const OperationCall call{operation, ++counts_[static_cast<std::size_t>(operation)], ++passed_, clock_.now()};
+    for (const OperationHook& hook : hooks_) {
+        hook(call);
+    }
+}
+
+OperationHook failNth(Operation operation, std::int64_t n, Lasting lasting, Failure failure) {
+    return [=](const OperationCall& call) {
+        if (call.operation == operation && hit(call.occurrence, n, lasting)) {
+            throw failure;
+        }
+    };
+}
+
+OperationHook failNthOfAll(std::int64_t n, Lasting lasting, Failure failure) {
+    return [=](const OperationCall& call) {
+        if (hit(call.number, n, lasting)) {
+            throw failure;
+        }
+    };
+}
+
+} // namespace platform

@@ -1,0 +1,281 @@
+#include "platform/simulated/simulatedDesktop.h"
+
+#include "platform/failure.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <exception>
+
+namespace platform {
+namespace {
+
+constexpr int deepestNesting = 50;
+constexpr auto startDate = std::chrono::sys_days{std::chrono::year{2024} / 4 / 1};
+
+Micros microsOf(std::int64_t milliseconds) {
+    return milliseconds >= noMoment / 1000 ? noMoment : simulator::milliseconds(milliseconds);
+}
+
+// Counts one up as long as it lives.
+class Counted {
+  public:
+    explicit Counted(int& count) : count_(count) { ++count_; }
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+    ~Counted() { --count_; }
+
+  private:
+    int& count_;
+};
+
+} // namespace
+
+// The clock and its waits.
+
+void SimulatedDesktop::enter() {
+    if (!ended_) {
+        return;
+    }
+    violations_.emplace_back("code of the program ran behind its end");
+    if (std::uncaught_exceptions() == 0) {
+        throw ProgramEnd{};
+    }
+}
+
+std::int64_t SimulatedDesktop::timeGetTime() {
+    enter();
+    clock_.noteLook();
+    return clock_.now() / 1000;
+}
+
+std::string SimulatedDesktop::dateAndTime() {
+    const auto now = startDate + std::chrono::microseconds(clock_.now());
+    const auto day = std::chrono::floor<std::chrono::days>(now);
+    const std::chrono::year_month_day date{day};
+    const std::chrono::hh_mm_ss time{std::chrono::floor<std::chrono::seconds>(now - day)};
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(date.year()),
+                  static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                  static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+                  static_cast<int>(time.seconds().count()));
+    return text.data();
+}
+
+void SimulatedDesktop::moveTo(Micros moment) {
+    timers_.look(clock_.now());
+    clock_.advanceTo(moment);
+    port_.advance();
+}
+
+void SimulatedDesktop::sleep(int milliseconds) {
+    enter();
+    moveTo(clock_.now() + microsOf(milliseconds));
+}
+
+void SimulatedDesktop::waitForBytes(std::int64_t until) {
+    enter();
+    clock_.noteLook();
+    port_.advance();
+    const Micros end = microsOf(until);
+    while (!port_.ready() && clock_.now() < end) {
+        const Micros next = std::min(port_.next(), end);
+        if (next == noMoment) {
+            throw Stuck{"the program waits for bytes that nothing will send"};
+        }
+        moveTo(next);
+    }
+    port_.takeNews();
+}
+
+void SimulatedDesktop::doEvents() {
+    enter();
+    clock_.noteLook();
+    while (runDueEvent()) {
+    }
+}
+
+void SimulatedDesktop::waitForEvents(std::int64_t until) {
+    enter();
+    waitOnce(microsOf(until));
+}
+
+void SimulatedDesktop::waitOnce(Micros until) {
+    clock_.noteLook();
+    port_.advance();
+    while (!port_.takeNews() && !runDueEvent() && clock_.now() < until) {
+        const Micros next = std::min({nextEvent(), port_.next(), until});
+        if (next == noMoment) {
+            throw Stuck{"the program waits and nothing will ever happen"};
+        }
+        moveTo(next);
+    }
+}
+
+// Window events.
+
+Micros SimulatedDesktop::nextEvent() {
+    timers_.look(clock_.now());
+    std::erase_if(awaited_, [&](Awaited& awaited) {
+        const bool holds = awaited.condition();
+        if (holds) {
+            scheduled_.emplace(clock_.now() + awaited.delay, std::move(awaited.handler));
+        }
+        return holds;
+    });
+    return std::min(timers_.next(), scheduled_.empty() ? noMoment : scheduled_.begin()->first);
+}
+
+bool SimulatedDesktop::runDueEvent() {
+    const Micros due = nextEvent();
+    if (due > clock_.now()) {
+        return false;
+    }
+    if (!scheduled_.empty() && scheduled_.begin()->first == due) {
+        const Handler handler = std::move(scheduled_.begin()->second);
+        scheduled_.erase(scheduled_.begin());
+        runEvent(handler);
+    } else {
+        runEvent(Handler(timers_.take(clock_.now()).tick)); // a copy: the tick may unload its own form
+    }
+    return true;
+}
+
+void SimulatedDesktop::runEvent(const Handler& handler) {
+    if (!handler) {
+        return;
+    }
+    if (eventDepth_ == deepestNesting) {
+        throw Stuck{"window events run inside each other without end"};
+    }
+    const Counted nesting(eventDepth_);
+    try {
+        handler();
+    } catch (const std::exception& failure) {
+        violations_.push_back(std::string("a failure left an event: ") + failure.what());
+    }
+}
+
+void SimulatedDesktop::schedule(Micros moment, Handler handler) {
+    scheduled_.emplace(moment, std::move(handler));
+}
+
+void SimulatedDesktop::scheduleWhen(Condition condition, Micros delay, Handler handler) {
+    awaited_.push_back({std::move(condition), delay, std::move(handler)});
+}
+
+RunEnd SimulatedDesktop::run(const Handler& entry, const Condition& stop) {
+    try {
+        runEvent(entry);
+        return runEvents(stop);
+    } catch (const ProgramEnd&) {
+        return RunEnd::programEnded;
+    } catch (const Stuck& stuck) {
+        stuckReason_ = stuck.why;
+        return RunEnd::stuck;
+    }
+}
+
+RunEnd SimulatedDesktop::runEvents(const Condition& stop) {
+    while (!stop || !stop()) {
+        if (nextEvent() == noMoment) {
+            return RunEnd::idle;
+        }
+        waitOnce(noMoment);
+    }
+    return RunEnd::stopped;
+}
+
+void SimulatedDesktop::endProgram() {
+    ended_ = true;
+    throw ProgramEnd{};
+}
+
+// Boxes and dialogs.
+
+void SimulatedDesktop::react() {
+    const Micros end = clock_.now() + reactionTime;
+    while (clock_.now() < end) {
+        waitOnce(end);
+    }
+}
+
+int SimulatedDesktop::msgBox(const std::string& text, int style, const std::string& title) {
+    enter();
+    clock_.noteLook();
+    const Counted modal(modalDepth_);
+    Box& box = boxes_.emplace_back(Box{text, style, title, clock_.now()});
+    if (boxStands) {
+        boxStands(box);
+    }
+    react();
+    const int answer = answerBox ? answerBox(box) : boxAnswer::ok;
+    box.answer = box.hasCancel() ? answer : boxAnswer::ok;
+    return box.answer;
+}
+
+void SimulatedDesktop::askForFile(FileDialog& dialog, bool save) {
+    enter();
+    clock_.noteLook();
+    const Counted modal(modalDepth_);
+    AskedFile& asked = askedFiles_.emplace_back(AskedFile{dialog, save, clock_.now()});
+    bool settled = false;
+    while (!settled) {
+        react();
+        asked.path = chooseFile ? chooseFile(asked) : std::nullopt;
+        const bool asks = save && (dialog.flags & FileDialog::overwritePrompt) != 0;
+        const bool exists = asks && asked.path && files_.find(*asked.path) != nullptr;
+        asked.askedToOverwrite = asked.askedToOverwrite || exists;
+        settled = !exists || !confirmOverwrite || confirmOverwrite(asked);
+    }
+    if (asked.path) {
+        dialog.fileName = *asked.path;
+    } else if (dialog.cancelError) {
+        throw Failure(failureNumber::dialogCancelled, "Cancel was selected");
+    }
+}
+
+// Forms.
+
+Form* SimulatedDesktop::form(std::string_view name) const {
+    const auto at = std::ranges::find(forms_, name, [](const Form* form) { return std::string_view(form->name); });
+    return at == forms_.end() ? nullptr : *at;
+}
+
+// Notes what the program does with a form that it must have loaded.
+void SimulatedDesktop::require(const Form& form, FormEvent::What what) {
+    enter();
+    formEvents_.push_back({form.name, what, clock_.now()});
+    if (std::ranges::find(forms_, &form) == forms_.end()) {
+        violations_.push_back(form.name + " is shown, hidden or unloaded and was not loaded");
+    }
+}
+
+void SimulatedDesktop::load(Form& form) {
+    if (this->form(form.name) != nullptr) {
+        violations_.push_back(form.name + " is loaded twice");
+    }
+    forms_.push_back(&form);
+    require(form, FormEvent::What::loaded);
+    timers_.add(form);
+}
+
+void SimulatedDesktop::show(Form& form) {
+    require(form, FormEvent::What::shown);
+    form.visible = true;
+}
+
+void SimulatedDesktop::hide(Form& form) {
+    require(form, FormEvent::What::hidden);
+    form.visible = false;
+}
+
+void SimulatedDesktop::unload(Form& form) {
+    require(form, FormEvent::What::unloaded);
+    form.visible = false;
+    timers_.remove(form);
+    std::erase(forms_, &form);
+}
+
+} // namespace platform

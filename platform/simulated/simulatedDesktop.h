@@ -1,0 +1,127 @@
+// A desktop on a virtual clock: one thread, no window, the same run for the same script.
+#pragma once
+
+#include "platform/desktop.h"
+#include "platform/simulated/conversation.h"
+#include "platform/simulated/simulatedFiles.h"
+#include "platform/simulated/simulatedPort.h"
+#include "platform/simulated/windowTimers.h"
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace platform {
+
+// How a run of window events ended.
+enum class RunEnd {
+    programEnded,
+    stopped, // the condition given held
+    idle,    // no timer runs and nothing is scheduled
+    stuck,   // see stuckReason()
+};
+
+class SimulatedDesktop : public Desktop {
+  public:
+    using Handler = std::function<void()>;
+    using Condition = std::function<bool()>;
+
+    SimulatedDesktop(VirtualClock& clock, SimulatedPort& port, SimulatedFiles& files)
+        : clock_(clock), port_(port), files_(files) {}
+
+    // Runs a first event and then all that follow, until one of the ends.
+    RunEnd run(const Handler& entry, const Condition& stop = {});
+    // Goes on with the events that follow.
+    RunEnd carryOn(const Condition& stop = {}) { return run({}, stop); }
+    const std::string& stuckReason() const { return stuckReason_; }
+    bool ended() const { return ended_; }
+
+    // Window events of the operator and the tests: at a moment, and `delay` behind the moment at which a condition on
+    // the state of the forms is first seen to hold. The condition itself runs no window event.
+    void schedule(Micros moment, Handler handler);
+    void scheduleWhen(Condition condition, Micros delay, Handler handler);
+
+    // The operator's part in boxes and file dialogs. A box is answered, and a file given, `reactionTime` after it
+    // came up; window events run meanwhile. Without an answer of their own: OK, a cancelled dialog, yes.
+    Micros reactionTime = simulator::seconds(1);
+    std::function<int(const Box&)> answerBox;
+    std::function<std::optional<std::string>(const AskedFile&)> chooseFile;
+    std::function<bool(const AskedFile&)> confirmOverwrite;
+    // Called as soon as a box stands.
+    std::function<void(const Box&)> boxStands;
+
+    // What has happened so far.
+    const std::deque<Box>& boxes() const { return boxes_; }
+    const std::deque<AskedFile>& askedFiles() const { return askedFiles_; }
+    const std::vector<FormEvent>& formEvents() const { return formEvents_; }
+    // Failures that left an event's handler, and uses of the desktop that no real one would bear.
+    const std::vector<std::string>& violations() const { return violations_; }
+    bool modalStands() const { return modalDepth_ > 0; }
+    // A loaded form, nullptr without one of the name.
+    Form* form(std::string_view name) const;
+    const std::vector<Form*>& forms() const { return forms_; }
+
+    // What the desktop is.
+    Size screen{1920 * 15, 1080 * 15};
+    std::string directory = "/tarnbeacon/";
+    bool otherInstance = false;
+
+    std::int64_t timeGetTime() override;
+    std::string dateAndTime() override;
+    void sleep(int milliseconds) override;
+    void waitForBytes(std::int64_t until) override;
+    void doEvents() override;
+    void waitForEvents(std::int64_t until) override;
+    int msgBox(const std::string& text, int style, const std::string& title) override;
+    void showOpen(FileDialog& dialog) override { askForFile(dialog, false); }
+    void showSave(FileDialog& dialog) override { askForFile(dialog, true); }
+    void load(Form& form) override;
+    void show(Form& form) override;
+    void hide(Form& form) override;
+    void unload(Form& form) override;
+    Size screenSize() override { return screen; }
+    SerialPort& commPort() override { return port_; }
+    Files& files() override { return files_; }
+    std::string programDirectory() override { return directory; }
+    bool previousInstance() override { return otherInstance; }
+    [[noreturn]] void endProgram() override;
+
+  private:
+    struct Awaited {
+        Condition condition;
+        Micros delay;
+        Handler handler;
+    };
+
+    void enter(); // at the head of each operation that takes the program out of its own code
+    void runEvent(const Handler& handler);
+    Micros nextEvent();
+    bool runDueEvent();
+    void waitOnce(Micros until);
+    void moveTo(Micros moment);
+    void react();
+    RunEnd runEvents(const Condition& stop);
+    void askForFile(FileDialog& dialog, bool save);
+    void require(const Form& form, FormEvent::What what);
+
+    VirtualClock& clock_;
+    SimulatedPort& port_;
+    SimulatedFiles& files_;
+    std::vector<Form*> forms_;
+    WindowTimers timers_;
+    std::multimap<Micros, Handler> scheduled_;
+    std::vector<Awaited> awaited_;
+    std::deque<Box> boxes_;
+    std::deque<AskedFile> askedFiles_;
+    std::vector<FormEvent> formEvents_;
+    std::vector<std::string> violations_;
+    int modalDepth_ = 0;
+    int eventDepth_ = 0;
+    bool ended_ = false;
+    std::string stuckReason_;
+};
+
+} // namespace platform

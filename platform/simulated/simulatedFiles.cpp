@@ -1,0 +1,132 @@
+#include "platform/simulated/simulatedFiles.h"
+
+#include <algorithm>
+
+namespace platform {
+namespace {
+
+[[noreturn]] void fail(int number, const std::string& path, const std::string& cause) {
+    throw Failure(number, path + ": " + cause);
+}
+
+std::string_view readablePart(const std::string& path, const SimulatedFile& file) {
+    if (file.unreadable) {
+        fail(failureNumber::fileRefused, path, "the file may not be read");
+    }
+    return std::string_view(file.content).substr(0, file.readable.value_or(std::string::npos));
+}
+
+} // namespace
+
+class OpenSimulatedFile : public BinaryFile {
+  public:
+    OpenSimulatedFile(SimulatedFiles& disk, std::string path, std::shared_ptr<SimulatedFile> file)
+        : disk_(disk), path_(std::move(path)), file_(std::move(file)) {}
+
+    void read(std::int64_t offset, std::span<std::uint8_t> bytes) override {
+        disk_.operations_.pass(Operation::readFile);
+        const std::string_view content = readablePart(path_, *file_);
+        const auto start = static_cast<std::size_t>(offset);
+        if (start > content.size() || content.size() - start < bytes.size()) {
+            fail(failureNumber::fileBroken, path_, "the file ends too early");
+        }
+        std::ranges::copy(content.substr(start, bytes.size()), bytes.begin());
+    }
+
+    void write(std::int64_t offset, std::span<const std::uint8_t> bytes) override {
+        disk_.operations_.pass(Operation::writeFile);
+        const std::string text(bytes.begin(), bytes.end());
+        disk_.store(path_, *file_, static_cast<std::size_t>(offset), text);
+    }
+
+    void close() override { disk_.operations_.pass(Operation::closeFile); }
+
+  private:
+    SimulatedFiles& disk_;
+    std::string path_;
+    std::shared_ptr<SimulatedFile> file_;
+};
+
+void SimulatedFiles::put(const std::string& path, std::string_view content) {
+    files_[path] = std::make_shared<SimulatedFile>(SimulatedFile{.content = std::string(content)});
+}
+
+SimulatedFile* SimulatedFiles::find(const std::string& path) {
+    const auto at = files_.find(path);
+    return at == files_.end() ? nullptr : at->second.get();
+}
+
+SimulatedFile& SimulatedFiles::required(const std::string& path) {
+    SimulatedFile* file = find(path);
+    if (file == nullptr) {
+        fail(failureNumber::fileNotFound, path, "the file does not exist");
+    }
+    return *file;
+}
+
+std::shared_ptr<SimulatedFile> SimulatedFiles::forWriting(const std::string& path) {
+    std::shared_ptr<SimulatedFile>& file = files_[path];
+    if (file == nullptr) {
+        file = std::make_shared<SimulatedFile>();
+    }
+    if (file->readOnly) {
+        fail(failureNumber::fileRefused, path, "the file may not be written");
+    }
+    return file;
+}
+
+void SimulatedFiles::store(const std::string& path, SimulatedFile& file, std::size_t offset, std::string_view bytes) {
+    const std::size_t present = file.content.size();
+    std::size_t end = std::max(present, offset + bytes.size());
+    const bool fits = !room_ || end - present <= *room_;
+    if (!fits) {
+        end = present + *room_;
+        bytes = bytes.substr(0, end > offset ? end - offset : 0);
+    }
+    if (room_) {
+        *room_ -= end - present;
+    }
+    ++file.writes;
+    file.content.resize(end);
+    std::ranges::copy(bytes, file.content.begin() + static_cast<std::ptrdiff_t>(std::min(offset, end)));
+    if (!fits) {
+        fail(failureNumber::fileBroken, path, "no room left on the disk");
+    }
+}
+
+bool SimulatedFiles::exists(const std::string& path) {
+    operations_.pass(Operation::fileExists);
+    return find(path) != nullptr;
+}
+
+std::int64_t SimulatedFiles::length(const std::string& path) {
+    operations_.pass(Operation::fileLength);
+    return static_cast<std::int64_t>(required(path).content.size());
+}
+
+std::unique_ptr<BinaryFile> SimulatedFiles::openBinary(const std::string& path, FileAccess access) {
+    operations_.pass(Operation::openFile);
+    if (access == FileAccess::read) {
+        readablePart(path, required(path));
+        return std::make_unique<OpenSimulatedFile>(*this, path, files_.at(path));
+    }
+    return std::make_unique<OpenSimulatedFile>(*this, path, forWriting(path));
+}
+
+std::string SimulatedFiles::readAll(const std::string& path) {
+    operations_.pass(Operation::readWholeFile);
+    const SimulatedFile& file = required(path);
+    const std::string_view content = readablePart(path, file);
+    if (content.size() < file.content.size()) {
+        fail(failureNumber::fileBroken, path, "the file cannot be read to its end");
+    }
+    return std::string(content);
+}
+
+void SimulatedFiles::appendLine(const std::string& path, const std::string& text) {
+    operations_.pass(Operation::appendLine);
+    const auto file = forWriting(path);
+    store(path, *file, file->content.size(), text + "\r\n");
+}
+
+} // namespace platform

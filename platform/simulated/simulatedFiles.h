@@ -1,0 +1,51 @@
+// The disk of the simulated desktop, in memory. Paths are compared as they stand.
+#pragma once
+
+#include "platform/files.h"
+#include "platform/simulated/operationGate.h"
+
+#include <map>
+#include <optional>
+#include <string_view>
+
+namespace platform {
+
+struct SimulatedFile {
+    std::string content;
+    bool readOnly = false;
+    bool unreadable = false;
+    std::optional<std::size_t> readable = std::nullopt; // a read beyond so many bytes fails
+    int writes = 0;                                     // made by the program
+};
+
+class SimulatedFiles : public Files {
+  public:
+    explicit SimulatedFiles(const VirtualClock& clock) : operations_(clock) {}
+
+    void put(const std::string& path, std::string_view content);
+    void remove(const std::string& path) { files_.erase(path); } // an open one can still be used
+    SimulatedFile* find(const std::string& path);
+
+    // The room left on the disk in bytes; nothing: no end of it. A write that does not fit stores what does.
+    void setRoom(std::optional<std::size_t> bytes) { room_ = bytes; }
+    OperationGate& operations() { return operations_; }
+
+    bool exists(const std::string& path) override;
+    std::int64_t length(const std::string& path) override;
+    std::unique_ptr<BinaryFile> openBinary(const std::string& path, FileAccess access) override;
+    std::string readAll(const std::string& path) override;
+    void appendLine(const std::string& path, const std::string& text) override;
+
+  private:
+    friend class OpenSimulatedFile;
+
+    SimulatedFile& required(const std::string& path);
+    std::shared_ptr<SimulatedFile> forWriting(const std::string& path);
+    void store(const std::string& path, SimulatedFile& file, std::size_t offset, std::string_view bytes);
+
+    OperationGate operations_;
+    std::map<std::string, std::shared_ptr<SimulatedFile>> files_;
+    std::optional<std::size_t> room_;
+};
+
+} // namespace platform

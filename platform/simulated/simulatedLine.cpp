@@ -1,0 +1,79 @@
+#include "platform/simulated/simulatedLine.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace platform {
+
+void SimulatedLine::put(Direction direction, Bytes bytes, Micros at) {
+    record_.add(at, direction, bytes, true);
+    lane(direction).send(std::move(bytes), at);
+}
+
+void SimulatedLine::write(std::span<const std::uint8_t> bytes, Micros now) {
+    pass(Direction::toUnit, Bytes(bytes.begin(), bytes.end()), now);
+}
+
+void SimulatedLine::pass(Direction direction, Bytes bytes, Micros at) {
+    record_.add(at, direction, bytes);
+    if (!hooks_.empty()) {
+        Passage passage{direction, at, bytes};
+        for (const PassageHook& hook : hooks_) {
+            hook(passage);
+        }
+        if (passage.at != at || passage.bytes != bytes) {
+            record_.add(passage.at, direction, passage.bytes, true);
+        }
+        at = passage.at;
+        bytes = std::move(passage.bytes);
+    }
+    lane(direction).send(std::move(bytes), at);
+}
+
+Micros SimulatedLine::nextAtUnit() const {
+    const Micros happening = happenings_.empty() ? noMoment : happenings_.begin()->first;
+    const Micros unit = unit_ == nullptr ? noMoment : unit_->due().value_or(noMoment);
+    return std::min({happening, unit, toUnit_.writeEnd()});
+}
+
+Micros SimulatedLine::next() const {
+    return std::min(nextAtUnit(), fromUnit_.nextArrival());
+}
+
+bool SimulatedLine::advance(Micros now, Bytes& received) {
+    bool happened = false;
+    for (Micros moment = nextAtUnit(); moment <= now; moment = nextAtUnit()) {
+        step(moment);
+        happened = true;
+    }
+    return fromUnit_.takeArrived(now, received) || happened;
+}
+
+void SimulatedLine::step(Micros moment) {
+    if (!happenings_.empty() && happenings_.begin()->first <= moment) {
+        const auto happening = std::move(happenings_.begin()->second);
+        happenings_.erase(happenings_.begin());
+        happening();
+        return;
+    }
+    const bool arrives = toUnit_.writeEnd() <= moment;
+    const Bytes bytes = arrives ? toUnit_.takeWrite() : Bytes{};
+    if (unit_ == nullptr) {
+        return;
+    }
+    if (arrives) {
+        unit_->receive(bytes, moment);
+    } else {
+        unit_->advance(moment);
+    }
+    for (simulator::Output& output : unit_->takeOutput()) {
+        pass(Direction::fromUnit, std::move(output.bytes), output.at);
+    }
+}
+
+void SimulatedLine::dropAll() {
+    toUnit_.clear();
+    fromUnit_.clear();
+}
+
+} // namespace platform

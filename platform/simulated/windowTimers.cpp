@@ -1,0 +1,53 @@
+#include "platform/simulated/windowTimers.h"
+
+#include <algorithm>
+
+namespace platform {
+namespace {
+
+Micros intervalOf(const Timer& timer) {
+    return simulator::milliseconds(timer.interval());
+}
+
+Micros firstTick(const Timer& timer, Micros now) {
+    return timer.running() ? now + intervalOf(timer) : noMoment;
+}
+
+} // namespace
+
+void WindowTimers::add(Form& form) {
+    for (Timer* timer : form.timers) {
+        running_.push_back({&form, timer, timer->settings(), noMoment});
+        running_.back().settings = ~timer->settings(); // so that the next look takes it up
+    }
+}
+
+void WindowTimers::remove(const Form& form) {
+    std::erase_if(running_, [&](const Running& running) { return running.form == &form; });
+}
+
+void WindowTimers::look(Micros now) {
+    for (Running& running : running_) {
+        if (running.settings != running.timer->settings()) {
+            running.settings = running.timer->settings();
+            running.due = firstTick(*running.timer, now);
+        }
+    }
+}
+
+Micros WindowTimers::next() const {
+    Micros next = noMoment;
+    for (const Running& running : running_) {
+        next = std::min(next, running.due);
+    }
+    return next;
+}
+
+Timer& WindowTimers::take(Micros now) {
+    Running& running = *std::ranges::min_element(running_, {}, &Running::due);
+    const Micros interval = intervalOf(*running.timer);
+    running.due += interval * ((now - running.due) / interval + 1);
+    return *running.timer;
+}
+
+} // namespace platform

@@ -1,0 +1,36 @@
+// The timers of the loaded forms.
+#pragma once
+
+#include "platform/form.h"
+#include "platform/simulated/virtualClock.h"
+
+#include <vector>
+
+namespace platform {
+
+class WindowTimers {
+  public:
+    void add(Form& form);
+    void remove(const Form& form);
+
+    // Takes up what the program has set since the last call. To be called before the clock moves.
+    void look(Micros now);
+
+    // The moment of the next tick, noMoment without one.
+    Micros next() const;
+
+    // The timer whose tick is due first. Its next tick is set before this one runs; ticks that were missed
+    // meanwhile are left out.
+    Timer& take(Micros now);
+
+  private:
+    struct Running {
+        const Form* form;
+        Timer* timer;
+        std::uint64_t settings; // as last seen
+        Micros due;
+    };
+    std::vector<Running> running_;
+};
+
+} // namespace platform

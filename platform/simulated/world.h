@@ -1,0 +1,42 @@
+// A whole simulated setting for one run of the program: desktop, operator, line, unit, and the files of a usual day.
+#pragma once
+
+#include "platform/simulated/scriptedOperator.h"
+#include "simulator/sampleImage.h"
+
+#include <string>
+
+namespace platform {
+
+struct WorldOptions {
+    simulator::UnitOptions unit = {};
+    LinePace pace = {};
+    int comPort = 3; // in Setting.INI and where the unit is
+    simulator::SampleImage image = {};
+};
+
+// Becomes the desktop of the program as long as it lives. An open dialog gives the sample firmware, a save dialog
+// `savedPath`. Models: the amplifier is a QT-MVR, as the sample firmware is; the interface unit a QT-KP42.
+struct World {
+    static constexpr const char* firmwarePath = "/firmware/sample.bin";
+    static constexpr const char* savedPath = "/firmware/saved.bin";
+
+    explicit World(WorldOptions options = {});
+    World(const World&) = delete;
+    World& operator=(const World&) = delete;
+    ~World();
+
+    // The supply of the unit fails at a moment and comes back later; what it was about goes, its images stay.
+    void restartUnit(Micros off, Micros on);
+
+    VirtualClock clock;
+    SimulatedFiles files{clock};
+    simulator::Unit unit;
+    SimulatedLine line;
+    SimulatedPort port{clock};
+    SimulatedDesktop desktop{clock, port, files};
+    ScriptedOperator person{desktop, clock};
+    simulator::Bytes image; // of the sample firmware
+};
+
+} // namespace platform
