@@ -1,0 +1,65 @@
+#include "app/program.h"
+
+#include "common/variables.h"
+#include "firmware/loadCommand.h"
+#include "startup/startUpWindow.h"
+#include "transfer/transferCommands.h"
+#include "ui/forms.h"
+#include "ui/mainWindow.h"
+#include "ui/messages.h"
+#include "ui/resourceSetting.h"
+
+namespace program {
+
+namespace {
+
+// Handlers deal with their failures themselves; what one leaves over is reported here and never reaches the toolkit.
+template <class Handler>
+std::function<void()> event(Handler handler) {
+    return [handler] {
+        try {
+            handler();
+        } catch (const std::exception&) {
+            subReportError();
+        }
+    };
+}
+
+void bindStartUp(FrmStartUp& form) {
+    form.load = event(StartUpWindow::Form_Load);
+    form.queryUnload = event(StartUpWindow::Form_QueryUnload);
+    form.cmdTest.click = event(StartUpWindow::cmdTest_Click);
+    form.cmdEnd.click = event(StartUpWindow::cmdEnd_Click);
+}
+
+void bindMain(FrmMain& form) {
+    form.load = event(MainWindow::Form_Load);
+    form.queryUnload = event(MainWindow::Form_QueryUnload);
+    form.optPresent[0].click = event([] { MainWindow::optPresent_Click(0); });
+    form.optPresent[1].click = event([] { MainWindow::optPresent_Click(1); });
+    form.optLanguage[0].click = event(ResourceSetting::optLanguage_Click);
+    form.optLanguage[1].click = event(ResourceSetting::optLanguage_Click);
+    form.cmdLoading.click = event(MainWindow::cmdLoading_Click);
+    form.cmdUpgrade.click = event(MainWindow::cmdUpgrade_Click);
+    form.cmdPresent.click = event(MainWindow::cmdPresent_Click);
+    form.cmdEnd.click = event(MainWindow::cmdEnd_Click);
+    form.CommTimer.tick = event(MainWindow::CommTimer_Timer);
+}
+
+// A close request is ignored: taking the dialog away is the matter of the transfer.
+void bindWait(FrmWait& form) {
+    form.load = event(WaitWindow::Form_Load);
+    form.cmdCancel.click = event(WaitWindow::cmdCancel_Click);
+    form.timerWait.tick = event(WaitWindow::timerWait_Timer);
+}
+
+} // namespace
+
+void start() {
+    forgetForms();
+    run = Variables();
+    setFormBinders({bindStartUp, bindMain, bindWait});
+    frmStartUp();
+}
+
+} // namespace program

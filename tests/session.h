@@ -1,0 +1,77 @@
+// One run of the whole program on the simulated desktop, and what its operator and its unit see of it.
+#pragma once
+
+#include "app/program.h"
+#include "common/variables.h"
+#include "platform/simulated/world.h"
+#include "ui/forms.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+using namespace platform;
+using simulator::Micros;
+using simulator::milliseconds;
+using simulator::seconds;
+
+class Session {
+  public:
+    explicit Session(WorldOptions options = {}) : world(std::move(options)) { world.line.record().keep(0); }
+
+    // The start, up to the moment at which the program waits for its operator.
+    RunEnd start() {
+        return world.desktop.run(program::start, [] { return false; });
+    }
+
+    // Presses a button of the main window and runs what follows to its end.
+    RunEnd press(const char* control, int index = -1) {
+        EXPECT_TRUE(world.desktop.run([&] { pressed = world.person.perform(click("frmMain", control, index)); },
+                                      [] { return false; }) != RunEnd::stuck)
+            << world.desktop.stuckReason();
+        EXPECT_TRUE(pressed) << control;
+        return world.desktop.ended() ? RunEnd::programEnded : RunEnd::idle;
+    }
+
+    // Start, load of the sample file, upgrade.
+    void upgrade() {
+        start();
+        press("cmdLoading");
+        press("cmdUpgrade");
+    }
+
+    // The boxes so far, one line each: "title|text|style>answer".
+    std::string boxes() const {
+        std::string lines;
+        for (const Box& box : world.desktop.boxes()) {
+            lines +=
+                box.title + "|" + box.text + "|" + std::to_string(box.style) + ">" + std::to_string(box.answer) + "\n";
+        }
+        return lines;
+    }
+
+    std::string operations() const {
+        std::string line;
+        for (const std::string& operation : world.unit.journal().operations) {
+            line += operation + ' ';
+        }
+        return line;
+    }
+
+    // True when the operator can go on: the window is back, nothing is under way.
+    testing::AssertionResult atRest() const {
+        const FrmMain& form = frmMain();
+        const bool resting = run.programState == 0 || run.programState == 6 || run.programState == 14;
+        if (form.visible && form.enabled && form.mousePointer != MousePointer::hourglass && !frmWaitLoaded() &&
+            !form.CommTimer.running() && !run.stepBusy && resting && world.desktop.violations().empty()) {
+            return testing::AssertionSuccess();
+        }
+        return testing::AssertionFailure()
+               << "visible " << form.visible << " enabled " << form.enabled << " frmWait " << frmWaitLoaded()
+               << " CommTimer " << form.CommTimer.running() << " stepBusy " << run.stepBusy << " programState "
+               << run.programState << " violations " << testing::PrintToString(world.desktop.violations());
+    }
+
+    World world;
+    bool pressed = false;
+};
