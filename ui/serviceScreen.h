@@ -34,7 +34,7 @@ constexpr HiddenControls serviceScreen{
 };
 
 #ifdef TARNBEACON_SERVICE_SCREEN
-constexpr const HiddenControls& hiddenControls = serviceScreen;
+inline constexpr const HiddenControls& hiddenControls = serviceScreen;
 #else
-constexpr const HiddenControls& hiddenControls = deliveredScreen;
+inline constexpr const HiddenControls& hiddenControls = deliveredScreen;
 #endif
