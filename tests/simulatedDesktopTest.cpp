@@ -191,6 +191,9 @@ TEST_F(SimulatedDesktopTest, TheOperatorActsOnlyWhereAPersonCould) {
     form.enabled = false;
     world.person.follow({click("frmTest", "cmdGo"), closing("frmTest")});
     form.queryUnload = [&] { desk.endProgram(); };
+    desk.schedule(seconds(3), [&] { form.enabled = true; });
+    desk.schedule(seconds(3) + 1000, [&] { desk.msgBox("", boxStyle::ok, ""); });
+    desk.schedule(milliseconds(3500), [&] { form.enabled = false; });
     desk.schedule(seconds(5), [&] { form.enabled = true; });
     EXPECT_EQ(desk.run({}), RunEnd::programEnded);
     EXPECT_EQ(clicks, 1);

@@ -125,8 +125,11 @@ void ScriptedOperator::followFrom(std::vector<Deed> deeds, std::size_t first, Mi
     const Deed deed = deeds[first];
     desktop_.scheduleWhen([this, deed] { return refusal(deed).empty(); }, pause,
                           [this, deed, deeds = std::move(deeds), first, pause] {
-                              followFrom(deeds, first + 1, pause);
-                              perform(deed);
+                              const bool missed = !refusal(deed).empty();
+                              followFrom(deeds, missed ? first : first + 1, pause);
+                              if (!missed) {
+                                  perform(deed);
+                              }
                           });
 }
 

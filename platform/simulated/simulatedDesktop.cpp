@@ -51,6 +51,7 @@ std::int64_t SimulatedDesktop::timeGetTime() {
 }
 
 std::string SimulatedDesktop::dateAndTime() {
+    enter();
     const auto now = startDate + std::chrono::microseconds(clock_.now());
     const auto day = std::chrono::floor<std::chrono::days>(now);
     const std::chrono::year_month_day date{day};
