@@ -1,0 +1,189 @@
+#include "platform/qt/controlView.h"
+
+#include "platform/qt/drawing.h"
+#include "platform/qt/text.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+
+#include <algorithm>
+#include <cmath>
+#include <tuple>
+
+namespace platform {
+
+namespace {
+
+constexpr int barSteps = 10000; // of a progress bar, whose value is no whole number
+
+// All that a widget shows of its control.
+auto state(const Control& control) {
+    return std::tie(control.place, control.tabIndex, control.caption, control.accessibleName, control.font,
+                    control.textColour, control.backColour, control.alignment, control.border, control.enabled,
+                    control.visible, control.value, control.min, control.max, control.items, control.listIndex,
+                    control.picture);
+}
+
+QWidget* makeWidget(const Control& control, QWidget* parent) {
+    switch (control.kind) {
+    case ControlKind::label: {
+        auto* label = new QLabel(parent);
+        label->setTextFormat(Qt::PlainText);
+        label->setAttribute(Qt::WA_TransparentForMouseEvents);
+        return label;
+    }
+    case ControlKind::button: {
+        auto* button = new QPushButton(parent);
+        button->setAutoDefault(true); // the Enter key presses it while it has the focus
+        return button;
+    }
+    case ControlKind::optionButton: return new QRadioButton(parent);
+    case ControlKind::checkBox: return new QCheckBox(parent);
+    case ControlKind::frame: return new QGroupBox(parent);
+    case ControlKind::dropDownList: return new QComboBox(parent);
+    case ControlKind::progressBar: {
+        auto* bar = new QProgressBar(parent);
+        bar->setTextVisible(false);
+        bar->setRange(0, barSteps);
+        return bar;
+    }
+    case ControlKind::line:
+    case ControlKind::rectangle:
+    case ControlKind::picture: return new Drawing(control, parent);
+    case ControlKind::menu: break;
+    }
+    return nullptr;
+}
+
+// The font, set narrower where the caption would not fit: the places were laid out for fonts that this system may
+// have to stand in for with wider ones, and no caption is ever cut.
+QFont fittedFont(const Control& control) {
+    QFont font = fontOf(control.font);
+    const int ornament = control.kind == ControlKind::button         ? 8
+                         : control.kind == ControlKind::checkBox     ? 22
+                         : control.kind == ControlKind::optionButton ? 22
+                                                                     : 4;
+    const int room = pixels(control.place.width) - ornament;
+    const int needed = QFontMetrics(font).horizontalAdvance(fromUtf8(control.caption));
+    constexpr int narrowest = 50; // per cent
+    if (needed > room) {
+        font.setStretch(std::max(narrowest, 100 * room / needed));
+    }
+    return font;
+}
+
+} // namespace
+
+ControlView::ControlView(Control& control, QWidget* parent, const std::function<void(ControlView&)>& operated)
+    : control_(&control), widget_(makeWidget(control, parent)) {
+    if (widget_ != nullptr) {
+        widget_->setObjectName(fromUtf8(control.name + (control.index < 0 ? "" : std::to_string(control.index))));
+    }
+    if (auto* button = qobject_cast<QAbstractButton*>(widget_)) {
+        QObject::connect(button, &QAbstractButton::clicked, button, [this, operated] { operated(*this); });
+    } else if (auto* list = qobject_cast<QComboBox*>(widget_)) {
+        QObject::connect(list, &QComboBox::activated, list, [this, operated] { operated(*this); });
+    }
+}
+
+void ControlView::takeInput() {
+    if (const auto* list = qobject_cast<QComboBox*>(widget_)) {
+        control_->listIndex = list->currentIndex();
+    } else if (control_->kind == ControlKind::optionButton) {
+        control_->value = 1;
+    } else if (const auto* box = qobject_cast<QCheckBox*>(widget_)) {
+        control_->value = box->isChecked() ? 1 : 0;
+    }
+}
+
+bool ControlView::sync() {
+    if (widget_ == nullptr || (shown_ && state(*shown_) == state(*control_))) {
+        return false;
+    }
+    show();
+    shown_ = *control_;
+    return true;
+}
+
+void ControlView::show() {
+    widget_->setEnabled(control_->enabled);
+    if (auto* drawing = dynamic_cast<Drawing*>(widget_)) {
+        drawing->show(*control_);
+    } else {
+        widget_->setGeometry(pixels(control_->place));
+        widget_->setFont(fittedFont(*control_));
+        widget_->setAccessibleName(fromUtf8(control_->accessibleName));
+        showColours();
+        showCaption();
+        showItems();
+        showValue();
+    }
+    widget_->setVisible(control_->visible);
+}
+
+void ControlView::showColours() {
+    QPalette palette;
+    if (control_->kind == ControlKind::label || control_->textColour.source == Colour::Source::fixed) {
+        // In every state, also in a window that is disabled: the control alone says when its text is grey.
+        palette.setColor(QPalette::WindowText, colourOf(control_->enabled ? control_->textColour : greyText));
+    }
+    const bool filled = control_->backColour.source == Colour::Source::fixed;
+    if (filled) {
+        palette.setColor(QPalette::Window, colourOf(control_->backColour));
+    }
+    widget_->setPalette(palette);
+    widget_->setAutoFillBackground(filled);
+}
+
+void ControlView::showCaption() {
+    const QString text = fromUtf8(control_->caption);
+    if (auto* label = qobject_cast<QLabel*>(widget_)) {
+        label->setFrameStyle(control_->border ? QFrame::Box | QFrame::Plain : QFrame::NoFrame);
+        label->setAlignment(Qt::AlignVCenter |
+                            (control_->alignment == Alignment::centre ? Qt::AlignHCenter : Qt::AlignLeft));
+        label->setText(text);
+        return;
+    }
+    const QString literal = QString(text).replace('&', "&&"); // an ampersand marks no key
+    if (auto* button = qobject_cast<QAbstractButton*>(widget_)) {
+        button->setText(literal);
+    } else if (auto* frame = qobject_cast<QGroupBox*>(widget_)) {
+        frame->setTitle(literal);
+    }
+}
+
+void ControlView::showItems() {
+    auto* list = qobject_cast<QComboBox*>(widget_);
+    if (list == nullptr) {
+        return;
+    }
+    if (!shown_ || shown_->items != control_->items) {
+        list->clear();
+        for (const std::string& item : control_->items) {
+            list->addItem(fromUtf8(item));
+        }
+    }
+    list->setCurrentIndex(control_->listIndex);
+}
+
+void ControlView::showValue() {
+    if (auto* bar = qobject_cast<QProgressBar*>(widget_)) {
+        const double range = control_->max - control_->min;
+        const double share = range > 0 ? (control_->value - control_->min) / range : 0;
+        bar->setValue(static_cast<int>(std::lround(std::clamp(share, 0.0, 1.0) * barSteps)));
+    } else if (auto* option = qobject_cast<QRadioButton*>(widget_)) {
+        // The state says which option of a group is on; while the toolkit minds the group it lets none be turned off.
+        option->setAutoExclusive(false);
+        option->setChecked(control_->value != 0);
+        option->setAutoExclusive(true);
+    } else if (auto* box = qobject_cast<QCheckBox*>(widget_)) {
+        box->setChecked(control_->value != 0);
+    }
+}
+
+} // namespace platform

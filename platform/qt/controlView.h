@@ -1,0 +1,40 @@
+// The widget of one control: built once, then brought to the state that the control holds.
+#pragma once
+
+#include "platform/form.h"
+
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+namespace platform {
+
+class ControlView {
+  public:
+    // Makes the widget of the control in `parent`; `operated` is called when the operator has used it. Nothing is
+    // drawn for a menu.
+    ControlView(Control& control, QWidget* parent, const std::function<void(ControlView&)>& operated);
+
+    Control& control() const { return *control_; }
+    QWidget* widget() const { return widget_; }
+
+    // Shows the control's state; false when it is shown already.
+    bool sync();
+
+    // Takes the operator's input over into the control's state, but for the other options of a group.
+    void takeInput();
+
+  private:
+    void show();
+    void showCaption();
+    void showColours();
+    void showValue();
+    void showItems();
+
+    Control* control_;
+    QWidget* widget_ = nullptr; // owned by its parent
+    std::optional<Control> shown_;
+};
+
+} // namespace platform

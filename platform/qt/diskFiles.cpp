@@ -1,0 +1,142 @@
+#include "platform/qt/diskFiles.h"
+
+#include "platform/failure.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+int numberOf(int systemError) {
+    switch (systemError) {
+    case ENOENT:
+    case ENOTDIR: return failureNumber::fileNotFound;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case EISDIR: return failureNumber::fileRefused;
+    default: return failureNumber::fileBroken;
+    }
+}
+
+[[noreturn]] void raise(const std::string& path, int systemError) {
+    throw Failure(numberOf(systemError), path + ": " + std::generic_category().message(systemError));
+}
+
+// Asks for the file's state; a directory is refused as no file.
+struct stat statusOf(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) < 0) {
+        raise(path, errno);
+    }
+    if (S_ISDIR(status.st_mode)) {
+        raise(path, EISDIR);
+    }
+    return status;
+}
+
+class DiskFile : public BinaryFile {
+  public:
+    DiskFile(std::string path, int flags) : path_(std::move(path)) {
+        constexpr mode_t newFileMode = 0666; // less what the user's mask takes
+        descriptor_ = ::open(path_.c_str(), flags | O_CLOEXEC, newFileMode);
+        if (descriptor_ < 0) {
+            raise(path_, errno);
+        }
+        writes_ = (flags & O_ACCMODE) != O_RDONLY;
+    }
+
+    ~DiskFile() override {
+        if (descriptor_ >= 0) {
+            ::close(descriptor_);
+        }
+    }
+
+    void read(std::int64_t offset, std::span<std::uint8_t> bytes) override {
+        while (!bytes.empty()) {
+            const ssize_t count = ::pread(descriptor_, bytes.data(), bytes.size(), offset);
+            if (count == 0) {
+                throw Failure(failureNumber::fileBroken, path_ + ": the file ends too early");
+            }
+            bytes = bytes.subspan(moved(count));
+            offset += count;
+        }
+    }
+
+    void write(std::int64_t offset, std::span<const std::uint8_t> bytes) override {
+        while (!bytes.empty()) {
+            const ssize_t count = ::pwrite(descriptor_, bytes.data(), bytes.size(), offset);
+            bytes = bytes.subspan(moved(count));
+            offset += count;
+        }
+    }
+
+    void append(std::string_view text) {
+        while (!text.empty()) {
+            text.remove_prefix(moved(::write(descriptor_, text.data(), text.size())));
+        }
+    }
+
+    std::string readAll() {
+        std::string text;
+        char part[4096];
+        while (const std::size_t count = moved(::read(descriptor_, part, sizeof part))) {
+            text.append(part, count);
+        }
+        return text;
+    }
+
+    void close() override {
+        const int descriptor = descriptor_;
+        descriptor_ = -1;
+        // Some file systems find out only here that there is no room. What cannot be synchronized, a pipe or a
+        // terminal, says EINVAL.
+        const bool late = writes_ && ::fsync(descriptor) < 0 && errno != EINVAL;
+        const int lateError = errno;
+        if (::close(descriptor) < 0 || late) {
+            raise(path_, late ? lateError : errno);
+        }
+    }
+
+  private:
+    std::size_t moved(ssize_t count) const {
+        if (count < 0) {
+            raise(path_, errno);
+        }
+        return static_cast<std::size_t>(count);
+    }
+
+    std::string path_;
+    int descriptor_ = -1;
+    bool writes_ = false;
+};
+
+} // namespace
+
+bool DiskFiles::exists(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+}
+
+std::int64_t DiskFiles::length(const std::string& path) {
+    return statusOf(path).st_size;
+}
+
+std::unique_ptr<BinaryFile> DiskFiles::openBinary(const std::string& path, FileAccess access) {
+    return std::make_unique<DiskFile>(path, access == FileAccess::read ? O_RDONLY : O_RDWR | O_CREAT);
+}
+
+std::string DiskFiles::readAll(const std::string& path) {
+    return DiskFile(path, O_RDONLY).readAll();
+}
+
+void DiskFiles::appendLine(const std::string& path, const std::string& text) {
+    DiskFile(path, O_WRONLY | O_APPEND | O_CREAT).append(text + '\n');
+}
+
+} // namespace platform

@@ -1,0 +1,90 @@
+#include "platform/qt/drawing.h"
+
+#include "platform/qt/text.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QPainter>
+
+#include <cmath>
+
+namespace platform {
+
+int pixels(int twips) {
+    return static_cast<int>(std::lround(twips / static_cast<double>(twipsPerPixel)));
+}
+
+QRect pixels(const Place& place) {
+    return {pixels(place.left), pixels(place.top), pixels(place.width), pixels(place.height)};
+}
+
+QFont fontOf(const Font& font) {
+    constexpr double pixelsPerPoint = 96.0 / 72.0; // as the places, whatever density the screen reports
+    QFont result(fromUtf8(font.name));
+    result.setPixelSize(static_cast<int>(std::lround(font.points * pixelsPerPoint)));
+    result.setBold(font.bold);
+    result.setUnderline(font.underline);
+    return result;
+}
+
+QColor colourOf(const Colour& colour) {
+    const QPalette desktop = QApplication::palette();
+    switch (colour.source) {
+    case Colour::Source::windowText: return desktop.color(QPalette::Active, QPalette::WindowText);
+    case Colour::Source::greyText: return desktop.color(QPalette::Disabled, QPalette::WindowText);
+    case Colour::Source::buttonFace: return desktop.color(QPalette::Active, QPalette::Window);
+    case Colour::Source::fixed: break;
+    }
+    return {colour.red, colour.green, colour.blue};
+}
+
+QPixmap pictureOf(int number) {
+    return number == 0 ? QPixmap() : QPixmap(QString(":/art/%1.png").arg(number));
+}
+
+QIcon iconOf(int number) {
+    QIcon icon;
+    const QDir art(":/art");
+    for (const QString& file : art.entryList({QString("icon-%1-*.png").arg(number)})) {
+        icon.addFile(art.filePath(file));
+    }
+    return icon;
+}
+
+Drawing::Drawing(const Control& control, QWidget* parent) : QWidget(parent), kind_(control.kind) {
+    setAttribute(Qt::WA_TransparentForMouseEvents);
+    setFocusPolicy(Qt::NoFocus);
+}
+
+void Drawing::show(const Control& control) {
+    place_ = control.place;
+    textColour_ = colourOf(control.textColour);
+    backColour_ = colourOf(control.backColour);
+    if (pictureNumber_ != control.picture) {
+        pictureNumber_ = control.picture;
+        picture_ = pictureOf(control.picture);
+    }
+    // A line has no area of its own where it runs level or upright, and may be given from its far end.
+    const QRect area = kind_ == ControlKind::line
+                           ? pixels(place_).normalized().adjusted(0, 0, place_.width == 0 ? 1 : 0, place_.height == 0)
+                           : pixels(place_);
+    setGeometry(area);
+    update();
+}
+
+void Drawing::paintLine(QPainter& painter) const {
+    const bool rising = (place_.width < 0) != (place_.height < 0);
+    painter.setPen(textColour_);
+    painter.drawLine(0, rising ? height() - 1 : 0, width() - 1, rising ? 0 : height() - 1);
+}
+
+void Drawing::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    switch (kind_) {
+    case ControlKind::line: return paintLine(painter);
+    case ControlKind::rectangle: return painter.fillRect(rect(), backColour_);
+    default: return painter.drawPixmap(0, 0, picture_);
+    }
+}
+
+} // namespace platform

@@ -1,0 +1,44 @@
+#include "platform/qt/fileDialogs.h"
+
+#include "platform/failure.h"
+#include "platform/qt/text.h"
+
+#include <QFileDialog>
+
+namespace platform {
+
+namespace {
+
+// "Bin File (*.bin)|*.bin||" as the toolkit's list: "Bin File (*.bin)". It takes the patterns from the brackets.
+QStringList nameFilters(const std::string& filter) {
+    const QStringList parts = fromUtf8(filter).split('|');
+    QStringList filters;
+    for (qsizetype at = 0; at + 1 < parts.size() && !parts[at].isEmpty(); at += 2) {
+        const QString description = parts[at].section('(', 0, 0).trimmed();
+        filters += description + " (" + QString(parts[at + 1]).replace(';', ' ') + ')';
+    }
+    return filters;
+}
+
+} // namespace
+
+void showFileDialog(FileDialog& dialog, FileDialogKind kind) {
+    QFileDialog shown;
+    shown.setOption(QFileDialog::DontUseNativeDialog);
+    shown.setOption(QFileDialog::DontConfirmOverwrite, (dialog.flags & FileDialog::overwritePrompt) == 0);
+    shown.setFileMode(QFileDialog::AnyFile);
+    shown.setAcceptMode(kind == FileDialogKind::open ? QFileDialog::AcceptOpen : QFileDialog::AcceptSave);
+    shown.setWindowTitle(kind == FileDialogKind::open ? "Open" : "Save As");
+    shown.setNameFilters(nameFilters(dialog.filter));
+    shown.setDirectory(fromUtf8(dialog.initialDirectory));
+    if (!dialog.fileName.empty()) {
+        shown.selectFile(fromUtf8(dialog.fileName));
+    }
+    if (shown.exec() == QDialog::Accepted) {
+        dialog.fileName = toUtf8(shown.selectedFiles().value(0));
+    } else if (dialog.cancelError) {
+        throw Failure(failureNumber::dialogCancelled, "Cancel was selected");
+    }
+}
+
+} // namespace platform

@@ -1,0 +1,13 @@
+// The dialogs for opening and saving a file: the toolkit's own, so that they are the same on every desktop.
+#pragma once
+
+#include "platform/desktop.h"
+
+namespace platform {
+
+enum class FileDialogKind { open, save };
+
+// Shows the dialog, see Desktop::showOpen. The toolkit's event loop runs meanwhile.
+void showFileDialog(FileDialog& dialog, FileDialogKind kind);
+
+} // namespace platform

@@ -1,0 +1,216 @@
+#include "platform/qt/formWindow.h"
+
+#include "platform/qt/drawing.h"
+#include "platform/qt/text.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QPointer>
+#include <QScreen>
+#include <QWindow>
+
+#include <algorithm>
+
+namespace platform {
+
+namespace {
+
+Qt::WindowFlags frameOf(const Form& form) {
+    const Qt::WindowType type = form.onTaskBar ? Qt::Window : Qt::Tool; // a tool window gets no button there
+    if (!form.titleBar) {
+        return type | Qt::FramelessWindowHint;
+    }
+    return type | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
+           Qt::MSWindowsFixedSizeDialogHint;
+}
+
+// A bitmap behind all controls, as a control of its own.
+Control backPictureOf(const Form& form) {
+    return {.kind = ControlKind::picture,
+            .place = {0, 0, form.clientArea.width, form.clientArea.height},
+            .picture = form.backPicture};
+}
+
+} // namespace
+
+FormWindow::FormWindow(Form& form, Deliver deliver)
+    : QWidget(nullptr, frameOf(form)), form_(&form), deliver_(std::move(deliver)), client_(new QWidget(this)) {
+    setObjectName(fromUtf8(form.name));
+    setFixedSize(pixels(form.clientArea.width), pixels(form.clientArea.height));
+    setWindowIcon(iconOf(form.icon));
+    client_->setGeometry(rect());
+    (new Drawing(backPictureOf(form), client_))->show(backPictureOf(form));
+    buildControls();
+    setTabOrder();
+    sync();
+}
+
+void FormWindow::buildControls() {
+    for (Control* control : form_->controls) {
+        views_.push_back(std::make_unique<ControlView>(*control, containerOf(*control),
+                                                       [this](ControlView& view) { operated(view); }));
+    }
+}
+
+// A frame stands ahead of the controls that it holds.
+QWidget* FormWindow::containerOf(const Control& control) const {
+    const auto view =
+        std::ranges::find_if(views_, [&](const auto& other) { return other->control().name == control.container; });
+    return control.container.empty() || view == views_.end() ? client_ : (*view)->widget();
+}
+
+void FormWindow::setTabOrder() {
+    std::vector<ControlView*> reached;
+    for (const auto& view : views_) {
+        if (view->widget() != nullptr && view->widget()->focusPolicy() != Qt::NoFocus) {
+            if (view->control().tabIndex >= 0) {
+                reached.push_back(view.get());
+            } else {
+                view->widget()->setFocusPolicy(Qt::ClickFocus);
+            }
+        }
+    }
+    std::ranges::stable_sort(reached, {}, [](ControlView* view) { return view->control().tabIndex; });
+    for (ControlView* view : reached) {
+        if (!tabOrder_.empty()) {
+            QWidget::setTabOrder(tabOrder_.back(), view->widget());
+        }
+        tabOrder_.push_back(view->widget());
+    }
+}
+
+void FormWindow::sync() {
+    if (form_ == nullptr) {
+        return;
+    }
+    for (const auto& view : views_) {
+        changed_ = view->sync() || changed_;
+    }
+    changed_ = syncWindow() || changed_;
+    changed_ = syncEnabled() || changed_;
+    syncVisible();
+}
+
+bool FormWindow::syncWindow() {
+    const QString title = fromUtf8(form_->title);
+    if (windowTitle() != title) {
+        setWindowTitle(title);
+    }
+    const Qt::CursorShape pointer = form_->mousePointer == MousePointer::hourglass ? Qt::WaitCursor : Qt::ArrowCursor;
+    if (cursor().shape() != pointer) {
+        setCursor(pointer);
+        return true;
+    }
+    return false;
+}
+
+bool FormWindow::syncEnabled() {
+    if (client_->isEnabled() == form_->enabled) {
+        return false;
+    }
+    if (!form_->enabled) {
+        focusBefore_ = focusWidget(); // the toolkit takes the focus from what is disabled
+    }
+    client_->setEnabled(form_->enabled);
+    if (form_->enabled && focusBefore_ != nullptr) {
+        focusBefore_->setFocus();
+    }
+    return true;
+}
+
+void FormWindow::syncVisible() {
+    if (form_->visible != isVisible()) {
+        if (form_->visible) {
+            placeOnScreen();
+            shownAt_ = clockMicros();
+            raise();
+        }
+        setVisible(form_->visible);
+        if (form_->visible) {
+            activateWindow();
+        }
+    }
+    const QWidget* focus = focusWidget();
+    if (form_->visible && client_->isEnabled() && (focus == nullptr || !focus->isVisible())) {
+        const auto first = std::ranges::find_if(
+            tabOrder_, [](const QWidget* widget) { return widget->isVisible() && widget->isEnabled(); });
+        if (first != tabOrder_.end()) {
+            (*first)->setFocus();
+        }
+    }
+}
+
+void FormWindow::placeOnScreen() {
+    if (form_->centred) {
+        const QRect screen = QGuiApplication::primaryScreen()->geometry();
+        move(screen.center() - rect().center());
+    } else {
+        move(pixels(form_->left), pixels(form_->top));
+    }
+}
+
+void FormWindow::paintChanges() {
+    if (changed_ && isVisible()) {
+        repaint();
+        changed_ = false;
+    }
+}
+
+bool FormWindow::comingUp() const {
+    constexpr Micros patience = 500'000; // a window on another desktop never comes up
+    const QWindow* window = windowHandle();
+    return isVisible() && window != nullptr && !window->isExposed() && clockMicros() < shownAt_ + patience;
+}
+
+void FormWindow::dismiss() {
+    form_ = nullptr;
+    hide();
+    deleteLater();
+}
+
+bool FormWindow::event(QEvent* event) {
+    const bool handled = QWidget::event(event);
+    if (event->type() == QEvent::UpdateRequest) {
+        changed_ = false;
+    }
+    return handled;
+}
+
+void FormWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    if (form_ != nullptr && form_->enabled) {
+        call(form_->queryUnload);
+    }
+}
+
+void FormWindow::operated(ControlView& view) {
+    if (form_ == nullptr) {
+        return;
+    }
+    Control& control = view.control();
+    if (control.kind == ControlKind::optionButton) {
+        for (const auto& other : views_) {
+            if (other->control().kind == ControlKind::optionButton && other->control().container == control.container) {
+                other->control().value = 0;
+            }
+        }
+    }
+    view.takeInput();
+    call(control.click);
+}
+
+// A handler that lets window events run is not entered again by the same event.
+void FormWindow::call(const Handler& handler) {
+    if (!handler || running_.contains(&handler)) {
+        return;
+    }
+    const Handler* key = &handler;
+    running_.insert(key);
+    const QPointer<FormWindow> window = this;
+    deliver_(handler);
+    if (window) {
+        window->running_.remove(key);
+    }
+}
+
+} // namespace platform

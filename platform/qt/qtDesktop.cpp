@@ -1,0 +1,199 @@
+#include "platform/qt/qtDesktop.h"
+
+#include "common/version.h"
+#include "platform/failure.h"
+#include "platform/qt/drawing.h"
+#include "platform/qt/fileDialogs.h"
+#include "platform/qt/instanceLock.h"
+#include "platform/qt/messageBox.h"
+#include "platform/qt/text.h"
+
+#include <QDateTime>
+#include <QScreen>
+#include <QSettings>
+#include <QStyleFactory>
+#include <QThread>
+
+#include <algorithm>
+#include <clocale>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+// The program has no command line: the toolkit sees the name alone, which it also uses as the class of the windows.
+char programName[] = "TarnBeacon";
+char* words[] = {programName, nullptr};
+int wordCount = 1;
+
+} // namespace
+
+QtDesktop::QtDesktop()
+    : application_(wordCount, words), port_(files_, programDirectory() + "Setting.INI"),
+      timers_([this](const Handler& tick) { deliver(tick); }) {
+    // Numbers and the causes of failures read the same under every locale.
+    std::setlocale(LC_NUMERIC, "C");
+    std::setlocale(LC_MESSAGES, "C");
+    QCoreApplication::setApplicationName(program::name);
+    QCoreApplication::setApplicationVersion(QString("%1.%2").arg(program::major).arg(program::minor));
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QApplication::setStyle(QStyleFactory::create("Fusion")); // the places of the controls fit its widgets
+    // The toolkit's file dialog keeps settings of its own; this program writes none anywhere.
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
+}
+
+QtDesktop::~QtDesktop() {
+    for (const auto& [form, window] : windows_) {
+        delete window;
+    }
+}
+
+void QtDesktop::run() {
+    sync();
+    QApplication::exec();
+}
+
+std::int64_t QtDesktop::timeGetTime() {
+    return clockMicros() / 1000;
+}
+
+std::string QtDesktop::dateAndTime() {
+    return toUtf8(QDateTime::currentDateTime().toString("yyyy/MM/dd HH:mm:ss"));
+}
+
+void QtDesktop::sleep(int milliseconds) {
+    sync();
+    paintChanges();
+    QThread::msleep(static_cast<unsigned long>(std::max(milliseconds, 0)));
+}
+
+void QtDesktop::waitForBytes(std::int64_t until) {
+    sync();
+    paintChanges();
+    port_.waitForNews(microsOf(until));
+}
+
+void QtDesktop::doEvents() {
+    constexpr int longest = 20; // ms, however fast further events come in
+    do {
+        sync();
+        QCoreApplication::processEvents(QEventLoop::AllEvents, longest);
+    } while (windowComingUp());
+    sync();
+    paintChanges();
+}
+
+void QtDesktop::waitForEvents(std::int64_t until) {
+    sync();
+    const bool due = port_.hasNews() || clockMicros() >= microsOf(until);
+    if (due) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents);
+        return;
+    }
+    timers_.wakeAt(until);
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+    timers_.wakeAt(never);
+}
+
+int QtDesktop::msgBox(const std::string& text, int style, const std::string& title) {
+    sync();
+    QWindow* const below = shown_.empty() ? nullptr : windows_.at(shown_.back())->windowHandle();
+    return showMessageBox(text, style, title, below);
+}
+
+void QtDesktop::showOpen(FileDialog& dialog) {
+    sync();
+    showFileDialog(dialog, FileDialogKind::open);
+}
+
+void QtDesktop::showSave(FileDialog& dialog) {
+    sync();
+    showFileDialog(dialog, FileDialogKind::save);
+}
+
+void QtDesktop::load(Form& form) {
+    windows_[&form] = new FormWindow(form, [this](const Handler& handler) { deliver(handler); });
+    timers_.add(form);
+}
+
+void QtDesktop::show(Form& form) {
+    form.visible = true;
+    sync();
+}
+
+void QtDesktop::hide(Form& form) {
+    form.visible = false;
+    sync();
+}
+
+void QtDesktop::unload(Form& form) {
+    const auto window = windows_.find(&form);
+    if (window == windows_.end()) {
+        return;
+    }
+    timers_.remove(form);
+    window->second->dismiss();
+    windows_.erase(window);
+    std::erase(shown_, &form);
+    form.visible = false;
+}
+
+Size QtDesktop::screenSize() {
+    const QSize size = QGuiApplication::primaryScreen()->size();
+    return {size.width() * twipsPerPixel, size.height() * twipsPerPixel};
+}
+
+std::string QtDesktop::programDirectory() {
+    return toUtf8(QCoreApplication::applicationDirPath()) + '/';
+}
+
+bool QtDesktop::previousInstance() {
+    return !becomeOnlyInstance();
+}
+
+void QtDesktop::endProgram() {
+    port_.leaveLockFree();
+    ::_exit(0);
+}
+
+// Brings windows and timers to what the program has set since the last look.
+void QtDesktop::sync() {
+    for (const auto& [form, window] : windows_) {
+        window->sync();
+        const bool listed = std::ranges::find(shown_, form) != shown_.end();
+        if (form->visible && !listed) {
+            shown_.push_back(form);
+        } else if (!form->visible && listed) {
+            std::erase(shown_, form);
+        }
+    }
+    timers_.sync();
+}
+
+void QtDesktop::paintChanges() {
+    for (const auto& [form, window] : windows_) {
+        window->paintChanges();
+    }
+}
+
+bool QtDesktop::windowComingUp() const {
+    return std::ranges::any_of(windows_, [](const auto& entry) { return entry.second->comingUp(); });
+}
+
+void QtDesktop::deliver(const Handler& handler) {
+    try {
+        handler();
+    } catch (const std::exception& failure) {
+        endUnhandled(failure.what());
+    }
+    sync();
+}
+
+// A failure that no handler took must not run on through the toolkit, and behind it the program's state is unknown.
+void QtDesktop::endUnhandled(const std::string& description) {
+    msgBox(description, boxStyle::critical, program::name);
+    endProgram();
+}
+
+} // namespace platform

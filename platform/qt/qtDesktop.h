@@ -1,0 +1,60 @@
+// The real desktop: windows, timers and dialogs of Qt 6 Widgets, the port of Qt Serial Port, the system's disk.
+#pragma once
+
+#include "platform/desktop.h"
+#include "platform/qt/diskFiles.h"
+#include "platform/qt/formWindow.h"
+#include "platform/qt/qtSerialPort.h"
+#include "platform/qt/timerQueue.h"
+
+#include <QApplication>
+
+#include <map>
+
+namespace platform {
+
+class QtDesktop final : public Desktop {
+  public:
+    // Makes the toolkit's application. One desktop for each process.
+    QtDesktop();
+    ~QtDesktop() override;
+
+    // Runs the program's windows until the program ends itself.
+    void run();
+
+    std::int64_t timeGetTime() override;
+    std::string dateAndTime() override;
+    void sleep(int milliseconds) override;
+    void waitForBytes(std::int64_t until) override;
+    void doEvents() override;
+    void waitForEvents(std::int64_t until) override;
+    int msgBox(const std::string& text, int style, const std::string& title) override;
+    void showOpen(FileDialog& dialog) override;
+    void showSave(FileDialog& dialog) override;
+    void load(Form& form) override;
+    void show(Form& form) override;
+    void hide(Form& form) override;
+    void unload(Form& form) override;
+    Size screenSize() override;
+    SerialPort& commPort() override { return port_; }
+    Files& files() override { return files_; }
+    std::string programDirectory() override;
+    bool previousInstance() override;
+    [[noreturn]] void endProgram() override;
+
+  private:
+    void sync();
+    void paintChanges();
+    bool windowComingUp() const;
+    void deliver(const Handler& handler);
+    [[noreturn]] void endUnhandled(const std::string& description);
+
+    QApplication application_;
+    DiskFiles files_;
+    QtSerialPort port_;
+    TimerQueue timers_;
+    std::map<Form*, FormWindow*> windows_; // of the loaded forms
+    std::vector<Form*> shown_;             // in the order of showing
+};
+
+} // namespace platform
