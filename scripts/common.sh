@@ -36,11 +36,20 @@ needPackages() {
         asRoot=(sudo)
     fi
     say "Installing: ${missing[*]}"
-    "${asRoot[@]}" apt-get -qq -o DPkg::Lock::Timeout=300 update </dev/null ||
+    quietly "${asRoot[@]}" apt-get -q -o DPkg::Lock::Timeout=300 update ||
         say "The package lists could not be brought up to date; trying with those at hand."
-    "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o DPkg::Lock::Timeout=300 -o Dpkg::Use-Pty=0 \
-        install --no-install-recommends "${missing[@]}" </dev/null >/dev/null ||
+    quietly "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get -q -y -o DPkg::Lock::Timeout=300 install --no-install-recommends "${missing[@]}" ||
         fail "These packages could not be installed: ${missing[*]}"
+}
+
+# Runs a command without a word, unless it fails: then with all that it said.
+quietly() {
+    local output
+    output="$("$@" 2>&1 </dev/null)" || {
+        say "$output" >&2
+        return 1
+    }
 }
 
 # Builds the given targets of a preset, all of them when none is named.
@@ -50,7 +59,7 @@ buildPreset() {
     cd "$root" || return
     if [[ ! -f build/$preset/build.ninja ]]; then
         say "Configuring the $preset build"
-        cmake --preset "$preset" >/dev/null
+        quietly cmake --preset "$preset"
     fi
     cmake --build --preset "$preset" ${1:+--target "$@"}
 }
