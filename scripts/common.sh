@@ -1,0 +1,65 @@
+# Sourced by the commands: where the project lies, the packages, the build.
+# shellcheck shell=bash
+
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+
+buildPackages=(cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libgtest-dev)
+# A stand-in for each of the two fonts that the windows ask for.
+fontPackages=(fontconfig fonts-liberation2 fonts-ipafont-gothic)
+# A screen for machines without one, and hands and eyes for the scripted operator.
+screenPackages=(xvfb openbox xdotool x11-utils imagemagick)
+
+say() {
+    printf '%s\n' "$*"
+}
+
+fail() {
+    printf '%s\n' "$*" >&2
+    exit 1
+}
+
+# Installs those of the given Debian packages that are missing; touches nothing when there are none.
+needPackages() {
+    local package missing=() asRoot=()
+    if ! command -v dpkg-query >/dev/null; then
+        say "Not a Debian system; going on in the hope that these are there: $*"
+        return
+    fi
+    for package in "$@"; do
+        dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+    done
+    if ((${#missing[@]} == 0)); then
+        return
+    fi
+    if ((EUID != 0)); then
+        command -v sudo >/dev/null || fail "These packages are missing and there is no sudo: ${missing[*]}"
+        asRoot=(sudo)
+    fi
+    say "Installing: ${missing[*]}"
+    quietly "${asRoot[@]}" apt-get -q -o DPkg::Lock::Timeout=300 update ||
+        say "The package lists could not be brought up to date; trying with those at hand."
+    quietly "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get -q -y -o DPkg::Lock::Timeout=300 install --no-install-recommends "${missing[@]}" ||
+        fail "These packages could not be installed: ${missing[*]}"
+}
+
+# Runs a command without a word, unless it fails: then with all that it said.
+quietly() {
+    local output
+    output="$("$@" 2>&1 </dev/null)" || {
+        say "$output" >&2
+        return 1
+    }
+}
+
+# Builds the given targets of a preset, all of them when none is named.
+buildPreset() {
+    local preset="$1"
+    shift
+    cd "$root" || return
+    if [[ ! -f build/$preset/build.ninja ]]; then
+        say "Configuring the $preset build"
+        quietly cmake --preset "$preset"
+    fi
+    cmake --build --preset "$preset" ${1:+--target "$@"}
+}

@@ -1,0 +1,73 @@
+# Sourced by run: the demo's folder, the simulated unit, the program, and what is left to see afterwards.
+# shellcheck shell=bash
+
+# The unit takes this long for each block, so that the bar can be watched: some 10 seconds for an image. A real unit
+# takes 70 to 80 seconds, which is the time that the line needs.
+readonly packetDelay=4
+# And this long for a reply, so that the start-up picture can be seen.
+readonly replyDelay=300
+
+# Makes the folder with the program, its two INI files and a firmware file for the unit.
+prepareDemo() { # preset
+    demo="$root/build/demo/$1"
+    rm -rf "$demo"
+    mkdir -p "$demo"
+    cp "$root/build/$1/app/tarnbeacon" "$demo/"
+    unitProgram="$root/build/$1/simulator/program/tarnbeacon-unit"
+    "$unitProgram" --make-sample "$demo/sample.bin"
+    cat >"$demo/TYPE.INI" <<'END'
+[AMP_TYPE]
+1=10000,QT-MVR
+2=20000,QT-MVR,,30000,QT-MVS
+[AMP_BIN_TYPE]
+AMPFIRM=1
+NULL=1
+[IFU_TYPE]
+KP42 UNIT=K42,spare ' old label
+[IFU_BIN_TYPE]
+KP42FIRM=K42
+[IFU_DEFINE]
+K42=QT-KP42
+END
+}
+
+# Starts the simulated unit and points COM3 to it.
+startUnit() { # further options of the unit...
+    startProcess "$demo/unit.log" "$unitProgram" --reply-delay "$replyDelay" --packet-delay "$packetDelay" \
+        --journal "$demo/journal.txt" --image-out "$demo/unitImage.bin" "$@"
+    unitProcess="$!"
+    waitFor 10 "the simulated unit" grep -q ^/dev/ "$demo/unit.log"
+    cat >"$demo/Setting.INI" <<END
+[IFU]
+COM=3 ' the simulated unit
+[DEVICE]
+COM3=$(head -n 1 "$demo/unit.log")
+END
+}
+
+startProgram() {
+    startProcess "$demo/program.log" "$demo/tarnbeacon"
+    programProcess="$!"
+}
+
+programHasEnded() {
+    ! isRunning "$programProcess"
+}
+
+# Waits until the program has ended by itself; its exit code has to be 0.
+waitForProgram() { # seconds
+    waitFor "$1" "the end of the program" programHasEnded
+    wait "$programProcess" || fail "The program ended with exit code $?; see $demo/program.log."
+}
+
+# Stops the unit, says what it has heard, and compares its image with the firmware file.
+reportUnit() {
+    stopProcess "$unitProcess" || true
+    say "The unit's journal:"
+    fold -s -w 100 "$demo/journal.txt" | sed 's/^/  /'
+    if cmp "$demo/sample.bin" "$demo/unitImage.bin"; then
+        say "The unit holds exactly the firmware file: $(stat -c %s "$demo/unitImage.bin") bytes."
+    else
+        fail "The unit does not hold the firmware file."
+    fi
+}

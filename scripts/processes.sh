@@ -1,0 +1,49 @@
+# Sourced by run: starts processes and ends every one of them, by its id, when the script ends.
+# shellcheck shell=bash
+
+startedProcesses=()
+
+# Starts a command in the background with its output in a log file; its id is then in $!.
+startProcess() {
+    local log="$1"
+    shift
+    "$@" >"$log" 2>&1 </dev/null &
+    startedProcesses+=("$!")
+}
+
+isRunning() {
+    kill -0 "$1" 2>/dev/null
+}
+
+# Asks the process to end, makes it end after two seconds, and gives its exit code.
+stopProcess() {
+    local id="$1" tries
+    kill "$id" 2>/dev/null || true
+    for ((tries = 0; tries < 40; ++tries)); do
+        isRunning "$id" || break
+        sleep 0.05
+    done
+    kill -KILL "$id" 2>/dev/null || true
+    wait "$id" 2>/dev/null
+}
+
+stopAllProcesses() {
+    local place
+    for ((place = ${#startedProcesses[@]} - 1; place >= 0; --place)); do
+        stopProcess "${startedProcesses[place]}" || true
+    done
+    startedProcesses=()
+}
+
+# Tries a command every 50 ms until it succeeds. After `seconds` it says what was waited for and fails.
+waitFor() { # seconds, what, command...
+    local end=$((SECONDS + $1)) what="$2"
+    shift 2
+    until "$@"; do
+        if ((SECONDS >= end)); then
+            say "Waited in vain for $what." >&2
+            return 1
+        fi
+        sleep 0.05
+    done
+}

@@ -1,0 +1,97 @@
+# Sourced by run: a virtual display, and the hands and eyes of an operator on it.
+# shellcheck shell=bash
+
+# A pixel is 15 twips; the window positions below are those of the forms.
+readonly twipsPerPixel=15
+
+# Starts a display of our own with a window manager; the variable DISPLAY names it from here on.
+startScreen() { # folder for logs
+    startProcess "$1/xvfb.log" Xvfb -displayfd 1 -screen 0 800x600x24 -dpi 96 -nolisten tcp
+    waitFor 20 "the virtual display" grep -qx '[0-9]\+' "$1/xvfb.log"
+    DISPLAY=":$(grep -x '[0-9]\+' "$1/xvfb.log")"
+    export DISPLAY QT_QPA_PLATFORM=xcb QT_XCB_GL_INTEGRATION=none
+    unset QT_SCALE_FACTOR QT_SCREEN_SCALE_FACTORS QT_FONT_DPI QT_STYLE_OVERRIDE
+    startProcess "$1/openbox.log" openbox --sm-disable
+    waitFor 20 "the window manager" hasWindowManager
+}
+
+hasWindowManager() {
+    xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q '#'
+}
+
+# The windows on the screen, the oldest first.
+windows() {
+    xprop -root _NET_CLIENT_LIST 2>/dev/null | grep -o '0x[0-9a-f]*' || true
+}
+
+isShown() {
+    windows | grep -qx "$1"
+}
+
+isGone() {
+    ! isShown "$1"
+}
+
+# Puts the newest window of that title that is not among the known ones into the variable `window`.
+findWindow() { # title, known window...
+    local title="$1" known candidate
+    shift
+    known=" $* "
+    window=""
+    for candidate in $(windows); do
+        if [[ $known != *" $candidate "* && $(xdotool getwindowname "$candidate" 2>/dev/null) == "$title" ]]; then
+            window="$candidate"
+        fi
+    done
+    [[ -n $window ]]
+}
+
+waitForWindow() { # seconds, title, known window...
+    local seconds="$1" title="$2"
+    shift 2
+    waitFor "$seconds" "a window with the title \"$title\"" findWindow "$title" "$@"
+}
+
+waitForEndOf() { # seconds, what, window
+    waitFor "$1" "$2 to go away" isGone "$3"
+}
+
+# Clicks into the middle of a place of a window, given in twips as in the forms.
+click() { # window, left, top, width, height
+    xdotool mousemove --window "$1" $((($2 + $4 / 2) / twipsPerPixel)) $((($3 + $5 / 2) / twipsPerPixel)) click 1
+}
+
+isActive() {
+    [[ $(printf '0x%x' "$(xdotool getactivewindow 2>/dev/null || echo 0)") == "$1" ]]
+}
+
+# Presses keys once the window has the keyboard.
+press() { # window, key...
+    waitFor 10 "the keyboard to reach the window" isActive "$1"
+    shift
+    xdotool key --delay 50 "$@"
+}
+
+enterText() { # window, text
+    waitFor 10 "the keyboard to reach the window" isActive "$1"
+    xdotool type --delay 20 -- "$2"
+}
+
+# Saves what the screen shows to screenshots/<name>.png.
+screenshot() { # name
+    import -window root "$screenshots/$1.png"
+    say "  $1"
+}
+
+# True when two places of a window, in twips, show the same. Their frames are left out.
+looksEqual() { # window, left, top, left, top, width, height
+    local picture="$screenshots/compared.png" size
+    size="$(($6 / twipsPerPixel - 4))x$(($7 / twipsPerPixel - 4))"
+    import -window "$1" "$picture"
+    [[ $(contentOf "$picture" "$size" "$2" "$3") == "$(contentOf "$picture" "$size" "$4" "$5")" ]]
+}
+
+# A number that stands for the pixels of a place.
+contentOf() { # picture, size, left, top
+    convert "$1" -crop "$2+$(($3 / twipsPerPixel + 2))+$(($4 / twipsPerPixel + 2))" +repage -format '%#' info:
+}
