@@ -1,12 +1,12 @@
 #include "platform/qt/controlView.h"
 
 #include "platform/qt/drawing.h"
+#include "platform/qt/label.h"
 #include "platform/qt/text.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
-#include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -31,12 +31,7 @@ auto state(const Control& control) {
 
 QWidget* makeWidget(const Control& control, QWidget* parent) {
     switch (control.kind) {
-    case ControlKind::label: {
-        auto* label = new QLabel(parent);
-        label->setTextFormat(Qt::PlainText);
-        label->setAttribute(Qt::WA_TransparentForMouseEvents);
-        return label;
-    }
+    case ControlKind::label: return new Label(parent);
     case ControlKind::button: {
         auto* button = new QPushButton(parent);
         button->setAutoDefault(true); // the Enter key presses it while it has the focus
@@ -71,7 +66,7 @@ QFont fittedFont(const Control& control) {
     const int room = pixels(control.place.width) - ornament;
     const int needed = QFontMetrics(font).horizontalAdvance(fromUtf8(control.caption));
     constexpr int narrowest = 50; // per cent
-    if (needed > room) {
+    if (room > 0 && needed > room) {
         font.setStretch(std::max(narrowest, 100 * room / needed));
     }
     return font;
@@ -141,16 +136,11 @@ void ControlView::showColours() {
 }
 
 void ControlView::showCaption() {
-    const QString text = fromUtf8(control_->caption);
-    if (auto* label = qobject_cast<QLabel*>(widget_)) {
-        label->setFrameStyle(control_->border ? QFrame::Box | QFrame::Plain : QFrame::NoFrame);
-        label->setAlignment(Qt::AlignVCenter |
-                            (control_->alignment == Alignment::centre ? Qt::AlignHCenter : Qt::AlignLeft));
-        label->setText(text);
-        return;
-    }
-    const QString literal = QString(text).replace('&', "&&"); // an ampersand marks no key
-    if (auto* button = qobject_cast<QAbstractButton*>(widget_)) {
+    // An ampersand marks no key.
+    const QString literal = fromUtf8(control_->caption).replace('&', "&&");
+    if (auto* label = dynamic_cast<Label*>(widget_)) {
+        label->show(*control_);
+    } else if (auto* button = qobject_cast<QAbstractButton*>(widget_)) {
         button->setText(literal);
     } else if (auto* frame = qobject_cast<QGroupBox*>(widget_)) {
         frame->setTitle(literal);

@@ -31,7 +31,7 @@ QColor colourOf(const Colour& colour) {
     const QPalette desktop = QApplication::palette();
     switch (colour.source) {
     case Colour::Source::windowText: return desktop.color(QPalette::Active, QPalette::WindowText);
-    case Colour::Source::greyText: return desktop.color(QPalette::Disabled, QPalette::WindowText);
+    case Colour::Source::greyText: return desktop.color(QPalette::Active, QPalette::PlaceholderText); // still readable
     case Colour::Source::buttonFace: return desktop.color(QPalette::Active, QPalette::Window);
     case Colour::Source::fixed: break;
     }
