@@ -1,0 +1,325 @@
+// Command frames as the unit sees them, and replies of every kind as the program takes them.
+#include "link/commPort.h"
+#include "link/exchange.h"
+#include "link/resultCodes.h"
+#include "link/unitCommands.h"
+#include "simulator/frame.h"
+#include "tests/session.h"
+
+using namespace CommonComm;
+using namespace Common;
+
+namespace {
+
+using simulator::CommandAnswer;
+
+// A program that has started and handed over; the tests send their commands from there.
+class Link : public testing::Test {
+  protected:
+    Link() {
+        EXPECT_EQ(session.start(), RunEnd::idle);
+        world.line.record().keep(100);
+        world.line.record().clear();
+    }
+
+    std::string sent() {
+        const Bytes bytes = world.line.record().sent(Direction::toUnit);
+        return std::string(bytes.begin(), bytes.end());
+    }
+    Micros timeOf(const std::function<void()>& action) {
+        const Micros before = world.clock.now();
+        action();
+        return world.clock.now() - before;
+    }
+    // Sends "0501" with an answer of that kind.
+    std::string resultOf(CommandAnswer answer, bool rawData = true, std::int32_t timeoutMs = 5000) {
+        world.unit.options().answers = {{"0501", 0, std::move(answer)}};
+        Bytes reply;
+        return fncSendCommand("0501", rawData, reply, timeoutMs, false);
+    }
+    std::string log() {
+        const SimulatedFile* file = world.files.find("/tarnbeacon/KelpLog.txt");
+        return file == nullptr ? "" : file->content;
+    }
+
+    Session session;
+    World& world = session.world;
+};
+
+TEST_F(Link, SendsEachCommandInItsFrame) {
+    struct Row {
+        std::function<std::string()> send;
+        std::string frame;
+    };
+    Bytes reply;
+    const Row rows[] = {
+        {[&] { return fncCommand("0501", reply); }, "\x02"
+                                                    "000000501\x03\x37"},
+        {[&] { return fncReadUnitState("0601", reply); }, "\x02"
+                                                          "000000601\x03\x34"},
+        {[&] { return fncReadArea("D4", 1, 1, reply, 5000, false); }, "\x02"
+                                                                      "000000101D40001000001\x03\x43"},
+        {[&] { return fncReadArea("D5", 1, 1, reply, 5000, false); }, "\x02"
+                                                                      "000000101D50001000001\x03\x42"},
+        {[] { return fncOperation("50", 1); }, "\x02"
+                                               "00000300550010000\x03\x31"},
+        {[] { return fncOperation("51", 1); }, "\x02"
+                                               "00000300551010C00\x03\x43"},
+        {[] { return fncOperation("52", 1); }, "\x02"
+                                               "00000300552010C00\x03\x40"},
+        {[] { return fncOperation("53", 1); }, "\x02"
+                                               "00000300553010000\x03\x32"},
+        {[] { return fncOperation("54", 1); }, "\x02"
+                                               "00000300554010000\x03\x35"},
+        {[] { return fncOperation("50", 0); }, "\x02"
+                                               "00000300550000000\x03\x30"},
+        {[] { return fncOperation("51", 0); }, "\x02"
+                                               "00000300551000C00\x03\x42"},
+        {[] { return fncOperation("52", 0); }, "\x02"
+                                               "00000300552000C00\x03\x41"},
+        {[] { return fncOperation("53", 0); }, "\x02"
+                                               "00000300553000000\x03\x33"},
+        {[] { return fncOperation("54", 0); }, "\x02"
+                                               "00000300554000000\x03\x34"},
+        {[&] { return fncCommand("01ab", reply); }, "\x02"
+                                                    "0000001AB\x03\x31"},
+    };
+    world.unit.options().answers = {{"01AB", 0, {.reply = simulator::frameOf("00000001AB0000")}}};
+    for (const Row& row : rows) {
+        world.line.record().clear();
+        EXPECT_EQ(row.send(), "0000") << row.frame;
+        EXPECT_EQ(sent(), row.frame);
+    }
+    EXPECT_EQ(session.boxes(), "");
+}
+
+Bytes bytesOf(const std::string& text) {
+    return Bytes(text.begin(), text.end());
+}
+
+Bytes frame(const std::string& text) {
+    return simulator::frameOf(text);
+}
+
+Bytes wrongCheck(const std::string& text) {
+    Bytes bytes = frame(text);
+    bytes.back() ^= 1;
+    return bytes;
+}
+
+TEST_F(Link, GivesTheResultOfEachReply) {
+    const std::string data447(447, 'x');
+    struct Row {
+        const char* what;
+        Bytes reply;
+        std::string result;
+        bool late = false; // the exchange lasts its whole limit
+        std::string logged = {};
+        std::string box = {}; // behind "Tarn Beacon|"; then commBusy stays
+        bool rawData = true;
+    };
+    const Row rows[] = {
+        {"good", frame("00000005010000KP42"), "0000"},
+        {"other response code", frame("00000F05011001"), "1001"},
+        {"lower-case digits", frame("000000050122ab"), "22AB"},
+        {"end code 0f", frame("00000f05010000"), "900f"},
+        {"end code 13, nothing stored", frame("000013"), "9999", false, "", "It is a receiving timeout error.|16>1\n"},
+        {"end code 13 with a command code", frame("0000130501"), "9013"},
+        {"end code 11, any check", wrongCheck("000011"), "9011"},
+        {"bad check", wrongCheck("000000050100001"), "", false,
+         "[NG2] S:True E:True B:True P:True U:4 A:05 01 00 00 31 \r\n"},
+        {"bad check, 0F", wrongCheck("00000F05010000"), ""},
+        {"bad check, other end code", wrongCheck("0000220501"), "9022"},
+        {"silence", {}, "9999", true},
+        {"cut short behind the end code",
+         bytesOf("\x02"
+                 "00000005"),
+         "", true, "[NG2] S:True E:False B:False P:False U:450 A:05 \r\n"},
+        {"one character of the end code",
+         bytesOf("\x02"
+                 "00000"),
+         "900", true},
+        {"no check byte",
+         bytesOf("\x02"
+                 "00000005010000\x03"),
+         "", true, "[NG2] S:True E:True B:False P:False U:450 A:05 01 00 00 \r\n"},
+        {"no STX", bytesOf("00000005010000\x03\x07"), "", true,
+         "[NG2] S:False E:True B:False P:False U:450 A:05 01 00 00 07 \r\n", "", true},
+        {"noise ahead of STX moves the positions",
+         bytesOf("x\x02"
+                 "0000000501000\x03"),
+         "", true, "[NG2] S:True E:True B:False P:False U:450 A:00 50 10 00 \r\n", "", false},
+        {"ETX ahead of STX ends at the next byte",
+         bytesOf("\x03\x02"
+                 "0"),
+         "9999", false, "", "It is a receiving timeout error.|16>1\n"},
+        {"no hexadecimal digits", frame("0000000g01"), "9999", false, "", "It is a receiving timeout error.|16>1\n"},
+        {"no response code", frame("0000000501"), "9999", false, "", "It is a receiving timeout error.|16>1\n"},
+        {"451 stored bytes", frame("00000005010000" + data447), "0000"},
+        {"452 stored bytes", frame("00000005010000" + data447 + "x"), "9999", false, "",
+         "It is a receiving timeout error.|16>1\n"},
+        {"STX and ETX within raw data",
+         bytesOf("\x02"
+                 "00000005010000a\x02"
+                 "b\x03\x03"),
+         "", false, "[NG2] S:True E:True B:True P:True U:5 A:05 01 00 00 61 62 \r\n"},
+        {"hexadecimal data", frame("000000010100000000041A"), "0000", false, "", "", false},
+    };
+    for (const Row& row : rows) {
+        for (const std::size_t piece : {0, 1, 7}) {
+            world.files.remove("/tarnbeacon/KelpLog.txt");
+            const std::string boxesBefore = session.boxes();
+            run.commBusy = false;
+            world.unit.options().answers = {
+                {"0501", 0, {.reply = row.reply, .silent = row.reply.empty(), .pieces = {piece, milliseconds(3)}}}};
+            Bytes reply;
+            std::string result;
+            const Micros lasted = timeOf([&] {
+                result = row.rawData ? fncCommand("0501", reply) : fncSendCommand("0501", false, reply, 5000, false);
+            });
+            EXPECT_EQ(result, row.result) << row.what;
+            EXPECT_EQ(lasted >= seconds(5), row.late) << row.what << lasted;
+            EXPECT_EQ(log().empty() ? "" : log().substr(log().find('[')), row.logged) << row.what;
+            EXPECT_EQ(run.commBusy, !row.box.empty()) << row.what;
+            EXPECT_EQ(session.boxes(), boxesBefore + (row.box.empty() ? "" : "Tarn Beacon|" + row.box)) << row.what;
+            world.port.clearReceived();
+        }
+    }
+}
+
+TEST_F(Link, StoresTheDataOfAReplyInBothForms) {
+    EXPECT_EQ(resultOf({.reply = frame("000000010100000000041A")}, false), "0000");
+    EXPECT_EQ(run.replyBytes, (Bytes{1, 1, 0, 0, 0, 0, 4, 0x1A}));
+    EXPECT_EQ(resultOf({.reply = frame("000000010100000000041A")}, true), "0000");
+    EXPECT_EQ(run.replyBytes, (Bytes{1, 1, 0, 0, '0', '0', '0', '0', '0', '4', '1', 'A'}));
+    EXPECT_EQ(resultOf({.reply = wrongCheck("000011ab")}), "9011");
+    EXPECT_EQ(run.replyBytes.size(), 451u);
+    EXPECT_EQ(resultOf({.reply = frame("00000005010000"), .delay = seconds(1)}, true, 0), "9999");
+    EXPECT_EQ(sent().size(), 4 * 12u); // sent all the same
+}
+
+TEST_F(Link, WaitsForTheLinkThatAFailureHasLeftBusy) {
+    run.commBusy = true;
+    EXPECT_EQ(fncExchange("0501", true, 5000), "9998");
+    EXPECT_EQ(sent(), "");
+    Bytes reply;
+    EXPECT_GE(timeOf([&] { EXPECT_EQ(fncCommand("0501", reply), "0000"); }), seconds(5));
+    EXPECT_FALSE(run.commBusy);
+}
+
+TEST_F(Link, AsksFromTheThirdTryOnWhetherToGoOn) {
+    const std::string box = "Tarn Beacon|通信で異常が発生しました。\r\nApplication is shut down by [cancel].\r\n|17>";
+    run.commRetry = 2;
+    EXPECT_EQ(resultOf({.resultCode = "1234"}), "1234");
+    EXPECT_EQ(session.boxes(), "");
+    run.commRetry = 3;
+    EXPECT_EQ(resultOf({.resultCode = "1234"}), "1234");
+    EXPECT_EQ(session.boxes(), box + "1\n");
+    Bytes reply;
+    EXPECT_EQ(fncSendCommand("0501", true, reply, 5000, true), "1234");
+    EXPECT_EQ(session.boxes(), box + "1\n");
+    world.desktop.answerBox = [](const Box&) { return boxAnswer::cancel; };
+    EXPECT_THROW(fncSendCommand("0501", true, reply, 5000, false), ProgramEnd);
+}
+
+TEST_F(Link, ReadsTheUnitState) {
+    struct Row {
+        const char* reply;
+        const char* result;
+        const char* state;
+        int sensors;
+    };
+    const Row rows[] = {
+        {"00000006010000"
+         "0012",
+         "0000", "00", 12},
+        {"00000006010000"
+         "0000",
+         "0000", "00", 0},
+        {"00000006010000"
+         "010x",
+         "9999", "01", 0},
+        {"00000006010000"
+         "00",
+         "9999", "00", 0},
+        {"00000006011004"
+         "0001",
+         "1004", "", 0},
+    };
+    for (const Row& row : rows) {
+        world.unit.options().answers = {{"0601", 0, {.reply = frame(row.reply)}}};
+        Bytes reply;
+        EXPECT_EQ(fncReadUnitState("0601", reply), row.result) << row.reply;
+        EXPECT_EQ(run.unitStateText, row.state) << row.reply;
+        EXPECT_EQ(run.sensorCount, row.sensors) << row.reply;
+    }
+    EXPECT_EQ(session.boxes(), "Tarn Beacon|Application error.\r\nRES : 0000|16>1\n"
+                               "Tarn Beacon|Application error.\r\nRES : 0000|16>1\n");
+}
+
+TEST_F(Link, ChecksTheTargetByNumber) {
+    const std::pair<const char*, int> rows[] = {{"0000", 0}, {"2204", 2204}, {"0E00", 8}, {"12AB", 8}};
+    for (const auto& [code, number] : rows) {
+        world.unit.options().answers = {{"0101", 0, {.resultCode = code}}};
+        EXPECT_EQ(FirmComm::fncCheckTarget(), number) << code;
+    }
+    world.unit.options().answers = {{"0101", 0, {.silent = true}}};
+    EXPECT_EQ(FirmComm::fncCheckTarget(), 9999);
+    for (const auto& [code, number] : {std::pair{"0000", 7}, {"", 8}, {"9013", 8}, {"1004", 15}, {"5555", 27}}) {
+        EXPECT_EQ(FirmComm::fncResultNumber(code), number) << code;
+    }
+}
+
+TEST_F(Link, KeepsTheLogOfAFullDiskFromHoldingTheLink) {
+    world.files.setRoom(0);
+    Bytes reply;
+    world.unit.options().answers = {{"0501", 0, {.reply = wrongCheck("00000005010000")}}};
+    EXPECT_EQ(fncCommand("0501", reply), "9999");
+    EXPECT_FALSE(run.commBusy);
+}
+
+TEST(Port, OpensWithAMessageForEachFailure) {
+    const std::string held =
+        "Tarn Beacon|通信ポートが開けません。通信ポートを使用するアプリケーションを終了して再度起動して"
+        "下さい。|16>1\n";
+    const std::string missing = "Tarn Beacon|現在の通信ポート(COM9)は有効ではありません|16>1\n";
+    struct Row {
+        const char* what;
+        std::function<void(World&)> prepare;
+        std::string boxes;
+        bool open;
+    };
+    const Row rows[] = {
+        {"free", [](World&) {}, "", true},
+        {"missing", [](World& world) { world.port.removeSocket(9); }, missing, false},
+        {"held", [](World& world) { world.port.socket(9).state = Socket::State::held; }, held, false},
+        {"forbidden", [](World& world) { world.port.socket(9).state = Socket::State::forbidden; }, held, false},
+        {"settings", [](World& world) { world.port.socket(9).state = Socket::State::refusesSettings; }, held, false},
+        {"first read fails",
+         [](World& world) {
+             world.port.operations().add(
+                 failNth(Operation::readPort, 1, Lasting::once, Failure(failureNumber::portLost, "gone")));
+         },
+         held, false},
+        {"buffer sizes refused",
+         [](World& world) {
+             world.port.operations().add(
+                 failNth(Operation::setBufferSizes, 1, Lasting::once, Failure(failureNumber::portLost, "gone")));
+         },
+         "", true},
+        {"open already", [](World&) { EXPECT_TRUE(fncOpenPort(9, "38400,n,8,1")); }, held, true},
+    };
+    for (const Row& row : rows) {
+        Session session({.comPort = 9});
+        run = Variables();
+        row.prepare(session.world);
+        EXPECT_EQ(fncOpenPort(9, "38400,n,8,1"), row.open && row.boxes.empty()) << row.what;
+        EXPECT_EQ(session.boxes(), row.boxes) << row.what;
+        EXPECT_EQ(session.world.port.isOpen(), row.open) << row.what;
+        subClosePort();
+        subClosePort();
+        EXPECT_FALSE(session.world.port.isOpen()) << row.what;
+    }
+}
+
+} // namespace
