@@ -1,0 +1,164 @@
+// The two INI files and the texts in them.
+#include "startup/configuration.h"
+
+#include "common/profile.h"
+#include "common/text.h"
+#include "tests/session.h"
+
+namespace {
+
+TEST(Ini, ReadsValuesAsPeopleWriteThem) {
+    const std::string text = "\xEF\xBB\xBF; a comment\r\n"
+                             "COM=9\r\n"
+                             "[ifu]\r\n"
+                             "no equals sign\r\n"
+                             "  com\t= 3 ' service notebook\r\n"
+                             "COM=4\r\n"
+                             "Empty=\n"
+                             "Comment=' only\n"
+                             "Tabs=\ta\tb\t\n"
+                             "Quoted=\"x y\"\n"
+                             "Key = with = signs\n"
+                             "[ Other ]\n"
+                             "COM=5\n"
+                             "[IFU]\n"
+                             "Again=6\n"
+                             "[Broken\n"
+                             "Lost=7\n" +
+                             std::string("Long=") + std::string(125, 'a') + "あ\n";
+    Session session;
+    session.world.files.put("/x.ini", text);
+    const std::array<const char*, 3> rows[] = {
+        {"IFU", "COM", "3"},          {"IFU", "Empty", ""},           {"IFU", "Comment", ""}, {"IFU", "Tabs", "a b"},
+        {"IFU", "Quoted", "\"x y\""}, {"IFU", "Key", "with = signs"}, {"other", "com", "5"},  {"IFU", "Again", "6"},
+        {"IFU", "Lost", ""},          {"IFU", "Missing", ""},         {"None", "COM", ""},    {"", "COM", ""},
+    };
+    for (const auto& [section, key, value] : rows) {
+        EXPECT_EQ(Common::fncGetIniString(section, key, "/x.ini"), value) << section << ' ' << key;
+    }
+    EXPECT_EQ(Common::fncGetIniString("IFU", "COM", "/missing.ini"), "");
+    EXPECT_EQ(profileValue("[a]\nLong=" + std::string(125, 'a') + "あ", "a", "long"), std::string(125, 'a'));
+    EXPECT_EQ(profileValue("[a]\nLong=" + std::string(200, 'a'), "a", "long").size(), 126u);
+    session.world.files.find("/x.ini")->unreadable = true;
+    EXPECT_EQ(Common::fncGetIniString("IFU", "COM", "/x.ini"), "");
+}
+
+TEST(Ini, SplitsListsAtCommas) {
+    const std::pair<std::string, std::vector<std::string>> rows[] = {
+        {"", {""}},
+        {"a", {"a"}},
+        {" a ,\tb\t, c d ", {"a", "b", "c d"}},
+        {"a,,b", {"a", "", "b"}},
+        {"a,b,", {"a", "b", ""}},
+        {std::string(200, ','), std::vector<std::string>(101)},
+    };
+    for (const auto& [text, items] : rows) {
+        std::string given = text;
+        EXPECT_EQ(Common::fncSplitList(given), std::ssize(items)) << text;
+        EXPECT_EQ(run.iniList, items) << text;
+        EXPECT_EQ(given.find('\t'), std::string::npos);
+    }
+}
+
+TEST(Ini, LooksAmplifiersUp) {
+    Session session;
+    session.world.files.put("/tarnbeacon/TYPE.INI", "[AMP_TYPE]\n1=10000,A\n2=20000,B,,30000,C\n3=100,D,,0\n"
+                                                    "4=1e300,E\n5=100\n6=0x10,F\n7= 1.5e1 V,G\n");
+    struct Row {
+        const char* key;
+        std::int32_t raw;
+        bool known;
+        std::string model;
+        std::int32_t version;
+        std::string failure = {};
+    };
+    const Row rows[] = {
+        {"1", 10000, true, "A", 0},
+        {"1", 19999, true, "A", 9999},
+        {"1", 20000, false, "", 0},
+        {"1", 9999, false, "", 0},
+        {"2", 20500, true, "B", 500},
+        {"2", 31000, true, "C", 1000},
+        {"2", 29999, true, "B", 9999},
+        {"2", 40000, false, "", 0},
+        {"3", 5, false, "", 0},
+        {"9", 5, false, "kept", 77},
+        {"4", 5, false, "kept", 77, "Overflow"},
+        {"5", 105, false, "kept", 5, "Subscript out of range"},
+        {"6", 16, true, "F", 16},
+        {"7", 20, true, "G", 5},
+    };
+    for (const Row& row : rows) {
+        std::string model = "kept";
+        std::int32_t version = 77;
+        std::string failure;
+        try {
+            EXPECT_EQ(Common::fncGetAmpType(row.key, row.raw, model, version), row.known) << row.key << ' ' << row.raw;
+        } catch (const Failure& raised) {
+            failure = raised.description();
+        }
+        EXPECT_EQ(model, row.model) << row.key << ' ' << row.raw;
+        EXPECT_EQ(version, row.version) << row.key << ' ' << row.raw;
+        EXPECT_EQ(failure, row.failure) << row.key << ' ' << row.raw;
+    }
+}
+
+TEST(Text, ReadsNumbersWholeOrByTheirBeginning) {
+    struct Row {
+        const char* text;
+        std::optional<double> whole;
+        double beginning;
+    };
+    const Row rows[] = {
+        {"12", 12, 12},
+        {" 12 ", 12, 12},
+        {"+3.5", 3.5, 3.5},
+        {"-.5", -.5, -.5},
+        {"1e3", 1000, 1000},
+        {"5.", 5, 5},
+        {"12a", std::nullopt, 12},
+        {"1e", std::nullopt, 1},
+        {"", std::nullopt, 0},
+        {"-", std::nullopt, 0},
+        {"0x10", std::nullopt, 0},
+        {"1,5", std::nullopt, 1},
+        {"nan", std::nullopt, 0},
+        {"1 2", std::nullopt, 1},
+        {".", std::nullopt, 0},
+        {"1.5.2", std::nullopt, 1.5},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(readsAsNumber(row.text), row.whole) << row.text;
+        EXPECT_EQ(numericBeginning(row.text), row.beginning) << row.text;
+    }
+    const std::pair<double, std::int32_t> rounded[] = {{0.5, 0}, {1.5, 2}, {2.5, 2}, {-0.5, 0}, {2.4, 2}, {-1.6, -2}};
+    for (const auto& [number, whole] : rounded) {
+        EXPECT_EQ(roundToWhole(number), whole) << number;
+    }
+    EXPECT_THROW(roundToWhole(2147483648.0), Failure);
+    EXPECT_EQ(thousandthsText(1046), "1.046");
+    EXPECT_EQ(thousandthsText(7), "0.007");
+    EXPECT_EQ(textOfBytes("A\xE9"), "A\xC3\xA9");
+}
+
+TEST(Settings, ChooseThePort) {
+    const std::pair<const char*, int> rows[] = {
+        {"COM=3 ' service notebook", 3},
+        {"COM=", 1},
+        {"COM=x", 1},
+        {"COM=2.5", 2},
+        {"COM=-4", -4},
+        {"com = 16", 16},
+        {"COM=3 x", 1},
+        {"COM=40000", 1},
+    };
+    for (const auto& [line, number] : rows) {
+        Session session;
+        session.world.files.put("/tarnbeacon/Setting.INI", std::string("[IFU]\n") + line + "\n");
+        EXPECT_EQ(Common::fncReadSetting(), number != 1 || std::string(line) != "COM=40000") << line;
+        EXPECT_EQ(run.comPortNumber, number) << line;
+        EXPECT_EQ(run.bpsText, "38400");
+    }
+}
+
+} // namespace
