@@ -1,0 +1,139 @@
+// The load of a firmware file: what the operator sees of it, and what is kept.
+#include "tests/session.h"
+
+namespace {
+
+constexpr std::size_t versionAt = 0x3BF05;
+constexpr std::size_t typeAt = 0x3BF10;
+const std::string path = World::firmwarePath;
+
+class Load : public testing::Test {
+  protected:
+    Load() { session.start(); }
+
+    void putFile(const std::string& type, unsigned version, std::size_t size = imageSize) {
+        std::string content(size, '\xA5');
+        if (size >= imageSize) {
+            content[versionAt] = static_cast<char>(version & 0xFF);
+            content[versionAt + 1] = static_cast<char>(version >> 8);
+            content.replace(typeAt, 16, type + std::string(16 - type.size(), '\0'));
+        }
+        world.files.put(path, content);
+    }
+    std::string fileRow() { return frmMain().lblTitle[2].caption + "|" + frmMain().lblVersion[2].caption; }
+    // Presses the button and gives the boxes that came.
+    std::string load() {
+        const std::size_t before = session.boxes().size();
+        session.press("cmdLoading");
+        EXPECT_TRUE(session.atRest());
+        return session.boxes().substr(before);
+    }
+
+    Session session;
+    World& world = session.world;
+};
+
+const std::string error = "Tarn Beacon|Application error.\r\nRES : ";
+
+TEST_F(Load, ShowsWhatTheFileIs) {
+    struct Row {
+        std::string type;
+        unsigned version;
+        std::string row;
+        std::string box = {};
+        std::string typeIni = {}; // in place of the usual one
+    };
+    const std::string both = "[IFU_BIN_TYPE]\nAMPFIRM=K42\n[IFU_DEFINE]\nK42=QT-KP42\n[AMP_BIN_TYPE]\nAMPFIRM=1\n"
+                             "[AMP_TYPE]\n1=10000,QT-MVR\n";
+    const Row rows[] = {
+        {"AMPFIRM", 11046, "QT-MVR|1.046"},
+        {"AMPFIRM", 10000, "QT-MVR|0.000"},
+        {"AMPFIRM", 19999, "QT-MVR|9.999"},
+        {"AMPFIRM", 20000, "|"},
+        {" AMPFIRM ", 11046, "QT-MVR|1.046"},
+        {"", 11046, "QT-MVR|1.046"}, // the key NULL
+        {std::string(" \0 \0", 4), 11046, "QT-MVR|1.046"},
+        {"KP42FIRM", 1030, "QT-KP42|1.030"},
+        {"KP42FIRM", 0, "QT-KP42|0.000"},
+        {"KP42FIRM", 0x8000, "QT-KP42|0.000", error + "Overflow|16>1\n"},
+        {"AMPFIRM", 0xFFFF, "|", error + "Overflow|16>1\n"},
+        {"UNKNOWN", 11046, "|"},
+        {std::string("AM\0FIRM", 7), 11046, "|"},
+        {std::string("AM\0FIRM", 7), 11046, "M|0.046", "", "[AMP_BIN_TYPE]\nAM FIRM=1\n[AMP_TYPE]\n1=11000,M\n"},
+        {"\xE9T\xC9", 11046, "M|0.046", "", "[AMP_BIN_TYPE]\néTÉ=1\n[AMP_TYPE]\n1=11000,M\n"},
+        {"AMPFIRM", 1030, "QT-KP42|1.030", "", both}, // interface-unit entries come first
+        {"AMPFIRM", 11046, "|", error + "Subscript out of range|16>1\n",
+         "[AMP_BIN_TYPE]\nAMPFIRM=1\n[AMP_TYPE]\n1=5\n"},
+    };
+    for (const Row& row : rows) {
+        Session fresh;
+        fresh.start();
+        if (!row.typeIni.empty()) {
+            fresh.world.files.put("/tarnbeacon/TYPE.INI", row.typeIni);
+        }
+        putFile(row.type, row.version);
+        fresh.world.files.put(path, world.files.find(path)->content);
+        fresh.press("cmdLoading");
+        EXPECT_EQ(fileRow(), row.row) << row.type;
+        EXPECT_EQ(fresh.boxes(), row.box) << row.type;
+        EXPECT_TRUE(run.fileLoaded && frmMain().cmdUpgrade.enabled) << row.type;
+        EXPECT_EQ(frmMain().mousePointer, MousePointer::arrow);
+        setDesktop(&world.desktop);
+    }
+}
+
+TEST(LoadDialog, OffersThePathChosenLast) {
+    Session session;
+    session.start();
+    session.world.desktop.chooseFile = [](const AskedFile&) { return "/somewhere/else.bin"; };
+    session.press("cmdLoading");
+    session.press("cmdLoading");
+    const AskedFile& asked = session.world.desktop.askedFiles().back();
+    EXPECT_EQ(asked.dialog.fileName, "/somewhere/else.bin");
+    EXPECT_EQ(asked.dialog.initialDirectory, "/tarnbeacon/");
+    EXPECT_EQ(asked.dialog.filter, "Bin File (*.bin)|*.bin||");
+    EXPECT_EQ(asked.dialog.flags, 2);
+    EXPECT_FALSE(asked.save);
+}
+
+TEST_F(Load, KeepsOrDropsTheFileLoadedBefore) {
+    enum class After { kept, dropped };
+    struct Row {
+        const char* what;
+        std::function<void()> prepare;
+        std::string box;
+        After after;
+    };
+    const Row rows[] = {
+        {"cancelled", [&] { world.desktop.chooseFile = [](const AskedFile&) { return std::nullopt; }; }, "",
+         After::kept},
+        {"one byte short", [&] { putFile("AMPFIRM", 11046, imageSize - 1); }, "", After::kept},
+        {"one byte long", [&] { putFile("AMPFIRM", 11046, imageSize + 1); }, "", After::kept},
+        {"missing", [&] { world.files.remove(path); }, error, After::kept},
+        {"unreadable", [&] { world.files.find(path)->unreadable = true; }, error, After::dropped},
+        {"breaks off", [&] { world.files.find(path)->readable = 1000; }, error, After::dropped},
+    };
+    for (const Row& row : rows) {
+        world.desktop.chooseFile = [](const AskedFile&) { return path; };
+        putFile("AMPFIRM", 11046);
+        EXPECT_EQ(load(), "") << row.what;
+        const Bytes before = run.firmwareImage;
+        row.prepare();
+        EXPECT_EQ(load().starts_with(row.box), true) << row.what;
+        const bool kept = row.after == After::kept;
+        EXPECT_EQ(fileRow(), kept ? "QT-MVR|1.046" : "|") << row.what;
+        EXPECT_EQ(run.fileLoaded, kept) << row.what;
+        EXPECT_EQ(frmMain().cmdUpgrade.enabled, kept) << row.what;
+        EXPECT_EQ(run.firmwareImage == before, kept) << row.what;
+    }
+}
+
+TEST_F(Load, TakesTheVersionOfTheUnitBackOnTheScreen) {
+    session.press("cmdLoading");
+    session.press("cmdUpgrade");
+    EXPECT_EQ(frmMain().lblVersion[0].caption, "1.046");
+    session.press("cmdLoading");
+    EXPECT_EQ(frmMain().lblVersion[0].caption, "1.022");
+}
+
+} // namespace
