@@ -21,16 +21,16 @@ class Session {
 
     // The start, up to the moment at which the program waits for its operator.
     RunEnd start() {
-        return world.desktop.run(program::start, [] { return false; });
+        return world.desktop.run(program::start);
     }
 
     // Presses a button of the main window and runs what follows to its end.
     RunEnd press(const char* control, int index = -1) {
-        EXPECT_TRUE(world.desktop.run([&] { pressed = world.person.perform(click("frmMain", control, index)); },
-                                      [] { return false; }) != RunEnd::stuck)
-            << world.desktop.stuckReason();
-        EXPECT_TRUE(pressed) << control;
-        return world.desktop.ended() ? RunEnd::programEnded : RunEnd::idle;
+        const Deed deed = click("frmMain", control, index);
+        EXPECT_EQ(world.person.refusal(deed), "") << control;
+        const RunEnd end = world.desktop.run([&] { world.person.perform(deed); });
+        EXPECT_NE(end, RunEnd::stuck) << world.desktop.stuckReason();
+        return end;
     }
 
     // Start, load of the sample file, upgrade.
@@ -73,5 +73,4 @@ class Session {
     }
 
     World world;
-    bool pressed = false;
 };
