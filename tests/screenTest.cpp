@@ -196,10 +196,10 @@ TEST_F(Screen, EndsBehindAFailureThatNothingHereRaises) {
             subReportError();
         }
     };
-    EXPECT_THROW(report(std::runtime_error("whatever")), ProgramEnd);
-    EXPECT_EQ(session.world.desktop.boxes().back().text, "Application error.\r\nRES : 予期せぬエラーが発生しました。");
     subReportError(); // nothing in flight
     EXPECT_EQ(session.world.desktop.boxes().back().text, "Application error.\r\nRES : ");
+    EXPECT_THROW(report(std::runtime_error("whatever")), ProgramEnd);
+    EXPECT_EQ(session.world.desktop.boxes().back().text, "Application error.\r\nRES : 予期せぬエラーが発生しました。");
 }
 
 TEST_F(Screen, SelectsTheRow) {
