@@ -32,18 +32,19 @@ isGone() {
     ! isShown "$1"
 }
 
-# Puts the newest window of that title that is not among the known ones into the variable `window`.
-findWindow() { # title, known window...
-    local title="$1" known candidate
-    shift
-    known=" $* "
+# Puts the newest window that is not among the known ones into the variable `window`, whatever its title.
+findOther() { # known window...
+    local known=" $* " candidate
     window=""
     for candidate in $(windows); do
-        if [[ $known != *" $candidate "* && $(xdotool getwindowname "$candidate" 2>/dev/null) == "$title" ]]; then
-            window="$candidate"
-        fi
+        [[ $known == *" $candidate "* ]] || window="$candidate"
     done
     [[ -n $window ]]
+}
+
+# The same of a window with that title.
+findWindow() { # title, known window...
+    findOther "${@:2}" && [[ $(xdotool getwindowname "$window" 2>/dev/null) == "$1" ]]
 }
 
 waitForWindow() { # seconds, title, known window...
