@@ -57,6 +57,12 @@ waitForEndOf() { # seconds, what, window
     waitFor "$1" "$2 to go away" isGone "$3"
 }
 
+hasClientArea() { # window, width, height in twips
+    local WIDTH HEIGHT
+    eval "$(xdotool getwindowgeometry --shell "$1" | grep -E '^(WIDTH|HEIGHT)=[0-9]+$')"
+    ((WIDTH == $2 / twipsPerPixel && HEIGHT == $3 / twipsPerPixel))
+}
+
 # Clicks into the middle of a place of a window, given in twips as in the forms.
 click() { # window, left, top, width, height
     xdotool mousemove --window "$1" $((($2 + $4 / 2) / twipsPerPixel)) $((($3 + $5 / 2) / twipsPerPixel)) click 1
@@ -86,7 +92,7 @@ screenshot() { # name
 
 # True when two places of a window, in twips, show the same. Their frames are left out.
 looksEqual() { # window, left, top, left, top, width, height
-    local picture="$screenshots/compared.png" size
+    local picture="$demo/compared.png" size
     size="$(($6 / twipsPerPixel - 4))x$(($7 / twipsPerPixel - 4))"
     import -window "$1" "$picture"
     [[ $(contentOf "$picture" "$size" "$2" "$3") == "$(contentOf "$picture" "$size" "$4" "$5")" ]]

@@ -39,12 +39,11 @@ operate() {
     click "$main" 600 2640 1335 315 # Start upgrade
     waitForWindow 20 "Tarn Beacon"
     progress="$window"
+    hasClientArea "$progress" 5220 1755 || fail "A message came up in place of the progress window."
     sleep 6 # some way into the transfer
-    isShown "$progress" || fail "The progress window went away early."
     screenshot 5-progress
-    waitForEndOf 120 "the progress window" "$progress"
-
-    waitForWindow 20 "Tarn Beacon" "$progress"
+    waitFor 120 "the end of the transfer" findWindow "Tarn Beacon" "$main" "$progress"
+    isGone "$progress" || fail "A message came up during the transfer."
     sleep 0.3
     screenshot 6-end-box
     press "$window" Return
