@@ -15,20 +15,7 @@ prepareDemo() { # preset
     cp "$root/build/$1/app/tarnbeacon" "$demo/"
     unitProgram="$root/build/$1/simulator/program/tarnbeacon-unit"
     "$unitProgram" --make-sample "$demo/sample.bin"
-    cat >"$demo/TYPE.INI" <<'END'
-[AMP_TYPE]
-1=10000,QT-MVR
-2=20000,QT-MVR,,30000,QT-MVS
-[AMP_BIN_TYPE]
-AMPFIRM=1
-NULL=1
-[IFU_TYPE]
-KP42 UNIT=K42,spare ' old label
-[IFU_BIN_TYPE]
-KP42FIRM=K42
-[IFU_DEFINE]
-K42=QT-KP42
-END
+    cp "$root/packaging/TYPE.INI" "$demo/"
 }
 
 # Starts the simulated unit and points COM3 to it.

@@ -32,18 +32,19 @@ isGone() {
     ! isShown "$1"
 }
 
-# Puts the newest window of that title that is not among the known ones into the variable `window`.
-findWindow() { # title, known window...
-    local title="$1" known candidate
-    shift
-    known=" $* "
+# Puts the newest window that is not among the known ones into the variable `window`, whatever its title.
+findOther() { # known window...
+    local known=" $* " candidate
     window=""
     for candidate in $(windows); do
-        if [[ $known != *" $candidate "* && $(xdotool getwindowname "$candidate" 2>/dev/null) == "$title" ]]; then
-            window="$candidate"
-        fi
+        [[ $known == *" $candidate "* ]] || window="$candidate"
     done
     [[ -n $window ]]
+}
+
+# The same of a window with that title.
+findWindow() { # title, known window...
+    findOther "${@:2}" && [[ $(xdotool getwindowname "$window" 2>/dev/null) == "$1" ]]
 }
 
 waitForWindow() { # seconds, title, known window...
@@ -54,6 +55,12 @@ waitForWindow() { # seconds, title, known window...
 
 waitForEndOf() { # seconds, what, window
     waitFor "$1" "$2 to go away" isGone "$3"
+}
+
+hasClientArea() { # window, width, height in twips
+    local WIDTH HEIGHT
+    eval "$(xdotool getwindowgeometry --shell "$1" | grep -E '^(WIDTH|HEIGHT)=[0-9]+$')"
+    ((WIDTH == $2 / twipsPerPixel && HEIGHT == $3 / twipsPerPixel))
 }
 
 # Clicks into the middle of a place of a window, given in twips as in the forms.
@@ -85,7 +92,7 @@ screenshot() { # name
 
 # True when two places of a window, in twips, show the same. Their frames are left out.
 looksEqual() { # window, left, top, left, top, width, height
-    local picture="$screenshots/compared.png" size
+    local picture="$demo/compared.png" size
     size="$(($6 / twipsPerPixel - 4))x$(($7 / twipsPerPixel - 4))"
     import -window "$1" "$picture"
     [[ $(contentOf "$picture" "$size" "$2" "$3") == "$(contentOf "$picture" "$size" "$4" "$5")" ]]

@@ -16,7 +16,7 @@ operate() {
     startUnit
     startProgram
 
-    waitForWindow 20 ""
+    waitFor 20 "the start-up picture" findOther
     screenshot 1-start-up
 
     waitForWindow 20 "TarnBeacon ver1.003"
@@ -25,7 +25,7 @@ operate() {
     screenshot 2-main-window
 
     click "$main" 2400 1920 1095 315 # Loading file
-    waitFor 10 "the load dialog" findDialog "$main"
+    waitFor 10 "the load dialog" findOther "$main"
     enterText "$window" "$demo/sample.bin"
     screenshot 3-load-dialog
     press "$window" Return
@@ -39,12 +39,11 @@ operate() {
     click "$main" 600 2640 1335 315 # Start upgrade
     waitForWindow 20 "Tarn Beacon"
     progress="$window"
-    sleep 4 # some way into the transfer
-    isShown "$progress" || fail "The progress window went away early."
+    hasClientArea "$progress" 5220 1755 || fail "A message came up in place of the progress window."
+    sleep 6 # some way into the transfer
     screenshot 5-progress
-    waitForEndOf 120 "the progress window" "$progress"
-
-    waitForWindow 20 "Tarn Beacon" "$progress"
+    waitFor 120 "the end of the transfer" findWindow "Tarn Beacon" "$main" "$progress"
+    isGone "$progress" || fail "A message came up during the transfer."
     sleep 0.3
     screenshot 6-end-box
     press "$window" Return
@@ -56,12 +55,6 @@ operate() {
 
     click "$main" 2160 2640 1335 315 # End
     waitForProgram 10
-}
-
-# The open dialog is the window that is not the main one.
-findDialog() { # main window
-    window="$(windows | grep -vx "$1" | tail -n 1)"
-    [[ -n $window ]]
 }
 
 showsFileVersion() { # main window

@@ -38,6 +38,7 @@ QtDesktop::QtDesktop()
     QCoreApplication::setApplicationName(program::name);
     QCoreApplication::setApplicationVersion(QString("%1.%2").arg(program::major).arg(program::minor));
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    QFont::insertSubstitutions("ＭＳ Ｐゴシック", {"IPAPGothic", "VL PGothic", "Noto Sans CJK JP"});
     QApplication::setStyle(QStyleFactory::create("Fusion")); // the places of the controls fit its widgets
     // The toolkit's file dialog keeps settings of its own; this program writes none anywhere.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
