@@ -1,16 +1,294 @@
-// A write from the button to the last box.
+// A write from the button to the last box, and every way in which it ends.
 #include "tests/session.h"
 
 namespace {
 
-TEST(Write, MovesTheFileIntoTheUnit) {
+using simulator::PacketAnswer;
+using Fate = PacketAnswer::Fate;
+
+const std::string succeed = "Tarn Beacon|Succeed|65>1\n";
+const std::string failed = "Tarn Beacon|Failed|64>1\n";
+const std::string error = "Tarn Beacon|Application error.\r\nRES : |16>1\n"; // without a failure in flight
+const std::string timeout = "Tarn Beacon|It is a receiving timeout error.|16>1\n";
+const std::string lost = "Tarn Beacon|Application error.\r\nRES : COM3: the device has gone away|16>1\n";
+const std::string goOn = "Tarn Beacon|通信で異常が発生しました。\r\nApplication is shut down by [cancel].\r\n|17>1\n";
+const std::string notChecked =
+    "Tarn Beacon|I could not check that it communicate with a sensor normally. May I continue work ? \r\n( I recommend "
+    "you to choose \"cancellation\" and perform again)|1>1\n";
+const std::string notAdapted =
+    "Tarn Beacon|Since the loaded file is not adapted to the connected unit, firmware upgrade "
+    "cannot be performed.|0>1\n";
+
+// What the unit has said in place of its answer to the n-th packet.
+PacketAnswer said(Bytes bytes, Fate fate = Fate::asUsual) {
+    return {fate, std::move(bytes)};
+}
+
+void answerFrom(World& world, int first, int count, const PacketAnswer& answer) {
+    for (int packet = first; packet < first + count; ++packet) {
+        world.unit.options().packetAnswers[packet] = answer;
+    }
+}
+
+void answerCommand(World& world, const char* prefix, int occurrence, const char* code) {
+    world.unit.options().answers.push_back({prefix, occurrence, {.resultCode = code}});
+}
+
+TEST(Write, EndsInOneOfItsWays) {
+    struct Row {
+        const char* what;
+        std::function<void(World&)> prepare; // behind the load
+        std::string boxes;
+        std::string operations;
+        bool equal;             // the unit holds the file
+        std::int16_t retry = 0; // run.commRetry at the end
+        Micros atLeast = 0;
+    };
+    const Row rows[] = {
+        {"as it should be", [](World&) {}, succeed, "50 51 54 53 ", true},
+        {"checksum", [](World& world) { world.unit.options().crc = false; }, succeed, "50 51 54 53 ", true},
+        {"50 on its third try",
+         [](World& world) {
+             answerCommand(world, "300550", 1, "1001");
+             answerCommand(world, "300550", 2, "1234");
+         },
+         succeed, "50 51 54 53 ", true},
+        {"50 refused three times", [](World& world) { answerCommand(world, "300550", 0, "1001"); }, failed, "54 53 ",
+         false, 4},
+        {"50 refused with 1234: the third try asks", [](World& world) { answerCommand(world, "300550", 0, "1234"); },
+         goOn + failed, "54 53 ", false, 4},
+        {"51 on its second try", [](World& world) { answerCommand(world, "300551", 1, "2204"); }, succeed,
+         "50 51 54 53 ", true, 2},
+        {"51 on its third try, 54 and 53 ask",
+         [](World& world) {
+             answerCommand(world, "300551", 1, "2204");
+             answerCommand(world, "300551", 2, "2204");
+             answerCommand(world, "300554", 0, "1234");
+             answerCommand(world, "300553", 0, "1234");
+         },
+         goOn + goOn + succeed, "50 51 ", true, 3},
+        {"51 refused three times", [](World& world) { answerCommand(world, "300551", 0, "2204"); }, error + failed,
+         "50 54 53 ", false, 4},
+        {"silence at 51",
+         [](World& world) {
+             world.unit.options().answers = {{"300551", 0, {.silent = true, .ignored = true}}};
+         },
+         error + failed, "50 54 53 ", false, 4, seconds(30)},
+        {"54 and 53 refused: not looked at",
+         [](World& world) {
+             answerCommand(world, "300554", 0, "5555");
+             answerCommand(world, "300553", 0, "1234");
+         },
+         succeed, "50 51 ", true},
+        {"check fails, operator goes on", [](World& world) { answerCommand(world, "0101D4", 0, "0E00"); },
+         notChecked + succeed, "50 51 54 53 ", true},
+        {"no first byte", [](World& world) { world.unit.options().startDelay = seconds(70); }, error + failed,
+         "50 51 54 53 ", false, 0, seconds(60)},
+        {"ten unknown bytes at the start",
+         [](World& world) {
+             world.unit.options().startInstead = {
+                 {1, Bytes(5, 'x')}, {2, Bytes(5, 'x')}, {3, Bytes(1, 'x')}, {4, {'x'}}, {5, {'x'}},
+                 {6, {'x'}},         {7, {'x'}},         {8, {'x'}},         {9, {'x'}}, {10, {'x'}}};
+         },
+         error + failed, "50 51 54 53 ", false},
+        {"nine unknown bytes, one CAN",
+         [](World& world) {
+             world.unit.options().startInstead = {{1, {'x'}}, {2, {'x'}}, {3, {'x'}}, {4, {0x18}},
+                                                  {5, {'x'}}, {6, {'x'}}, {7, {'x'}}};
+         },
+         succeed, "50 51 54 53 ", true},
+        {"two CAN at the start, noise between",
+         [](World& world) {
+             world.unit.options().startInstead = {{1, {0x18}}, {2, {'x'}}, {3, {0x18}}};
+         },
+         error + failed, "50 51 54 53 ", false},
+        {"nine NAKs", [](World& world) { answerFrom(world, 700, 9, said({0x15}, Fate::ignored)); }, succeed,
+         "50 51 54 53 ", true},
+        {"ten NAKs", [](World& world) { answerFrom(world, 700, 10, said({0x15}, Fate::ignored)); }, error + failed,
+         "50 51 54 53 ", false},
+        {"ten NAKs on EOT", [](World& world) { answerFrom(world, 1921, 10, said({0x15}, Fate::ignored)); },
+         error + failed, "50 51 54 53 ", false},
+        {"a late ACK",
+         [](World& world) {
+             world.unit.options().packetAnswers[5] = {Fate::asUsual, Bytes{0x06}, seconds(11)};
+         },
+         succeed, "50 51 54 53 ", true, 0, seconds(11)},
+        {"silence from block 3 on", [](World& world) { answerFrom(world, 3, 5000, said({}, Fate::ignored)); },
+         error + failed, "50 51 54 53 ", false, 0, seconds(100)},
+        {"lone CAN, NAK, CAN",
+         [](World& world) {
+             world.unit.options().packetAnswers[4] = said({0x18, 0x15}, Fate::ignored);
+             world.unit.options().packetAnswers[5] = said({0x18, 0x06});
+         },
+         succeed, "50 51 54 53 ", true},
+        {"two CAN", [](World& world) { world.unit.options().packetAnswers[4] = {Fate::cancels}; }, error + failed,
+         "50 51 54 53 ", false},
+        {"noise ahead of each ACK",
+         [](World& world) {
+             answerFrom(world, 1, 1921, said({'n', 'C', 0x00, 0x06}));
+         },
+         succeed, "50 51 54 53 ", true},
+        {"adapter pulled while the tool waits",
+         [](World& world) { world.port.socket(3).pulledAt = world.clock.now() + seconds(5); }, lost + failed, "50 51 ",
+         false},
+        {"a write of a block fails once",
+         [](World& world) {
+             world.port.operations().add(failNth(Operation::writePort,
+                                                 world.port.operations().passed(Operation::writePort) + 100,
+                                                 Lasting::once, Failure(failureNumber::portLost, "It broke.")));
+         },
+         "エラー|It broke.|16>1\n" + error + failed, "50 51 54 53 ", false},
+        {"the port is gone before the start",
+         [](World& world) { world.port.socket(3).pulledAt = world.clock.now() + 1; },
+         timeout + notChecked + lost + failed, "", false},
+        {"the format test", [](World&) { frmMain().LabelWriteProtect.visible = true; },
+         "TarnBeacon|形式認識テストです　書込み処理はスキップします。|0>1\n", "", false},
+        {"another model in the row", [](World&) { frmMain().lblTitle[0].caption = "qt-mvr"; }, notAdapted, "", false},
+        {"the other row", [](World& world) { world.person.perform(click("frmMain", "optPresent", 1)); }, notAdapted, "",
+         false},
+    };
+    for (const Row& row : rows) {
+        Session session;
+        World& world = session.world;
+        session.start();
+        session.press("cmdLoading");
+        row.prepare(world);
+        const Micros before = world.clock.now();
+        session.press("cmdUpgrade");
+        EXPECT_EQ(session.boxes(), row.boxes) << row.what;
+        EXPECT_EQ(session.operations(), row.operations) << row.what;
+        EXPECT_EQ(world.unit.receivedImage() == world.image && world.unit.journal().imageComplete, row.equal)
+            << row.what;
+        EXPECT_TRUE(session.atRest()) << row.what;
+        EXPECT_EQ(run.commRetry, row.retry) << row.what;
+        EXPECT_GE(world.clock.now() - before, row.atLeast) << row.what;
+        EXPECT_EQ(frmMain().lblVersion[0].caption, row.equal ? "1.046" : "1.022") << row.what;
+        EXPECT_TRUE(frmMain().cmdUpgrade.enabled) << row.what;
+
+        // The way on: nothing stands between the operator and the next try.
+        if (row.equal || world.port.socket(3).pulledAt != noMoment || row.operations.empty()) {
+            continue;
+        }
+        world.unit.options() = simulator::UnitOptions();
+        session.press("cmdUpgrade");
+        EXPECT_TRUE(session.boxes().ends_with(succeed)) << row.what << session.boxes();
+        EXPECT_EQ(world.unit.receivedImage(), world.image) << row.what;
+    }
+}
+
+TEST(Write, IsLeftByCancelAtTheQuestion) {
     Session session;
-    session.upgrade();
-    EXPECT_EQ(session.boxes(), "Tarn Beacon|Succeed|65>1\n");
-    EXPECT_EQ(session.operations(), "50 51 54 53 ");
-    EXPECT_EQ(session.world.unit.receivedImage(), session.world.image);
+    session.start();
+    session.press("cmdLoading");
+    answerCommand(session.world, "0101D4", 0, "1001");
+    session.world.desktop.answerBox = [](const Box&) { return boxAnswer::cancel; };
+    session.press("cmdUpgrade");
+    EXPECT_EQ(session.operations(), "");
+    EXPECT_EQ(frmMain().mousePointer, MousePointer::arrow);
     EXPECT_TRUE(session.atRest());
-    EXPECT_EQ(frmMain().lblVersion[0].caption, "1.046");
+    EXPECT_TRUE(run.fileLoaded);
+}
+
+TEST(Write, GoesToTheSelectedRow) {
+    Session session({.image = {.typeText = "KP42FIRM", .rawVersion = 3100}});
+    session.start();
+    session.press("cmdLoading");
+    session.press("optPresent", 1);
+    session.press("cmdUpgrade");
+    EXPECT_EQ(session.boxes(), succeed);
+    EXPECT_EQ(session.world.unit.journal().frames.back().text, "300553000000");
+    EXPECT_EQ(session.world.unit.options().interfaceUnitImage, session.world.image);
+    EXPECT_EQ(frmMain().lblVersion[1].caption, "3.100");
+    EXPECT_EQ(frmMain().lblVersion[0].caption, "1.022");
+}
+
+TEST(Write, ShowsItsProgressAndKeepsTheOperatorOut) {
+    Session session;
+    World& world = session.world;
+    session.start();
+    session.press("cmdLoading");
+    std::vector<std::string> seen;
+    const auto look = [&] {
+        const FrmMain& form = frmMain();
+        std::string state = form.enabled ? "enabled" : "disabled";
+        state += form.mousePointer == MousePointer::hourglass ? " hourglass" : " no hourglass";
+        if (frmWaitLoaded() && frmWait().visible) {
+            state += " " + frmWait().lblMsg.caption;
+            EXPECT_GT(frmWait().prbComm.value, 0);
+            EXPECT_LT(frmWait().prbComm.value, frmWait().prbComm.max);
+        }
+        seen.push_back(state);
+        for (const Deed& deed : {click("frmMain", "cmdUpgrade"), click("frmMain", "cmdEnd"), closing("frmMain"),
+                                 click("frmMain", "optPresent", 1), click("frmWait", "cmdCancel")}) {
+            EXPECT_FALSE(world.person.perform(deed)) << deed.control << ' ' << deed.form;
+        }
+    };
+    world.person.performAt(world.clock.now() + seconds(20), closing("frmWait")); // changes nothing
+    world.desktop.schedule(world.clock.now() + seconds(30), look);
+    world.desktop.boxStands = [&](const Box&) { look(); };
+    session.press("cmdUpgrade");
+    EXPECT_EQ(seen, (std::vector<std::string>{"disabled hourglass QT-MVR is under updating to ver1.046.",
+                                              "enabled hourglass"}));
+    EXPECT_EQ(frmMain().mousePointer, MousePointer::standard);
+}
+
+TEST(Write, SendsItsBlocksByteForByte) {
+    for (const bool crc : {true, false}) {
+        Session session;
+        World& world = session.world;
+        world.unit.options().crc = crc;
+        session.start();
+        session.press("cmdLoading");
+        std::fill(run.firmwareImage.begin(), run.firmwareImage.begin() + blockSize, std::uint8_t{0xFF});
+        world.line.record().keep(10000);
+        world.line.record().clear();
+        session.press("cmdUpgrade");
+        const Bytes sent = world.line.record().sent(Direction::toUnit);
+        const std::size_t frames = 24 + 20 + 20; // the check, "50" and "51"
+        const std::size_t size = crc ? 133 : 132;
+        ASSERT_EQ(sent.size(), frames + 1920 * size + 1 + 2 * 20);
+        Bytes first{0x01, 0x01, 0xFE};
+        first.resize(131, 0xFF);
+        first.insert(first.end(),
+                     crc ? std::initializer_list<std::uint8_t>{0xED, 0xA9} : std::initializer_list<std::uint8_t>{0x80});
+        const auto block = [&](std::size_t number) {
+            const auto start = sent.begin() + static_cast<std::ptrdiff_t>(frames + (number - 1) * size);
+            return Bytes(start, start + static_cast<std::ptrdiff_t>(size));
+        };
+        EXPECT_EQ(block(1), first);
+        EXPECT_EQ((Bytes{block(255)[1], block(256)[1], block(256)[2], block(257)[1], block(1920)[1]}),
+                  (Bytes{255, 0, 255, 1, 128}));
+        EXPECT_EQ(sent[frames + 1920 * size], 0x04);
+        EXPECT_EQ(session.boxes(), succeed);
+    }
+}
+
+TEST(Write, ClosesInJapanese) {
+    const std::pair<const char*, const char*> rows[] = {{"", "Tarn Beacon|正常終了|64>1\n"},
+                                                        {"300550", "Tarn Beacon|異常終了|64>1\n"}};
+    for (const auto& [refused, boxes] : rows) {
+        Session session;
+        session.start();
+        session.press("cmdLoading");
+        frmMain().fraLanguage.visible = true;
+        session.press("optLanguage", 0);
+        if (*refused != '\0') {
+            answerCommand(session.world, refused, 0, "1001");
+        }
+        session.press("cmdUpgrade");
+        EXPECT_EQ(session.boxes(), boxes);
+    }
+}
+
+TEST(Write, EndsTheProgramAtOnceFromWithinABox) {
+    Session session;
+    session.start();
+    session.press("cmdLoading");
+    answerCommand(session.world, "300550", 0, "1234");
+    session.world.desktop.answerBox = [](const Box&) { return boxAnswer::cancel; };
+    EXPECT_EQ(session.press("cmdUpgrade"), RunEnd::programEnded);
+    EXPECT_EQ(session.operations(), "");
+    EXPECT_TRUE(session.world.port.isOpen());
 }
 
 } // namespace
