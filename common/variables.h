@@ -49,18 +49,20 @@ struct Variables {
     bool stepBusy = false;         // a step function is running
     bool waitTimedOut = false;     // the limit of the present byte wait has passed
     bool verifying = false;        // a write goes on into its verification; the main window stays disabled
-    bool readRefused = false;      // the present read was refused or lost its port
+    bool readFailed = false;       // the present read was refused or lost its port
 
     // The receiver, written by transfer/.
-    Bytes blockBuffer = Bytes(1025);  // bytes of the latest poll that found data of a block
-    std::int16_t blockLength = 0;     // how many
-    std::int64_t signOfLifeAt = 0;    // clock at the last byte received or control byte sent, milliseconds
-    bool pieceCaught = false;         // the latest poll that found data caught a block in the middle
-    bool blockLost = false;           // that block has not come again yet
-    bool imageDamaged = false;        // it never came
-    std::int32_t restLength = 0;      // bytes that the block stored last still lacked, check byte included
-    std::int32_t missingData = 0;     // bytes of the image that are zero because they came too late
-    std::uint8_t lastBlockNumber = 0; // of the block stored last
+    Bytes blockBuffer = Bytes(1025); // bytes of the latest poll that found data of a block
+    std::int16_t blockLength = 0;    // how many
+    std::int64_t signOfLifeAt = 0;   // clock at the last byte received or control byte sent, milliseconds
+
+    // What the receiver knows of blocks that a poll has caught in the middle.
+    struct CutBlocks {
+        bool restDue = false;        // the latest poll took a part of a block; its rest may follow
+        bool lost = false;           // such a block was not stored, and has not come again yet
+        bool damaged = false;        // the image lacks bytes for good
+        std::uint8_t lastNumber = 0; // of the block stored last
+    } cutBlocks;
 
     // Texts of the selected language, written by ui/.
     std::string screenFontName;

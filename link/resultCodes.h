@@ -12,4 +12,8 @@ constexpr std::int32_t resultOther = 8;
 // Number of a result code; resultSuccess for "0000", resultOther for a code that the table does not know.
 std::int32_t fncResultNumber(std::string_view code);
 
+inline bool succeeded(std::string_view code) {
+    return fncResultNumber(code) == resultSuccess;
+}
+
 } // namespace FirmComm

@@ -4,6 +4,7 @@
 #include "common/variables.h"
 #include "link/commPort.h"
 #include "platform/desktop.h"
+#include "transfer/transferMode.h"
 #include "transfer/xModem.h"
 #include "ui/language.h"
 #include "ui/messages.h"
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <utility>
 
 using platform::Bytes;
 
@@ -20,8 +22,15 @@ namespace FirmComm {
 namespace {
 
 constexpr std::int64_t silenceLimit = 3000; // milliseconds
-constexpr std::int64_t pieceGap = 1000;     // a longer pause ends a block caught in the middle
+constexpr std::int64_t restGap = 1000;      // a longer pause ends a block caught in the middle
 constexpr std::int32_t packetSize = xModem::headerSize + blockSize + 1;
+constexpr std::int32_t allDataReceived = packetSize - 1; // the last byte is the checksum
+
+// How long a poll waits for the next byte of a block. Adapters hand bytes over in lumps, up to 16 ms apart; after a whole
+// block, the second check byte of the other form follows at once or not at all.
+constexpr int lumpGap = 20; // milliseconds
+constexpr int checkByteGap = 2;
+constexpr int longestHold = 100;
 
 struct ControlRow {
     std::uint8_t byte;
@@ -34,14 +43,22 @@ constexpr std::array controlRows{
     ControlRow{xModem::crcRequest, found::crcRequest},
 };
 
+void tell(const char* japanese, const char* english) {
+    fncMsgBox(textId::applicationError, platform::boxStyle::critical, japaneseSelected() ? japanese : english);
+}
+
 std::int32_t lookAtSilence(std::int64_t now) {
-    if (now - run.signOfLifeAt >= silenceLimit) {
-        fncMsgBox(textId::applicationError, platform::boxStyle::critical,
-                  japaneseSelected() ? "ユニットからの送信が止まりました。何も保存されていません。"
-                                     : "The unit stopped sending. Nothing was saved.");
-        return found::end;
+    if (now - run.signOfLifeAt < silenceLimit) {
+        return run.blockLength > 0 ? found::noBlock : found::nothing;
     }
-    return run.blockLength > 0 ? found::noBlock : found::nothing;
+    if (verificationSelected()) {
+        tell("ユニットからの送信が止まりました。ファームウェアを確認できません。",
+             "The unit stopped sending. Its firmware could not be read back.");
+    } else {
+        tell("ユニットからの送信が止まりました。何も保存されていません。",
+             "The unit stopped sending. Nothing was saved.");
+    }
+    return found::end;
 }
 
 void keep(std::span<const std::uint8_t> bytes) {
@@ -51,57 +68,92 @@ void keep(std::span<const std::uint8_t> bytes) {
     run.blockLength = static_cast<std::int16_t>(kept);
 }
 
+std::int32_t controlResult(std::uint8_t byte) {
+    const auto row = std::ranges::find(controlRows, byte, &ControlRow::byte);
+    return row == controlRows.end() ? found::nothing : row->result;
+}
+
 bool beginsAsBlock(std::span<const std::uint8_t> bytes) {
-    return std::ssize(bytes) > 2 && bytes[0] == xModem::soh && (bytes[1] ^ bytes[2]) == 0xFF;
+    return std::ssize(bytes) >= xModem::headerSize && bytes[0] == xModem::soh && (bytes[1] ^ bytes[2]) == 0xFF;
 }
 
-// Right behind a piece, only what begins as a block and is too long for the piece's rest is a block sent again.
-bool sentAgain(std::span<const std::uint8_t> bytes) {
-    return std::ssize(bytes) >= blockSize && beginsAsBlock(bytes) && run.blockLength + std::ssize(bytes) > packetSize;
-}
-
-// Right behind a block that was cut short, its rest comes ahead of everything else. Takes it off `bytes`; data go to their
-// place in the image, which held zeros for them.
-void takeRest(std::span<const std::uint8_t>& bytes) {
-    if (!beginsAsBlock(bytes)) {
-        const auto rest = bytes.first(std::min(static_cast<std::size_t>(run.restLength), bytes.size()));
-        for (const std::uint8_t byte : rest.first(std::min(static_cast<std::size_t>(run.missingData), rest.size()))) {
-            at(run.readBackImage, run.readBackCount - run.missingData) = byte;
-            --run.missingData;
-        }
-        bytes = bytes.subspan(rest.size());
+// A poll right after one that caught a block in the middle. Takes the rest of that block off `bytes`; nothing is left
+// when all of them may belong to it.
+void dropRest(std::span<const std::uint8_t>& bytes) {
+    const bool stored = run.blockLength >= blockSize;
+    if (stored && bytes.size() == 1 && controlResult(bytes[0]) != found::nothing) {
+        return; // the unit has gone on
     }
-    run.imageDamaged |= run.missingData > 0;
-    run.restLength = run.missingData = 0;
+    // Of a block that is too short to be stored the rest may look like a beginning, but then it only fits as the rest.
+    if (!stored && run.blockLength + std::ssize(bytes) <= packetSize) {
+        bytes = {};
+        return;
+    }
+    const std::size_t longestRest = stored ? packetSize + 1 - blockSize : 0;
+    for (std::size_t rest = 0; rest <= std::min(longestRest, bytes.size()); ++rest) {
+        if (beginsAsBlock(bytes.subspan(rest))) {
+            bytes = bytes.subspan(rest);
+            return;
+        }
+    }
+    run.cutBlocks.lost |= bytes.size() > longestRest; // the next block may have begun in them
+    bytes = {};
 }
 
 std::int32_t takePoll(std::span<const std::uint8_t> bytes, std::int64_t now) {
-    const bool closeBehind = now - run.signOfLifeAt < pieceGap;
+    const bool rightAfter = now - run.signOfLifeAt < restGap;
     run.signOfLifeAt = now;
-    if (run.restLength > 0 && closeBehind) {
-        takeRest(bytes);
+    Variables::CutBlocks& cut = run.cutBlocks;
+    if (cut.restDue && rightAfter) {
+        const auto polled = bytes;
+        dropRest(bytes);
+        if (bytes.empty()) {
+            keep(polled);
+            return found::noBlock;
+        }
     }
-    if (bytes.empty()) {
-        return found::noBlock;
-    }
-    if (run.pieceCaught && closeBehind && !sentAgain(bytes)) {
-        keep(bytes);
-        return found::noBlock;
-    }
-    run.pieceCaught = false;
-    const auto control = std::ranges::find(controlRows, bytes[0], &ControlRow::byte);
-    if (control != controlRows.end()) {
-        return control->result;
+    cut.restDue = false;
+    if (const std::int32_t control = controlResult(bytes[0]); control != found::nothing) {
+        return control;
     }
     keep(bytes);
     if (run.blockLength >= blockSize) {
+        cut.restDue = run.blockLength < packetSize;
         return found::block;
     }
-    run.pieceCaught = run.blockLost = bytes[0] == xModem::soh;
+    if (bytes[0] == xModem::soh) {
+        cut.restDue = cut.lost = true;
+    }
     return found::noBlock;
 }
 
+// Only the lost block itself, as its number tells, makes good for it.
+void noteStored(Variables::CutBlocks& cut) {
+    const std::uint8_t number = run.blockBuffer[1];
+    cut.damaged |=
+        run.blockLength < allDataReceived || (cut.lost && number != static_cast<std::uint8_t>(cut.lastNumber + 1));
+    cut.lost = false;
+    cut.lastNumber = number;
+}
+
 } // namespace
+
+void waitForWholeBlock() {
+    try {
+        std::int32_t count = CommonComm::serialPort().countReceived();
+        for (int held = 0; count > 0 && count <= packetSize && held < longestHold;) {
+            const int gap = count < packetSize ? lumpGap : checkByteGap;
+            platform::desktop().sleep(gap);
+            held += gap;
+            const std::int32_t before = std::exchange(count, CommonComm::serialPort().countReceived());
+            if (count == before) {
+                return;
+            }
+        }
+    } catch (const std::exception&) {
+        return; // the poll meets the same failure and reports it
+    }
+}
 
 std::int32_t fncReadBlock() {
     try {
@@ -112,26 +164,19 @@ std::int32_t fncReadBlock() {
         return bytes.empty() ? lookAtSilence(now) : takePoll(bytes, now); // bytes that wait win over a silence
     } catch (const std::exception&) {
         subReportError();
-        run.readRefused = true;
+        run.readFailed = true;
         return found::end;
     }
 }
 
 void subStoreBlock() {
     try {
-        const std::uint8_t number = run.blockBuffer[1];
-        if (run.blockLost) {
-            run.imageDamaged |= number != static_cast<std::uint8_t>(run.lastBlockNumber + 1);
-            run.blockLost = false;
-        }
-        run.lastBlockNumber = number;
+        noteStored(run.cutBlocks);
         for (std::int32_t index = xModem::headerSize;
              index < xModem::headerSize + blockSize && run.readBackCount <= imageSize; ++index) {
             at(run.readBackImage, run.readBackCount) = at(run.blockBuffer, index);
             ++run.readBackCount;
         }
-        run.restLength = std::max(0, packetSize - run.blockLength);
-        run.missingData = std::max(0, run.restLength - 1); // the last byte of a block is its checksum
         frmWait().prbComm.value = std::min(run.readBackCount, imageSize);
     } catch (const std::exception&) {
         subReportError();
@@ -139,15 +184,25 @@ void subStoreBlock() {
 }
 
 bool imageIncomplete() {
-    return run.imageDamaged || run.blockLost || run.missingData > 0;
+    return run.cutBlocks.damaged || run.cutBlocks.lost;
+}
+
+void tellLostBlocks() {
+    if (!imageIncomplete()) {
+        return;
+    }
+    if (verificationSelected()) {
+        tell("受信できなかったデータがあります。", "A part of the firmware was lost on the way back.");
+    } else {
+        tell("受信できなかったデータがあります。何も保存されていません。",
+             "A part of the firmware was lost on the way. Nothing was saved.");
+    }
 }
 
 void subResetReader() {
     std::ranges::fill(run.readBackImage, std::uint8_t{0});
     run.readBackCount = 0;
-    run.pieceCaught = run.blockLost = run.imageDamaged = false;
-    run.restLength = run.missingData = 0;
-    run.lastBlockNumber = 0;
+    run.cutBlocks = {};
 }
 
 } // namespace FirmComm

@@ -1,6 +1,5 @@
 // The XMODEM receiver: one look at the port for each call. It checks neither header nor check bytes and never asks for a
-// block again. A block of which a look catches fewer than 128 bytes is lost until the unit sends it again by itself; what of
-// a block comes behind its first 128 bytes still finds its place.
+// block again. A block of which a look catches fewer than 128 bytes is lost until the unit sends it again by itself.
 #pragma once
 
 #include <cstdint>
@@ -19,16 +18,23 @@ constexpr std::int32_t noBlock = 6; // fewer bytes, or none while run.blockLengt
 constexpr std::int32_t end = 12;    // silence for 3000 ms, or the port failed; the operator has seen why
 } // namespace found
 
+// Holds a poll back while the bytes of a block are still coming in, for 100 ms at the most, so that it finds the block
+// whole. No window event runs.
+void waitForWholeBlock();
+
 // Looks at the port once. Bytes of a block are in run.blockBuffer, run.blockLength of them.
 std::int32_t fncReadBlock();
-
-// True when the image lacks bytes that the unit has sent, or tried to send.
-bool imageIncomplete();
 
 // Moves the 128 data bytes of run.blockBuffer to run.readBackImage, and the progress bar.
 void subStoreBlock();
 
-// Forgets what an earlier read has left: image, count, pieces. run.blockBuffer and run.blockLength stay.
+// True when bytes of blocks caught in the middle are missing in the image.
+bool imageIncomplete();
+
+// Tells the operator when that is so.
+void tellLostBlocks();
+
+// Forgets what an earlier transfer has left of image and blocks. run.blockBuffer and run.blockLength stay.
 void subResetReader();
 
 } // namespace FirmComm

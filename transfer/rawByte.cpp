@@ -19,13 +19,14 @@ std::int32_t writeShowingFailure(const platform::Bytes& bytes) {
 
 namespace FirmComm {
 
-void subSendRaw(const std::string& text) {
-    writeShowingFailure(platform::Bytes(text.begin(), text.end()));
+std::int32_t subSendRaw(const std::string& text) {
+    const std::int32_t failure = writeShowingFailure(platform::Bytes(text.begin(), text.end()));
     run.signOfLifeAt = platform::desktop().timeGetTime();
+    return failure;
 }
 
-void subSendRaw(std::uint8_t controlByte) {
-    subSendRaw(std::string(1, static_cast<char>(controlByte)));
+std::int32_t subSendRaw(std::uint8_t controlByte) {
+    return subSendRaw(std::string(1, static_cast<char>(controlByte)));
 }
 
 } // namespace FirmComm

@@ -6,8 +6,12 @@
 #include "link/unitCommands.h"
 #include "platform/desktop.h"
 #include "platform/failure.h"
-#include "transfer/procedures.h"
+#include "transfer/programState.h"
 #include "transfer/rawByte.h"
+#include "transfer/readProcedure.h"
+#include "transfer/transferMode.h"
+#include "transfer/verification.h"
+#include "transfer/writeProcedure.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
 #include "ui/messages.h"
@@ -17,7 +21,7 @@
 using platform::desktop;
 using platform::MousePointer;
 namespace boxStyle = platform::boxStyle;
-namespace programState = FirmComm::programState;
+namespace state = FirmComm::state;
 
 namespace MainWindow {
 
@@ -50,7 +54,7 @@ void upgrade(FrmMain& form) {
         return;
     }
     frmWait().cmdCancel.enabled = false;
-    run.programState = FirmComm::fncWriteStep(programState::writeTransfer);
+    run.programState = FirmComm::fncWriteStep(state::writeTransfer);
 }
 
 void askForSaveFile(platform::FileDialog& dialog) {
@@ -61,17 +65,6 @@ void askForSaveFile(platform::FileDialog& dialog) {
     dialog.cancelError = true;
     desktop().showSave(dialog);
     run.saveFilePath = dialog.fileName;
-}
-
-bool under(std::int32_t first, std::int32_t last) {
-    return run.programState >= first && run.programState <= last;
-}
-
-// Stores the next state, unless Cancel has set another while the step ran.
-void store(std::int32_t before, std::int32_t next) {
-    if (run.programState == before) {
-        run.programState = next;
-    }
 }
 
 } // namespace
@@ -96,9 +89,9 @@ void cmdPresent_Click() {
     try {
         askForSaveFile(frmMain().cmdSoft);
         frmMain().enabled = false;
-        run.programState = FirmComm::fncReadStep(programState::readStart);
-        if (run.programState == programState::readClosing) {
-            run.programState = FirmComm::fncReadStep(programState::readClosing); // CommTimer does not run
+        run.programState = FirmComm::fncReadStep(state::readStart);
+        if (run.programState == state::readClosing) {
+            run.programState = FirmComm::fncReadStep(state::readClosing); // no tick would close it
         }
     } catch (const std::exception&) {
         if (failureInFlight().number != platform::failureNumber::dialogCancelled) {
@@ -112,14 +105,13 @@ void CommTimer_Timer() {
         if (run.stepBusy) {
             return;
         }
-        if (under(programState::readBlocks, programState::readClosing)) {
-            const std::int32_t state = run.programState;
-            store(state, FirmComm::fncReadStep(state));
+        if (run.programState >= state::readBlocks && run.programState <= state::readClosing) {
+            FirmComm::stepRead();
         }
-        if (under(8, programState::writeClosing)) {
+        if (run.programState == state::writeClosing) {
             run.programState = FirmComm::fncWriteStep(run.programState);
         }
-        if (run.programState == programState::verificationDue && FirmComm::verificationSelected()) {
+        if (run.programState == state::verificationDue && FirmComm::verificationSelected()) {
             FirmComm::runVerification();
         }
     } catch (const std::exception&) {
@@ -134,7 +126,7 @@ namespace WaitWindow {
 namespace {
 
 bool readUnderWay() {
-    return run.programState >= programState::readBlocks && run.programState <= programState::readEnd;
+    return run.programState >= state::readBlocks && run.programState <= state::readEnd;
 }
 
 } // namespace
@@ -146,12 +138,13 @@ void Form_Load() {
 void cmdCancel_Click() {
     constexpr int cancelCount = 10;
     if (readUnderWay()) {
-        for (int sent = 0; sent < cancelCount && CommonComm::linkAlive(); ++sent) {
+        int failure = CommonComm::linkAlive() ? 0 : platform::failureNumber::portLost;
+        for (int sent = 0; sent < cancelCount && failure == 0; ++sent) {
             CommonComm::subClearInput();
-            FirmComm::subSendRaw(xModem::can);
+            failure = FirmComm::subSendRaw(xModem::can);
         }
-        if (readUnderWay()) { // events run behind a failure box
-            run.programState = programState::readClosing;
+        if (readUnderWay()) { // the box of a failure lets a tick close the read
+            run.programState = state::readClosing;
         }
     }
     if (frmWaitLoaded()) {

@@ -1,0 +1,456 @@
+// Saving the unit's firmware, verifying a write, Cancel: what stands behind the controls of the service screen.
+#include "tests/session.h"
+#include "transfer/blockReader.h"
+
+#include <algorithm>
+
+namespace {
+
+const std::string succeed = "Tarn Beacon|Succeed|64>1\n";
+const std::string failed = "Tarn Beacon|Failed|64>1\n";
+const std::string differs = "Tarn Beacon|Failed|16>1\n";
+const std::string error = "Tarn Beacon|Application error.\r\nRES : ";
+const std::string stopped = error + "The unit stopped sending. Nothing was saved.|16>1\n";
+const std::string lost = error + "COM3: the device has gone away|16>1\n";
+const std::string saved = World::savedPath;
+
+// The service screen, with a unit that holds an image of its own.
+class ServiceSession : public Session {
+  public:
+    ServiceSession() {
+        world.unit.options().amplifierImage = simulator::makeSampleImage({.seed = 7});
+        start();
+        for (Control* control : {&frmMain().cmdPresent, &frmMain().chkVerify, &frmMain().fraLanguage}) {
+            control->visible = true;
+        }
+    }
+    // The saved file as bytes, empty when there is none.
+    Bytes savedFile() {
+        const SimulatedFile* file = world.files.find(saved);
+        return file == nullptr ? Bytes() : Bytes(file->content.begin(), file->content.end());
+    }
+    // Cancel as the service screen shows it, at a moment.
+    void cancelAt(Micros moment) {
+        world.desktop.schedule(moment, [this] {
+            frmWait().cmdCancel.visible = true;
+            EXPECT_TRUE(world.person.perform(click("frmWait", "cmdCancel")));
+        });
+    }
+};
+
+TEST(Save, EndsInOneOfItsWays) {
+    enum class File { whole, none, partly };
+    struct Row {
+        const char* what;
+        std::function<void(ServiceSession&)> prepare;
+        std::string boxes;
+        std::string operations;
+        File file;
+        bool again = true; // a second save succeeds
+    };
+    const auto unit = [](auto change) {
+        return [change](ServiceSession& session) { change(session.world.unit.options()); };
+    };
+    const Row rows[] = {
+        {"as it should be", [](ServiceSession&) {}, succeed, "52 54 53 ", File::whole},
+        {"a slow unit", unit([](auto& options) { options.sendDelay = milliseconds(430); }), succeed, "52 54 53 ",
+         File::whole},
+        {"52 on its third try", unit([](auto& options) {
+             options.answers = {{"300552", 1, {.resultCode = "2204"}}, {"300552", 2, {.resultCode = "2204"}}};
+         }),
+         succeed, "52 54 53 ", File::whole},
+        {"52 refused three times", unit([](auto& options) {
+             options.answers = {{"300552", 0, {.resultCode = "2204"}}};
+         }),
+         error + "|16>1\n" + failed, "54 53 ", File::none},
+        {"the dialog is cancelled",
+         [](ServiceSession& session) {
+             session.world.desktop.chooseFile = [](const AskedFile&) { return std::nullopt; };
+         },
+         "", "", File::none},
+        {"the unit falls silent",
+         [](ServiceSession& session) {
+             session.world.restartUnit(session.world.clock.now() + seconds(30),
+                                       session.world.clock.now() + seconds(32));
+         },
+         stopped + succeed, "52 54 53 ", File::none},
+        {"one EOT only", unit([](auto& options) { options.repeatsEnd = false; }), stopped + succeed, "52 54 53 ",
+         File::none},
+        {"an early end", unit([](auto& options) {
+             options.sentInstead = {{1001, {0x04}}, {1002, {0x04}}};
+         }),
+         succeed, "52 54 53 ", File::partly},
+        {"a lone byte 04 within noise", unit([](auto& options) {
+             options.sentInstead = {{1001, {0x04, 'x'}}};
+         }),
+         succeed, "52 54 53 ", File::partly},
+        {"cancelled", [](ServiceSession& session) { session.cancelAt(session.world.clock.now() + seconds(60)); },
+         succeed, "52 54 53 ", File::none},
+        {"the adapter is pulled",
+         [](ServiceSession& session) {
+             session.world.port.socket(3).pulledAt = session.world.clock.now() + seconds(30);
+         },
+         lost + failed, "52 ", File::none, false},
+        {"pulled before the start",
+         [](ServiceSession& session) { session.world.port.socket(3).pulledAt = session.world.clock.now() + 1; },
+         lost + failed, "", File::none, false},
+        {"a full disk", [](ServiceSession& session) { session.world.files.setRoom(1000); },
+         error + "/firmware/saved.bin: no space left on the disk|16>1\n" + succeed, "52 54 53 ", File::partly},
+        {"a read-only file",
+         [](ServiceSession& session) {
+             session.world.files.put(saved, "old");
+             session.world.files.find(saved)->readOnly = true;
+         },
+         error + "/firmware/saved.bin: permission denied|16>1\n" + succeed, "52 54 53 ", File::partly},
+        {"over a longer file",
+         [](ServiceSession& session) { session.world.files.put(saved, std::string(imageSize + 5, 'z')); }, succeed,
+         "52 54 53 ", File::partly},
+    };
+    for (const Row& row : rows) {
+        ServiceSession session;
+        row.prepare(session);
+        session.press("cmdPresent");
+        EXPECT_EQ(session.boxes(), row.boxes) << row.what;
+        EXPECT_EQ(session.operations(), row.operations) << row.what;
+        const Bytes& held = session.world.unit.options().amplifierImage;
+        EXPECT_EQ(session.savedFile() == held, row.file == File::whole) << row.what;
+        EXPECT_EQ(session.savedFile().empty(), row.file == File::none) << row.what;
+        EXPECT_TRUE(session.atRest()) << row.what;
+        EXPECT_EQ(run.programState, 0) << row.what;
+        EXPECT_EQ(frmMain().mousePointer, MousePointer::standard) << row.what; // never an hourglass
+        if (row.again) {
+            session.world.files.remove(saved);
+            session.world.files.setRoom(std::nullopt);
+            session.world.desktop.chooseFile = [](const AskedFile&) { return saved; };
+            session.world.unit.options() = {.amplifierImage = held};
+            session.press("cmdPresent");
+            EXPECT_TRUE(session.boxes().ends_with(succeed)) << row.what;
+            EXPECT_EQ(session.savedFile(), held) << row.what;
+        }
+    }
+}
+
+TEST(Save, ShowsTheBarAndTakesTheNameAsGiven) {
+    ServiceSession session;
+    World& world = session.world;
+    world.files.put(saved, "old");
+    double highest = 0;
+    world.line.addHook([&](Passage&) {
+        if (frmWaitLoaded()) {
+            EXPECT_FALSE(frmMain().enabled);
+            EXPECT_LE(frmWait().prbComm.value, frmWait().prbComm.max);
+            highest = std::max(highest, frmWait().prbComm.value);
+        }
+    });
+    session.press("cmdPresent");
+    EXPECT_EQ(highest, imageSize);
+    const AskedFile& asked = world.desktop.askedFiles().back();
+    EXPECT_TRUE(asked.save && asked.askedToOverwrite);
+    EXPECT_EQ(asked.dialog.fileName, "");
+    EXPECT_EQ(asked.dialog.initialDirectory, "/tarnbeacon/");
+    session.press("cmdPresent");
+    EXPECT_EQ(world.desktop.askedFiles().back().dialog.fileName, saved);
+}
+
+TEST(Verification, EndsInOneOfItsWays) {
+    struct Row {
+        const char* what;
+        std::function<void(ServiceSession&)> prepare;
+        std::string boxes;
+        std::string operations;
+        int programState = 14;
+    };
+    const Row rows[] = {
+        {"equal", [](ServiceSession&) {}, succeed, "50 51 54 52 54 54 53 "},
+        {"a block differs",
+         [](ServiceSession& session) {
+             session.world.line.addHook([](Passage& passage) {
+                 if (passage.direction == Direction::fromUnit && passage.bytes.size() == 132 && passage.bytes[1] == 9) {
+                     passage.bytes[77] ^= 1;
+                 }
+             });
+         },
+         differs, "50 51 54 52 54 54 53 "},
+        {"a block too many",
+         [](ServiceSession& session) {
+             Bytes block(132, 'x');
+             block[0] = 1;
+             session.world.unit.options().sentInstead[1921] = block;
+             session.world.unit.options().sentInstead[1922] = {4};
+         },
+         differs, "50 51 54 52 54 54 53 "},
+        {"52 refused",
+         [](ServiceSession& session) {
+             session.world.unit.options().answers = {{"300552", 0, {.resultCode = "2204"}}};
+         },
+         error + "|16>1\n" + differs, "50 51 54 54 54 53 "},
+        {"cancelled", [](ServiceSession& session) { session.cancelAt(session.world.clock.now() + seconds(120)); },
+         differs, "50 51 54 52 54 54 53 "},
+        {"50 refused",
+         [](ServiceSession& session) {
+             session.world.unit.options().answers = {{"300550", 0, {.resultCode = "2204"}}};
+         },
+         failed, "54 ", 6},
+        {"the transfer breaks off",
+         [](ServiceSession& session) {
+             session.world.unit.options().packetAnswers[4] = {simulator::PacketAnswer::Fate::cancels};
+         },
+         error + "|16>1\n" + failed, "50 51 54 ", 6},
+        {"pulled while it reads back",
+         [](ServiceSession& session) {
+             session.world.port.socket(3).pulledAt = session.world.clock.now() + seconds(120);
+         },
+         lost + differs, "50 51 54 52 "},
+    };
+    for (const Row& row : rows) {
+        ServiceSession session;
+        session.press("cmdLoading");
+        session.press("chkVerify");
+        row.prepare(session);
+        session.world.desktop.boxStands = [&](const Box& box) {
+            EXPECT_TRUE(!frmMain().enabled || row.programState == 6) << row.what << box.text;
+        };
+        session.press("cmdUpgrade");
+        EXPECT_EQ(session.boxes(), row.boxes) << row.what;
+        EXPECT_EQ(session.operations(), row.operations) << row.what;
+        EXPECT_TRUE(session.atRest()) << row.what;
+        EXPECT_EQ(run.programState, row.programState) << row.what;
+        EXPECT_EQ(session.world.port.isOpen(), row.programState == 6) << row.what;
+        EXPECT_EQ(frmMain().lblVersion[0].caption, "1.022") << row.what;
+        EXPECT_EQ(session.savedFile(), Bytes()) << row.what;
+        if (row.programState == 14) { // no port: a further command ends with a usable window
+            session.press("cmdUpgrade");
+            EXPECT_TRUE(session.atRest()) << row.what;
+            session.press("cmdPresent");
+            EXPECT_TRUE(session.atRest()) << row.what;
+        }
+    }
+}
+
+TEST(Verification, SpeaksJapaneseUnderItsOwnTitle) {
+    ServiceSession session;
+    session.press("cmdLoading");
+    session.press("chkVerify");
+    session.press("optLanguage", 0);
+    std::vector<std::string> lines;
+    session.world.line.addHook([&](Passage&) {
+        if (frmWaitLoaded() && frmWait().visible && (lines.empty() || lines.back() != frmWait().lblMsg.caption)) {
+            lines.push_back(frmWait().lblMsg.caption);
+        }
+    });
+    session.press("cmdUpgrade");
+    EXPECT_EQ(lines,
+              (std::vector<std::string>{"QT-MVR のソフトウェアを ver1.046 にアップデート中です。", "ベリファイ中..."}));
+    EXPECT_EQ(session.boxes(), "ターンビーコン|正常終了|64>1\n");
+    EXPECT_EQ(session.world.unit.receivedImage(), session.world.image);
+}
+
+TEST(Verification, LetsAReadAloneStoreNothing) {
+    ServiceSession session;
+    session.press("chkVerify");
+    session.press("cmdPresent");
+    EXPECT_EQ(session.boxes(), "");
+    EXPECT_EQ(session.operations(), "52 54 ");
+    EXPECT_EQ(session.savedFile(), Bytes());
+    EXPECT_TRUE(session.atRest());
+}
+
+TEST(Cancel, SendsTenCansOnlyWhileAReadReceives) {
+    ServiceSession session;
+    World& world = session.world;
+    world.line.record().keep(100);
+    session.cancelAt(world.clock.now() + seconds(60));
+    session.press("cmdPresent");
+    const Bytes sent = world.line.record().sent(Direction::toUnit);
+    EXPECT_EQ(std::ranges::count(sent, 0x18), 10);
+    EXPECT_EQ(world.unit.journal().cancels, 1);
+
+    for (const int state : {0, 1, 5, 6, 7, 12, 13, 14}) {
+        world.line.record().clear();
+        run.programState = state;
+        frmWait().cmdCancel.click();
+        EXPECT_TRUE(world.line.record().entries().empty()) << state;
+        EXPECT_EQ(run.programState, state);
+        EXPECT_TRUE(frmWaitLoaded() && !frmWait().visible);
+    }
+}
+
+// Looks at the port behind whatever the unit has sent.
+class Poll : public testing::Test {
+  protected:
+    Poll() {
+        FirmComm::subResetReader();
+        run.signOfLifeAt = world.desktop.timeGetTime();
+    }
+    int poll(const Bytes& bytes, Micros wait = milliseconds(100)) {
+        world.clock.advanceTo(world.clock.now() + wait);
+        world.line.put(Direction::fromUnit, bytes, world.clock.now());
+        world.clock.advanceTo(world.clock.now() + milliseconds(500));
+        return FirmComm::fncReadBlock();
+    }
+    static Bytes block(std::uint8_t number, std::uint8_t fill) {
+        Bytes bytes(132, fill);
+        bytes[0] = 0x01;
+        bytes[1] = number;
+        bytes[2] = static_cast<std::uint8_t>(~number);
+        return bytes;
+    }
+    static Bytes part(const Bytes& bytes, std::ptrdiff_t from, std::ptrdiff_t to) {
+        return Bytes(bytes.begin() + from, bytes.begin() + to);
+    }
+
+    ServiceSession session;
+    World& world = session.world;
+};
+
+TEST_F(Poll, FindsWhatHasCome) {
+    EXPECT_EQ(poll({}), 0);
+    struct Row {
+        Bytes bytes;
+        int result;
+        int length; // run.blockLength behind it
+    };
+    const Row rows[] = {
+        {{0x06, 1, 2}, 2, 0},
+        {{0x15}, 3, 0},
+        {{0x04}, 4, 0},
+        {{'C'}, 5, 0},
+        {Bytes(127, 'x'), 6, 127},
+        {{}, 6, 127},
+        {Bytes(128, 'x'), 1, 128},
+        {Bytes(131, 'x'), 1, 131},
+        {Bytes(133, 'x'), 1, 133},
+        {Bytes(2000, 'x'), 1, 1025},
+        {{0x06}, 2, 1025},
+        {{'x'}, 6, 1},
+        {{}, 6, 1},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(poll(row.bytes), row.result) << row.bytes.size();
+        EXPECT_EQ(run.blockLength, row.length) << row.bytes.size();
+    }
+    EXPECT_EQ(run.blockBuffer[1], 0);
+}
+
+TEST_F(Poll, StoresOneElementMoreThanAnImageAndNoFurther) {
+    poll(block(1, 'x'));
+    for (int count = 0; count < 1922; ++count) {
+        run.blockLength = 132;
+        FirmComm::subStoreBlock();
+        if (count == 1919) {
+            EXPECT_EQ(run.readBackCount, imageSize);
+            EXPECT_EQ(run.readBackImage.back(), 0);
+        }
+    }
+    EXPECT_EQ(run.readBackCount, imageSize + 1);
+    EXPECT_EQ(run.readBackImage.back(), 'x');
+    EXPECT_EQ(frmWait().prbComm.value, imageSize);
+}
+
+// Blocks that polls catch in the middle: what is stored, and whether the image counts as whole.
+TEST_F(Poll, StoresNoPieceAtAWrongPlace) {
+    struct Step {
+        Bytes bytes;
+        int result;
+        Micros wait = 0;
+    };
+    struct Row {
+        const char* what;
+        std::vector<Step> steps; // after block 1
+        std::string stored;      // the first data byte of each block
+        bool incomplete;
+    };
+    const Bytes b2 = block(2, 'b');
+    const Bytes b3 = block(3, 'c');
+    const Bytes controls = block(2, 0x04); // the rest looks like EOT
+    Bytes crcForm = b2;
+    crcForm.push_back('q');
+    const auto joined = [](Bytes first, const Bytes& second) {
+        first.insert(first.end(), second.begin(), second.end());
+        return first;
+    };
+    const Micros later = seconds(2);
+    const Row rows[] = {
+        {"sent again", {{part(b2, 0, 50), 6}, {part(b2, 50, 132), 6}, {{}, 6}, {b2, 1}}, "ab", false},
+        {"never sent again", {{part(b2, 0, 50), 6}, {part(b2, 50, 132), 6}, {b3, 1, later}}, "ac", true},
+        {"sent again later", {{part(b2, 0, 50), 6}, {b2, 1, later}}, "ab", false},
+        {"the rest looks like EOT",
+         {{part(controls, 0, 50), 6}, {part(controls, 50, 132), 6}, {controls, 1}},
+         "a\x04",
+         false},
+        {"the rest alone is as long as a block", {{part(b2, 0, 3), 6}, {part(b2, 3, 132), 6}, {b2, 1}}, "ab", false},
+        {"in three pieces", {{part(b2, 0, 1), 6}, {part(b2, 1, 70), 6}, {part(b2, 70, 132), 6}, {b2, 1}}, "ab", false},
+        {"a piece, noise much later, no block", {{part(b2, 0, 50), 6}, {{'n'}, 6, later}, {{0x06}, 2}}, "a", true},
+        {"a piece, then EOT much later", {{part(b2, 0, 50), 6}, {{0x04}, 4, later}}, "a", true},
+        {"cut at 128, the rest ahead of the next block",
+         {{part(b2, 0, 128), 1}, {joined(part(b2, 128, 132), b3), 1}},
+         "abc",
+         true},
+        {"cut at 128, the rest lost, the next one late", {{part(b2, 0, 128), 1}, {b3, 1, later}}, "abc", true},
+        {"only the checksum late", {{part(b2, 0, 131), 1}, {joined(part(b2, 131, 132), b3), 1}}, "abc", false},
+        {"only the checksum late, alone", {{part(b2, 0, 131), 1}, {part(b2, 131, 132), 6}, {b3, 1}}, "abc", false},
+        {"only the checksum lost, then EOT", {{part(b2, 0, 131), 1}, {{0x04}, 4}}, "ab", false},
+        {"two check bytes, both late",
+         {{part(crcForm, 0, 131), 1}, {joined(part(crcForm, 131, 133), b3), 1}},
+         "abc",
+         false},
+        {"the next block in pieces after the rest",
+         {{part(b2, 0, 131), 1}, {joined({'b'}, part(b3, 0, 2)), 6}, {part(b3, 2, 132), 6}, {b3, 1, later}},
+         "abc",
+         false},
+    };
+    for (const Row& row : rows) {
+        FirmComm::subResetReader();
+        EXPECT_EQ(poll(block(1, 'a'), seconds(2)), 1);
+        FirmComm::subStoreBlock();
+        for (const Step& step : row.steps) {
+            const int result = poll(step.bytes, step.wait);
+            EXPECT_EQ(result, step.result) << row.what;
+            if (result == 1) {
+                FirmComm::subStoreBlock();
+            }
+        }
+        std::string stored;
+        for (std::int32_t offset = 0; offset < run.readBackCount; offset += blockSize) {
+            stored += static_cast<char>(run.readBackImage[static_cast<std::size_t>(offset)]);
+        }
+        EXPECT_EQ(stored, row.stored) << row.what;
+        EXPECT_EQ(FirmComm::imageIncomplete(), row.incomplete) << row.what;
+    }
+}
+
+TEST_F(Poll, TellsSilenceFromAProgramHeldUp) {
+    EXPECT_EQ(poll({}, milliseconds(2400)), 0); // with the 500 ms that a poll here lasts
+    EXPECT_EQ(poll(block(1, 'a'), seconds(60)), 1);
+    EXPECT_EQ(poll({}, milliseconds(2400)), 6);
+    EXPECT_EQ(poll({}, milliseconds(0)), 12);
+    EXPECT_EQ(session.boxes(), stopped);
+}
+
+TEST(Save, TakesBlocksThatComeAtAnyMoment) {
+    struct Row {
+        Micros delay;
+        simulator::Pieces pieces;
+        bool whole;
+    };
+    const Row rows[] = {
+        {milliseconds(65), {}, true},        {milliseconds(80), {}, true},
+        {milliseconds(98), {}, true},        {milliseconds(190), {}, true},
+        {0, {60, milliseconds(15)}, true},   {milliseconds(60), {60, milliseconds(15)}, true},
+        {0, {40, milliseconds(130)}, false}, {0, {129, milliseconds(130)}, false},
+        {0, {3, milliseconds(130)}, false},  {0, {1, milliseconds(1100)}, false},
+    };
+    for (const Row& row : rows) {
+        ServiceSession session;
+        session.world.unit.options().sendDelay = row.delay;
+        session.world.unit.options().sendPieces = row.pieces;
+        session.press("cmdPresent");
+        const bool whole = session.savedFile() == session.world.unit.options().amplifierImage;
+        EXPECT_EQ(whole, row.whole) << row.delay << ' ' << row.pieces.size;
+        EXPECT_TRUE(whole || session.savedFile().empty());
+        EXPECT_EQ(session.boxes() == succeed, whole) << session.boxes();
+        EXPECT_TRUE(session.atRest());
+    }
+}
+
+} // namespace

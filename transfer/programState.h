@@ -1,0 +1,33 @@
+// Values of run.programState, the one variable that the transfer procedures step on, and the mark of a running step.
+#pragma once
+
+#include "common/variables.h"
+
+#include <cstdint>
+
+namespace FirmComm {
+
+// 3 and 8 to 11 are not used.
+namespace state {
+constexpr std::int32_t idle = 0; // at program start, and after a read
+constexpr std::int32_t readStart = 1;
+constexpr std::int32_t readBlocks = 2;
+constexpr std::int32_t readEnd = 4; // first EOT answered, waiting for the second
+constexpr std::int32_t readClosing = 5;
+constexpr std::int32_t idleAfterWrite = 6; // after a write without verification, or one that failed
+constexpr std::int32_t writeTransfer = 7;  // start and the whole XMODEM transfer
+constexpr std::int32_t writeClosing = 12;
+constexpr std::int32_t verificationDue = 13;
+constexpr std::int32_t verified = 14; // the port is closed
+} // namespace state
+
+// A step function is running, for as long as this lives: ticks do nothing.
+class StepMark {
+  public:
+    StepMark() { run.stepBusy = true; }
+    StepMark(const StepMark&) = delete;
+    StepMark& operator=(const StepMark&) = delete;
+    ~StepMark() { run.stepBusy = false; }
+};
+
+} // namespace FirmComm

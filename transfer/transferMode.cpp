@@ -1,0 +1,122 @@
+#include "transfer/transferMode.h"
+
+#include "common/variables.h"
+#include "link/commPort.h"
+#include "link/resultCodes.h"
+#include "link/unitCommands.h"
+#include "platform/desktop.h"
+#include "transfer/blockReader.h"
+#include "transfer/rawByte.h"
+#include "transfer/xModem.h"
+#include "ui/language.h"
+#include "ui/messages.h"
+
+using platform::desktop;
+
+namespace FirmComm {
+
+namespace {
+
+constexpr int tickInterval = 100; // milliseconds
+constexpr std::int16_t lastTry = 3;
+
+std::string operate(const std::string& operation) {
+    return Common::fncOperation(operation, run.targetUnit);
+}
+
+// Sends an operation up to three times, until it succeeds, and gives up at once when the port is gone. run.commRetry
+// tells the tries that follow the first: 2 and 3; after three failures it stands at 4.
+std::string operateUpToThreeTimes(const std::string& operation) {
+    std::string code = operate(operation);
+    if (succeeded(code)) {
+        return code;
+    }
+    for (run.commRetry = 2; run.commRetry <= lastTry && CommonComm::linkAlive(); ++run.commRetry) {
+        code = operate(operation);
+        if (succeeded(code)) {
+            break;
+        }
+    }
+    return code;
+}
+
+void showProgress() {
+    FrmWait& form = frmWait();
+    form.prbComm.value = 0;
+    form.prbComm.max = imageSize;
+    form.prbComm.min = 0;
+    desktop().show(form);
+}
+
+std::string startTransfer(const std::string& operation) {
+    CommonComm::serialPort().clearReceived();
+    CommonComm::serialPort().clearUnsent();
+    subResetReader();
+    if (operation == "51") {
+        const std::string prepared = operateUpToThreeTimes("50");
+        if (!succeeded(prepared)) {
+            return prepared;
+        }
+        run.commRetry = 0;
+    }
+    const std::string code = operateUpToThreeTimes(operation);
+    if (!succeeded(code)) {
+        subReportError();
+        return {};
+    }
+    if (operation == "52") {
+        subSendRaw(xModem::nak);
+    }
+    showProgress();
+    setCommTimer(true);
+    return code;
+}
+
+} // namespace
+
+std::string fncStartTransfer(const std::string& operation) {
+    try {
+        return startTransfer(operation);
+    } catch (const std::exception&) {
+        subReportError();
+        return {};
+    }
+}
+
+void subEndTransfer() {
+    const bool verify = verificationSelected();
+    if (!verify) {
+        setCommTimer(false);
+    }
+    closeTransferMode("54");
+    desktop().doEvents();
+    if (!verify) {
+        closeTransferMode("53");
+        desktop().doEvents();
+    }
+    unloadFrmWait();
+    frmMain().enabled = !run.verifying;
+}
+
+void closeTransferMode(const std::string& operation) {
+    if (CommonComm::linkAlive()) { // else the operator has been told already
+        operate(operation);
+    }
+}
+
+void setCommTimer(bool enabled) {
+    frmMain().CommTimer.setEnabled(enabled);
+    frmMain().CommTimer.setInterval(enabled ? tickInterval : 0);
+}
+
+bool verificationSelected() {
+    return frmMain().chkVerify.value == 1;
+}
+
+void showReadNotice(const char* japanese, const char* english, int style) {
+    const bool inJapanese = japaneseSelected();
+    desktop().msgBox(inJapanese ? japanese : english, style,
+                     inJapanese ? messageText::japaneseTitle : messageText::title);
+}
+
+} // namespace FirmComm

@@ -1,0 +1,62 @@
+#include "transfer/verification.h"
+
+#include "link/commPort.h"
+#include "platform/desktop.h"
+#include "transfer/programState.h"
+#include "transfer/readProcedure.h"
+#include "transfer/transferMode.h"
+#include "ui/language.h"
+#include "ui/messages.h"
+
+using platform::desktop;
+
+namespace FirmComm {
+
+namespace {
+
+constexpr int stepInterval = 100; // milliseconds
+constexpr int comparisonPause = 2000;
+
+void readBack() {
+    frmWait().lblMsg.caption = japaneseSelected() ? "ベリファイ中..." : "Verification...";
+    run.programState = state::readStart;
+    while (run.programState != state::idle) {
+        desktop().sleep(stepInterval);
+        desktop().doEvents();
+        stepRead();
+    }
+    setCommTimer(false);
+    closeTransferMode("54");
+    closeTransferMode("53");
+}
+
+void tellComparison() {
+    if (fncCompareImage() == 0) {
+        showReadNotice(messageText::succeedJapanese, messageText::succeed, platform::boxStyle::information);
+    } else {
+        showReadNotice(messageText::verifyFailedJapanese, messageText::failed, platform::boxStyle::critical);
+    }
+}
+
+} // namespace
+
+std::int32_t fncCompareImage() {
+    return run.readBackImage == run.firmwareImage ? 0 : 1;
+}
+
+void runVerification() {
+    readBack();
+    CommonComm::subClosePort();
+    desktop().sleep(comparisonPause);
+    tellComparison();
+    unloadFrmWait();
+    setCommTimer(false);
+    run.programState = state::verified;
+    run.verifying = false;
+    FrmMain& form = frmMain();
+    desktop().show(form);
+    form.enabled = true;
+    form.mousePointer = platform::MousePointer::standard;
+}
+
+} // namespace FirmComm

@@ -1,0 +1,78 @@
+#include "transfer/writeProcedure.h"
+
+#include "link/resultCodes.h"
+#include "platform/desktop.h"
+#include "transfer/programState.h"
+#include "transfer/transferMode.h"
+#include "transfer/xModem.h"
+#include "ui/language.h"
+#include "ui/messages.h"
+
+using platform::desktop;
+namespace boxStyle = platform::boxStyle;
+
+namespace FirmComm {
+
+namespace {
+
+std::int32_t transferImage() {
+    if (!succeeded(fncStartTransfer("51"))) {
+        return endFailedWrite();
+    }
+    if (xModem::xModemS() != 0) {
+        subReportError();
+        return endFailedWrite();
+    }
+    return state::writeClosing;
+}
+
+// The English box has a Cancel button; its answer changes nothing.
+void showSuccess() {
+    const bool inJapanese = japaneseSelected();
+    desktop().msgBox(inJapanese ? messageText::succeedJapanese : messageText::succeed,
+                     boxStyle::information + (inJapanese ? boxStyle::ok : boxStyle::okCancel), messageText::title);
+}
+
+std::int32_t closeWrite() {
+    run.verifying = verificationSelected();
+    subEndTransfer();
+    if (run.verifying) {
+        return state::verificationDue;
+    }
+    showSuccess();
+    FrmMain& form = frmMain();
+    form.mousePointer = platform::MousePointer::standard;
+    form.lblVersion[form.optPresent[0].value == 1 ? 0 : 1].caption = form.lblVersion[2].caption;
+    return state::idleAfterWrite;
+}
+
+} // namespace
+
+std::int32_t fncWriteStep(std::int32_t state) {
+    if (run.stepBusy) {
+        return state::idle;
+    }
+    const StepMark mark;
+    try {
+        switch (state) {
+        case state::writeTransfer: return transferImage();
+        case state::writeClosing: return closeWrite();
+        default: return state;
+        }
+    } catch (const std::exception&) {
+        subReportError();
+        return endFailedWrite();
+    }
+}
+
+std::int32_t endFailedWrite() {
+    run.verifying = false;
+    subEndTransfer();
+    setCommTimer(false);
+    desktop().msgBox(japaneseSelected() ? messageText::failedJapanese : messageText::failed, boxStyle::information,
+                     messageText::title);
+    frmMain().mousePointer = platform::MousePointer::standard;
+    return state::idleAfterWrite;
+}
+
+} // namespace FirmComm
