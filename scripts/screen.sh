@@ -84,21 +84,19 @@ enterText() { # window, text
     xdotool type --delay 20 -- "$2"
 }
 
-# Saves what the screen shows to screenshots/<name>.png.
+screenshotCount=0
+
+# Saves what the screen shows, once it has been painted, under the next number and a name.
 screenshot() { # name
-    import -window root "$screenshots/$1.png"
-    say "  $1"
+    sleep 0.3
+    import -window root "$screenshots/$((++screenshotCount))-$1.png"
+    say "  $screenshotCount-$1"
 }
 
-# True when two places of a window, in twips, show the same. Their frames are left out.
-looksEqual() { # window, left, top, left, top, width, height
-    local picture="$demo/compared.png" size
-    size="$(($6 / twipsPerPixel - 4))x$(($7 / twipsPerPixel - 4))"
-    import -window "$1" "$picture"
-    [[ $(contentOf "$picture" "$size" "$2" "$3") == "$(contentOf "$picture" "$size" "$4" "$5")" ]]
-}
-
-# A number that stands for the pixels of a place.
-contentOf() { # picture, size, left, top
-    convert "$1" -crop "$2+$(($3 / twipsPerPixel + 2))+$(($4 / twipsPerPixel + 2))" +repage -format '%#' info:
+# Puts a number that stands for the pixels of a place of a window, without its frame, into the variable `content`.
+lookAt() { # window, left, top, width, height in twips
+    local frame=2 area
+    area="$(($4 / twipsPerPixel - 2 * frame))x$(($5 / twipsPerPixel - 2 * frame))"
+    area+="+$(($2 / twipsPerPixel + frame))+$(($3 / twipsPerPixel + frame))"
+    content="$(import -window "$1" png:- | convert - -crop "$area" +repage -format '%#' info:)"
 }

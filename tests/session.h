@@ -20,9 +20,7 @@ class Session {
     explicit Session(WorldOptions options = {}) : world(std::move(options)) { world.line.record().keep(0); }
 
     // The start, up to the moment at which the program waits for its operator.
-    RunEnd start() {
-        return world.desktop.run(program::start);
-    }
+    RunEnd start() { return world.desktop.run(program::start); }
 
     // Presses a button of the main window and runs what follows to its end.
     RunEnd press(const char* control, int index = -1) {

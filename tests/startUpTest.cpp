@@ -3,8 +3,6 @@
 
 namespace {
 
-using simulator::AnswerRule;
-
 const std::string timeout = "Tarn Beacon|It is a receiving timeout error.|16>1\n";
 const std::string portSetup = "Tarn Beacon|An error is in a setup of a COM port.Please check.|48>1\n";
 const std::string missing3 = "Tarn Beacon|現在の通信ポート(COM3)は有効ではありません|16>1\n";

@@ -25,7 +25,7 @@ void OperationGate::pass(Operation operation) {
     }
 }
 
-OperationHook failNth(Operation operation, std::int64_t n, Lasting lasting, Failure failure) {
+OperationHook failNth(Operation operation, std::int64_t n, Lasting lasting, const Failure& failure) {
     return [=](const OperationCall& call) {
         if (call.operation == operation && hit(call.occurrence, n, lasting)) {
             throw failure;
@@ -33,7 +33,7 @@ OperationHook failNth(Operation operation, std::int64_t n, Lasting lasting, Fail
     };
 }
 
-OperationHook failNthOfAll(std::int64_t n, Lasting lasting, Failure failure) {
+OperationHook failNthOfAll(std::int64_t n, Lasting lasting, const Failure& failure) {
     return [=](const OperationCall& call) {
         if (hit(call.number, n, lasting)) {
             throw failure;

@@ -1,0 +1,66 @@
+# Sourced by run: what the scripted operator does in every job. Places are those of the forms, in twips.
+# shellcheck shell=bash
+
+readonly lblVersion0=(2040 480 1455 255)
+readonly lblVersion2=(2040 1560 1455 255)
+readonly cmdLoading=(2400 1920 1095 315)
+readonly cmdUpgrade=(600 2640 1335 315)
+readonly cmdEnd=(2160 2640 1335 315)
+readonly progressArea=(5220 1755)
+
+# Starts the program and waits for its main window, which is `main` from here on.
+comeUp() {
+    startProgram
+    waitFor 20 "the start-up picture" findOther
+    screenshot start-up
+    waitForWindow 20 "TarnBeacon ver1.003"
+    main="$window"
+    screenshot main-window
+}
+
+# Types a path into the dialog that has come up.
+enterPath() { # path, name of the screenshot
+    waitFor 10 "the file dialog" findOther "$main"
+    enterText "$window" "$1"
+    screenshot "$2"
+    press "$window" Return
+    waitForEndOf 10 "the file dialog" "$window"
+}
+
+loadFile() {
+    click "$main" "${cmdLoading[@]}"
+    enterPath "$demo/sample.bin" load-dialog
+    screenshot file-loaded
+}
+
+# Waits for the progress window, which is `progress` from here on.
+seeProgress() { # title
+    waitForWindow 20 "$1" "$main"
+    progress="$window"
+    hasClientArea "$progress" "${progressArea[@]}" || fail "A message came up in place of the progress window."
+}
+
+# Waits for the box at the end of a transfer, which is then `window`; a box in its midst will not do.
+seeEndBox() { # seconds, title, name of the screenshot
+    waitFor "$1" "the end of the transfer" findWindow "$2" "$main" "$progress"
+    isGone "$progress" || fail "A message came up during the transfer."
+    screenshot "$3"
+}
+
+answerBox() {
+    press "$window" Return
+    waitForEndOf 10 "the box" "$window"
+}
+
+showsFileVersion() { # in the amplifier's row
+    local version
+    lookAt "$main" "${lblVersion0[@]}"
+    version="$content"
+    lookAt "$main" "${lblVersion2[@]}"
+    [[ $content == "$version" ]]
+}
+
+pressEnd() {
+    click "$main" "${cmdEnd[@]}"
+    waitForProgram 10
+}

@@ -1,0 +1,79 @@
+# Sourced by run: what the service screen adds. The unit's firmware is saved, a save is cancelled, and a file is written
+# with verification, in Japanese. A read takes one block for each 100 ms, so that this takes some six minutes.
+# shellcheck shell=bash
+
+readonly cmdPresent=(600 2985 2895 300)
+readonly chkVerify=(360 2160 1935 255)
+readonly optJapanese=(3960 375 1215 255)
+readonly optEnglish=(3960 675 1215 255)
+readonly cmdCancel=(3720 1320 1095 315)
+readonly boxIcon=(0 0 750 750)
+
+attend() {
+    say "Save the present firmware, cancel a save, or tick \"Verification\", load $demo/sample.bin and press"
+    say "\"Start upgrade\". Press \"End\" when you are done; at the end the unit should hold that file."
+}
+
+operate() {
+    "$unitProgram" --make-sample "$demo/present.bin" --version 11022 --seed 2
+    startUnit --image "$demo/present.bin"
+    comeUp
+    save
+    cancelSave
+    writeWithVerification
+    pressEnd
+}
+
+save() {
+    local saved="$demo/saved.bin"
+    click "$main" "${cmdPresent[@]}"
+    enterPath "$saved" save-dialog
+    seeProgress "Tarn Beacon"
+    sleep 20
+    screenshot saving
+    seeEndBox 400 "Tarn Beacon" saved
+    lookAt "$window" "${boxIcon[@]}"
+    successIcon="$content"
+    answerBox
+    cmp "$demo/present.bin" "$saved" || fail "The saved file is not the unit's firmware."
+    say "The saved file holds exactly the unit's firmware."
+}
+
+cancelSave() {
+    local cancelled="$demo/cancelled.bin"
+    click "$main" "${cmdPresent[@]}"
+    enterPath "$cancelled" second-save-dialog
+    seeProgress "Tarn Beacon"
+    sleep 5
+    screenshot before-cancel
+    click "$progress" "${cmdCancel[@]}"
+    seeEndBox 30 "Tarn Beacon" cancelled
+    answerBox
+    [[ ! -e $cancelled ]] || fail "A cancelled save left a file."
+}
+
+writeWithVerification() {
+    click "$main" "${optJapanese[@]}"
+    screenshot japanese
+    loadFile
+    click "$main" "${chkVerify[@]}"
+    screenshot verification-chosen
+
+    click "$main" "${cmdUpgrade[@]}"
+    seeProgress "ターンビーコン"
+    sleep 6
+    screenshot writing
+    waitForEndOf 120 "the progress window of the write" "$progress"
+    seeProgress "ターンビーコン"
+    sleep 20
+    screenshot verifying
+    # The progress window may stand behind this box.
+    waitFor 400 "the end of the verification" findWindow "ターンビーコン" "$main" "$progress"
+    screenshot verified
+    lookAt "$window" "${boxIcon[@]}"
+    [[ $content == "$successIcon" ]] || fail "The box at the end of the verification does not look like success."
+    answerBox
+
+    click "$main" "${optEnglish[@]}"
+    screenshot english-again
+}
