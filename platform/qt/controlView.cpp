@@ -21,12 +21,13 @@ namespace {
 
 constexpr int barSteps = 10000; // of a progress bar, whose value is no whole number
 
-// All that a widget shows of its control.
+// What a widget shows of its control, in two parts: what hardly ever changes, and what does.
+auto looks(const Control& control) {
+    return std::tie(control.place, control.caption, control.accessibleName, control.font, control.textColour,
+                    control.backColour, control.alignment, control.border, control.enabled, control.picture);
+}
 auto state(const Control& control) {
-    return std::tie(control.place, control.tabIndex, control.caption, control.accessibleName, control.font,
-                    control.textColour, control.backColour, control.alignment, control.border, control.enabled,
-                    control.visible, control.value, control.min, control.max, control.items, control.listIndex,
-                    control.picture);
+    return std::tie(control.visible, control.value, control.min, control.max, control.items, control.listIndex);
 }
 
 QWidget* makeWidget(const Control& control, QWidget* parent) {
@@ -97,28 +98,31 @@ void ControlView::takeInput() {
 }
 
 bool ControlView::sync() {
-    if (widget_ == nullptr || (shown_ && state(*shown_) == state(*control_))) {
+    const bool newLooks = !shown_ || looks(*shown_) != looks(*control_);
+    if (widget_ == nullptr || (!newLooks && state(*shown_) == state(*control_))) {
         return false;
     }
-    show();
+    if (newLooks) { // many calls, and the toolkit paints the widget anew
+        showLooks();
+    }
+    showItems();
+    showValue();
+    widget_->setVisible(control_->visible);
     shown_ = *control_;
-    return true;
+    return newLooks || control_->kind != ControlKind::progressBar; // a bar paints itself when it grows by a pixel
 }
 
-void ControlView::show() {
+void ControlView::showLooks() {
     widget_->setEnabled(control_->enabled);
     if (auto* drawing = dynamic_cast<Drawing*>(widget_)) {
         drawing->show(*control_);
-    } else {
-        widget_->setGeometry(pixels(control_->place));
-        widget_->setFont(fittedFont(*control_));
-        widget_->setAccessibleName(fromUtf8(control_->accessibleName));
-        showColours();
-        showCaption();
-        showItems();
-        showValue();
+        return;
     }
-    widget_->setVisible(control_->visible);
+    widget_->setGeometry(pixels(control_->place));
+    widget_->setFont(fittedFont(*control_));
+    widget_->setAccessibleName(fromUtf8(control_->accessibleName));
+    showColours();
+    showCaption();
 }
 
 void ControlView::showColours() {

@@ -19,14 +19,14 @@ class ControlView {
     Control& control() const { return *control_; }
     QWidget* widget() const { return widget_; }
 
-    // Shows the control's state; false when it is shown already.
+    // Brings the widget to the control's state; true when the widget has yet to be painted for it.
     bool sync();
 
     // Takes the operator's input over into the control's state, but for the other options of a group.
     void takeInput();
 
   private:
-    void show();
+    void showLooks();
     void showCaption();
     void showColours();
     void showValue();
