@@ -50,6 +50,10 @@ std::string profileValue(std::string_view text, std::string_view section, std::s
     return {};
 }
 
+std::string cleanedValue(std::string_view value) {
+    return trim(replaceAll(value.substr(0, value.find('\'')), '\t', ' '));
+}
+
 std::string getPrivateProfileString(platform::Files& files, std::string_view section, std::string_view key,
                                     const std::string& path) {
     try {

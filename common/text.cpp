@@ -3,6 +3,7 @@
 #include "platform/failure.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <charconv>
 #include <cmath>
@@ -56,7 +57,8 @@ double parse(std::string_view number) {
     }
     double value = 0;
     const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (result.ec == std::errc::result_out_of_range) {
+    const bool tooSmall = number.find("e-") != number.npos || number.find("E-") != number.npos;
+    if (result.ec == std::errc::result_out_of_range && !tooSmall) {
         throw platform::Failure(platform::failureNumber::overflow, "Overflow");
     }
     return value;
@@ -130,11 +132,9 @@ std::int32_t roundToWhole(double number) {
 }
 
 std::string thousandthsText(std::int32_t thousandths) {
-    char text[16];
-    const std::int64_t magnitude = std::abs(std::int64_t{thousandths});
-    std::snprintf(text, sizeof text, "%s%d.%03d", thousandths < 0 ? "-" : "", static_cast<int>(magnitude / 1000),
-                  static_cast<int>(magnitude % 1000));
-    return text;
+    std::array<char, 16> text{};
+    std::snprintf(text.data(), text.size(), "%d.%03d", thousandths / 1000, thousandths % 1000);
+    return text.data();
 }
 
 std::string textOfBytes(std::string_view bytes) {

@@ -15,13 +15,14 @@ bool equalIgnoringCase(std::string_view a, std::string_view b); // ASCII letters
 
 std::string replaceAll(std::string_view text, char from, char to);
 
-// At least `digits` upper-case hexadecimal digits, padded with "0"; of more than that, the last `digits`.
+// The last `digits` upper-case hexadecimal digits of a number, padded with "0".
 std::string hexText(std::uint32_t value, std::size_t digits);
 
 // Value of one hexadecimal digit of either case; nothing for any other character.
 std::optional<std::uint8_t> hexDigit(char character);
 
-// The number that the whole text reads as, blanks at both ends allowed: sign, digits, decimal point, exponent.
+// The number that the whole text reads as, blanks at both ends allowed: sign, digits, decimal point, exponent. Fails with
+// failureNumber::overflow for a number too large for a double, as the next routine does.
 std::optional<double> readsAsNumber(std::string_view text);
 
 // The number that the longest numeric beginning of the text reads as, 0 when there is none.
@@ -30,7 +31,7 @@ double numericBeginning(std::string_view text);
 // The nearest whole number, ties to even. Fails with failureNumber::overflow outside 32 bits.
 std::int32_t roundToWhole(double number);
 
-// A number of thousandths divided by 1000 in the format "0.000".
+// A number of thousandths, not negative, divided by 1000 in the format "0.000".
 std::string thousandthsText(std::int32_t thousandths);
 
 // Text of raw bytes, one character for each byte, as UTF-8.

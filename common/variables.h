@@ -20,9 +20,8 @@ struct Variables {
     platform::SerialPort* serialPort = nullptr; // the one serial port, from fncOpenPort to subClosePort
     Bytes replyBytes;                           // the stored bytes of the last reply
     bool commBusy = false;                      // an exchange is running, or one that failed left this standing
-    std::int16_t commRetry = 0;   // number of the try of an operation, 1234 is reported from 3 on; transfer/
-    std::string unitStateText;    // the unit's state, two characters
-    std::int32_t sensorCount = 0; // sensors connected to the unit
+    std::string unitStateText;                  // the unit's state, two characters
+    std::int32_t sensorCount = 0;               // sensors connected to the unit
 
     // Configuration, written by startup/.
     std::string bpsText;              // bit/s, always 38400
@@ -45,6 +44,7 @@ struct Variables {
     std::int32_t readBackCount = 0;             // how many; transfer/
 
     // The transfer procedures, written by transfer/.
+    std::int16_t commRetry = 0;    // try of an operation under way; from the third on, the link reports a "1234"
     std::int32_t programState = 0; // state of the procedures, see transfer/procedures.h
     bool stepBusy = false;         // a step function is running
     bool waitTimedOut = false;     // the limit of the present byte wait has passed

@@ -3,9 +3,9 @@
 #include "common/text.h"
 #include "common/variables.h"
 #include "firmware/binaryFile.h"
+#include "firmware/fileDialog.h"
 #include "firmware/identificationBlock.h"
 #include "platform/desktop.h"
-#include "platform/failure.h"
 #include "startup/configuration.h"
 #include "ui/forms.h"
 #include "ui/mainWindow.h"
@@ -18,16 +18,6 @@ using platform::desktop;
 namespace MainWindow {
 
 namespace {
-
-void askForFile(platform::FileDialog& dialog) {
-    dialog.flags = platform::FileDialog::overwritePrompt;
-    dialog.initialDirectory = desktop().programDirectory();
-    dialog.fileName = run.loadFilePath;
-    dialog.filter = run.binFileFilter;
-    dialog.cancelError = true;
-    desktop().showOpen(dialog);
-    run.loadFilePath = dialog.fileName;
-}
 
 void blankFileRow(FrmMain& form) {
     run.fileVersionText.clear();
@@ -76,18 +66,12 @@ void loadImage() {
     }
 }
 
-void reportUnlessCancelled() {
-    if (failureInFlight().number != platform::failureNumber::dialogCancelled) {
-        subReportError();
-    }
-}
-
 } // namespace
 
 void cmdLoading_Click() {
     FrmMain& form = frmMain();
     try {
-        askForFile(form.cmdSoft);
+        askForPath(DialogKind::open, run.loadFilePath);
         if (desktop().files().length(run.loadFilePath) != imageSize) {
             return;
         }
@@ -96,6 +80,7 @@ void cmdLoading_Click() {
         blankFileRow(form);
         loadImage();
         subSetAllVersion();
+        desktop().doEvents(); // presses on the disabled window go before it is enabled
     } catch (const std::exception&) {
         reportUnlessCancelled();
     }

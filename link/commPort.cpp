@@ -93,7 +93,8 @@ void subClearInput() {
 
 bool linkAlive() {
     try {
-        return serialPort().isOpen() && serialPort().countReceived() >= 0;
+        serialPort().countReceived(); // fails when the device has gone away
+        return serialPort().isOpen();
     } catch (const Failure&) {
         return false;
     }

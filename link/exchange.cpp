@@ -21,16 +21,15 @@ constexpr std::int32_t linkFreeLimit = 5000;
 constexpr int passesBehindBadFrame = 3;
 constexpr std::int16_t reportedTry = 3;
 
-// Polls the port until the reply is finished or the clock has passed the deadline.
+// Polls the port until the reply is finished or the clock has passed the deadline, that is, stands a millisecond later.
 void receiveReply(ReplyReceiver& receiver, std::int64_t deadline) {
     int passes = 0; // polls since a frame finished without being good
     do {
         if (serialPort().countReceived() > 0) {
-            receiver.take(serialPort().read());
-            if (receiver.takeCheckedGood()) {
+            if (receiver.take(serialPort().read())) {
                 subClearInput();
             }
-        } else if (!receiver.frameDone()) {
+        } else if (!receiver.frameDone()) { // after a bad frame the polls follow without delay
             desktop().waitForBytes(deadline + 1);
         }
         if (receiver.frameGood() || (receiver.frameDone() && ++passes == passesBehindBadFrame)) {
@@ -86,7 +85,7 @@ std::string fncExchange(const std::string& command, bool rawData, std::int32_t t
 void subWaitLinkFree(std::int32_t timeoutMs) {
     const std::int64_t deadline = desktop().timeGetTime() + timeoutMs;
     while (run.commBusy && desktop().timeGetTime() <= deadline) {
-        desktop().waitForEvents(deadline + 1);
+        desktop().waitForEvents(deadline + 1); // the clock has to pass it
     }
     run.commBusy = false;
 }

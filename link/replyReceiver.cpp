@@ -4,8 +4,6 @@
 #include "common/text.h"
 #include "platform/failure.h"
 
-#include <utility>
-
 namespace CommonComm {
 
 namespace {
@@ -33,11 +31,10 @@ ReplyReceiver::ReplyReceiver(platform::Bytes& replyBytes, bool rawData) : replyB
     replyBytes_.assign(replyCapacity, 0);
 }
 
-void ReplyReceiver::take(std::span<const std::uint8_t> bytes) {
+bool ReplyReceiver::take(std::span<const std::uint8_t> bytes) {
     for (const std::uint8_t byte : bytes) {
         if (stxSeen_ && etxSeen_) {
-            takeBlockCheck(byte);
-            return;
+            return takeBlockCheck(byte);
         }
         if (byte == stx) {
             stxSeen_ = true;
@@ -48,6 +45,7 @@ void ReplyReceiver::take(std::span<const std::uint8_t> bytes) {
             takeText(byte);
         }
     }
+    return false;
 }
 
 void ReplyReceiver::takeText(std::uint8_t byte) {
@@ -72,10 +70,10 @@ void ReplyReceiver::store(std::uint8_t byte) {
     ++lastIndex_;
 }
 
-void ReplyReceiver::takeBlockCheck(std::uint8_t byte) {
+bool ReplyReceiver::takeBlockCheck(std::uint8_t byte) {
     if (endCode_ == "11") {
         frameDone_ = true;
-        return;
+        return false;
     }
     bodyEnded_ = true;
     if (lastIndex_ < 0) {
@@ -85,17 +83,13 @@ void ReplyReceiver::takeBlockCheck(std::uint8_t byte) {
     frameDone_ = true;
     if (byte != bcc_) {
         bccBad_ = true;
-        return;
+        return false;
     }
     // A later byte may match where the first one did not; the frame stays bad.
     if (answered() && !bccBad_) {
         responseCode_ = hexText(at(replyBytes_, replyResponse), 2) + hexText(at(replyBytes_, replyResponse + 1), 2);
     }
-    checkedGood_ = true;
-}
-
-bool ReplyReceiver::takeCheckedGood() {
-    return std::exchange(checkedGood_, false);
+    return true;
 }
 
 std::string ReplyReceiver::result() const {

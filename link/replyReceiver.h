@@ -32,19 +32,17 @@ class ReplyReceiver {
     // Stores into `replyBytes`, which it re-creates with replyCapacity bytes of 0.
     ReplyReceiver(platform::Bytes& replyBytes, bool rawData);
 
-    // Takes the bytes of one read up to a block check byte; what stands behind that one is not looked at. Fails when
-    // there is no room left to store, at a pair that is not hexadecimal, and at the block check of a frame that
-    // stored too little to be cut or to hold a response code.
-    void take(std::span<const std::uint8_t> bytes);
+    // Takes the bytes of one read up to a block check byte; what stands after that one is not looked at. True when the
+    // block check was right, so that all else that has come is to be thrown away. Fails when there is no room left to
+    // store, at a pair that is not hexadecimal, and at the block check of a frame that stored too little to be cut or to
+    // hold a response code.
+    bool take(std::span<const std::uint8_t> bytes);
 
     // A block check byte has ended the frame, good or bad.
     bool frameDone() const { return frameDone_; }
 
     // The frame is done, its block check right, its end code 00 or 0F.
     bool frameGood() const { return frameDone_ && !bccBad_ && answered(); }
-
-    // A block check byte has proved right since the last call: what else has come is to be thrown away.
-    bool takeCheckedGood();
 
     // Result of the exchange as things stand: the response code of an answer, empty as long as no good frame stands;
     // 9999 without an end code; else 90 and the end code.
@@ -59,7 +57,7 @@ class ReplyReceiver {
   private:
     bool answered() const { return endCode_ == "00" || endCode_ == "0F"; }
     void takeText(std::uint8_t byte);
-    void takeBlockCheck(std::uint8_t byte);
+    bool takeBlockCheck(std::uint8_t byte);
     void store(std::uint8_t byte);
 
     platform::Bytes& replyBytes_;
@@ -73,7 +71,6 @@ class ReplyReceiver {
     bool bodyEnded_ = false; // a block check byte was taken, in a frame with another end code than 11
     bool bccBad_ = false;
     bool frameDone_ = false;
-    bool checkedGood_ = false;
     std::string endCode_;
     std::string responseCode_;
 };

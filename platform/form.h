@@ -131,11 +131,10 @@ struct Form {
     bool centred = true; // centred on the screen at each show; else at left, top
     int left = 0;
     int top = 0;
-    bool titleBar = true;
     bool onTaskBar = true;
     int icon = 0;        // number of the icon, 0: none
     int backPicture = 0; // bitmap behind the controls at the top left corner, 0: none
-    bool enabled = true; // a disabled window takes no click, no key and no close request
+    bool enabled = true; // a disabled window, as a hidden one, takes no click, no key and no close request
     bool visible = false;
     MousePointer mousePointer = MousePointer::standard;
     std::vector<Control*> controls; // in drawing order, the first at the bottom

@@ -35,8 +35,7 @@ bool takeRange(std::int32_t base, std::int32_t rawVersion, std::string& typeName
 } // namespace
 
 std::string fncGetIniString(const std::string& section, const std::string& key, const std::string& path) {
-    const std::string value = getPrivateProfileString(desktop().files(), section, key, path);
-    return trim(replaceAll(value.substr(0, value.find('\'')), '\t', ' '));
+    return cleanedValue(getPrivateProfileString(desktop().files(), section, key, path));
 }
 
 std::int16_t fncSplitList(std::string& text) {

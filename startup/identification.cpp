@@ -25,7 +25,7 @@ constexpr std::int32_t typeKeyByte = replyData + 3;      // of the area D5
 constexpr std::size_t modelLength = 16;                  // characters of the identification text
 constexpr std::size_t versionLength = 6;
 
-// Both messages end the program, whichever button is pressed.
+// Ends the program, whichever button is pressed.
 void refuseUnit(std::int32_t id, std::int32_t japaneseStyle, std::int32_t englishStyle) {
     if (japaneseSelected()) {
         fncMsgBox(id, japaneseStyle);
@@ -38,8 +38,7 @@ void refuseUnit(std::int32_t id, std::int32_t japaneseStyle, std::int32_t englis
 void requireOneSensor() {
     if (run.unitStateText == "01" || run.sensorCount == 0) {
         refuseUnit(textId::unitNotConnected, boxStyle::critical, boxStyle::critical);
-    }
-    if (run.sensorCount != 1) {
+    } else if (run.sensorCount != 1) {
         refuseUnit(textId::notOnlyOneSensor, boxStyle::question, boxStyle::question + boxStyle::okCancel);
     }
 }
@@ -63,7 +62,7 @@ void takeAmplifier(std::int32_t rawVersion, const Bytes& typeReply) {
 }
 
 void takeInterfaceUnit(const Bytes& reply) {
-    const std::string idText(reply.begin() + std::min<std::ptrdiff_t>(replyData, std::ssize(reply)), reply.end());
+    const std::string idText(reply.begin() + replyData, reply.end());
     run.ifuTypeName =
         trim(Common::fncGetIfuType(trim(textOfBytes(std::string_view(idText).substr(0, modelLength))), "IFU_TYPE"));
     const std::size_t v = idText.find('V', modelLength - 1);

@@ -1,6 +1,7 @@
 #include "startup/startUpWindow.h"
 
 #include "common/checked.h"
+#include "common/flagMark.h"
 #include "common/variables.h"
 #include "link/commPort.h"
 #include "link/unitCommands.h"
@@ -13,8 +14,6 @@
 #include "ui/messages.h"
 #include "ui/resourceSetting.h"
 #include "ui/stringTable.h"
-
-#include <utility>
 
 using platform::desktop;
 namespace boxStyle = platform::boxStyle;
@@ -100,7 +99,7 @@ void probeUnit(FrmStartUp& form) {
     }
 }
 
-// Two tries; the events that run between let the window repaint.
+// Two tries; window events run after each that failed.
 bool unitAnswers() {
     for (int tries = 0; tries < 2; ++tries) {
         platform::Bytes reply;
@@ -144,12 +143,10 @@ void Form_Load() {
 }
 
 void cmdTest_Click() {
-    if (std::exchange(run.settingPort, true)) {
+    if (run.settingPort) {
         return;
     }
-    struct Settled {
-        ~Settled() { run.settingPort = false; }
-    } settled;
+    const FlagMark mark(run.settingPort);
     tryChosenPort(frmStartUp());
 }
 
@@ -158,7 +155,7 @@ void cmdEnd_Click() {
 }
 
 void Form_QueryUnload() {
-    if (frmStartUp().cmdEnd.visible) {
+    if (frmStartUp().visible && frmStartUp().cmdEnd.visible) {
         desktop().endProgram();
     }
 }

@@ -118,7 +118,7 @@ std::int32_t takePoll(std::span<const std::uint8_t> bytes, std::int64_t now) {
     }
     keep(bytes);
     if (run.blockLength >= blockSize) {
-        cut.restDue = run.blockLength < packetSize;
+        cut.restDue = run.blockLength < packetSize && beginsAsBlock(bytes);
         return found::block;
     }
     if (bytes[0] == xModem::soh) {

@@ -1,7 +1,5 @@
-// Values of run.programState, the one variable that the transfer procedures step on, and the mark of a running step.
+// Values of run.programState, the one variable that the transfer procedures step on.
 #pragma once
-
-#include "common/variables.h"
 
 #include <cstdint>
 
@@ -20,14 +18,5 @@ constexpr std::int32_t writeClosing = 12;
 constexpr std::int32_t verificationDue = 13;
 constexpr std::int32_t verified = 14; // the port is closed
 } // namespace state
-
-// A step function is running, for as long as this lives: ticks do nothing.
-class StepMark {
-  public:
-    StepMark() { run.stepBusy = true; }
-    StepMark(const StepMark&) = delete;
-    StepMark& operator=(const StepMark&) = delete;
-    ~StepMark() { run.stepBusy = false; }
-};
 
 } // namespace FirmComm

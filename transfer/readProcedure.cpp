@@ -1,5 +1,7 @@
 #include "transfer/readProcedure.h"
 
+#include "common/flagMark.h"
+#include "common/variables.h"
 #include "firmware/binaryFile.h"
 #include "link/commPort.h"
 #include "link/resultCodes.h"
@@ -72,7 +74,7 @@ std::int32_t fncReadStep(std::int32_t state) {
     if (run.stepBusy) {
         return state::idle;
     }
-    const StepMark mark;
+    const FlagMark mark(run.stepBusy);
     try {
         switch (state) {
         case state::readStart: return startRead();

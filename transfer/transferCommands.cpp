@@ -2,6 +2,7 @@
 
 #include "common/variables.h"
 #include "common/version.h"
+#include "firmware/fileDialog.h"
 #include "link/commPort.h"
 #include "link/unitCommands.h"
 #include "platform/desktop.h"
@@ -57,16 +58,6 @@ void upgrade(FrmMain& form) {
     run.programState = FirmComm::fncWriteStep(state::writeTransfer);
 }
 
-void askForSaveFile(platform::FileDialog& dialog) {
-    dialog.flags = platform::FileDialog::overwritePrompt;
-    dialog.initialDirectory = desktop().programDirectory();
-    dialog.fileName = run.saveFilePath;
-    dialog.filter = run.binFileFilter;
-    dialog.cancelError = true;
-    desktop().showSave(dialog);
-    run.saveFilePath = dialog.fileName;
-}
-
 } // namespace
 
 void cmdUpgrade_Click() {
@@ -87,16 +78,14 @@ void cmdUpgrade_Click() {
 
 void cmdPresent_Click() {
     try {
-        askForSaveFile(frmMain().cmdSoft);
+        askForPath(DialogKind::save, run.saveFilePath);
         frmMain().enabled = false;
         run.programState = FirmComm::fncReadStep(state::readStart);
         if (run.programState == state::readClosing) {
             run.programState = FirmComm::fncReadStep(state::readClosing); // no tick would close it
         }
     } catch (const std::exception&) {
-        if (failureInFlight().number != platform::failureNumber::dialogCancelled) {
-            subReportError();
-        }
+        reportUnlessCancelled();
     }
 }
 

@@ -1,5 +1,6 @@
 #include "transfer/verification.h"
 
+#include "common/variables.h"
 #include "link/commPort.h"
 #include "platform/desktop.h"
 #include "transfer/programState.h"

@@ -1,5 +1,7 @@
 #include "transfer/writeProcedure.h"
 
+#include "common/flagMark.h"
+#include "common/variables.h"
 #include "link/resultCodes.h"
 #include "platform/desktop.h"
 #include "transfer/programState.h"
@@ -52,7 +54,7 @@ std::int32_t fncWriteStep(std::int32_t state) {
     if (run.stepBusy) {
         return state::idle;
     }
-    const StepMark mark;
+    const FlagMark mark(run.stepBusy);
     try {
         switch (state) {
         case state::writeTransfer: return transferImage();

@@ -9,7 +9,7 @@ namespace {
 
 struct Row {
     std::int32_t id;
-    const char* key;
+    const char* key; // for people: it names the text in both languages, and nothing looks a text up by it
     const char* japanese;
     const char* english;
 };

@@ -17,9 +17,6 @@ namespace {
 
 Qt::WindowFlags frameOf(const Form& form) {
     const Qt::WindowType type = form.onTaskBar ? Qt::Window : Qt::Tool; // a tool window gets no button there
-    if (!form.titleBar) {
-        return type | Qt::FramelessWindowHint;
-    }
     return type | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
            Qt::MSWindowsFixedSizeDialogHint;
 }
@@ -178,13 +175,13 @@ bool FormWindow::event(QEvent* event) {
 
 void FormWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
-    if (form_ != nullptr && form_->enabled) {
+    if (form_ != nullptr && form_->visible && form_->enabled) {
         call(form_->queryUnload);
     }
 }
 
 void FormWindow::operated(ControlView& view) {
-    if (form_ == nullptr) {
+    if (form_ == nullptr || !form_->visible) { // pressed while the program was busy hiding the window
         return;
     }
     Control& control = view.control();
@@ -207,7 +204,7 @@ void FormWindow::call(const Handler& handler) {
     const Handler* key = &handler;
     running_.insert(key);
     const QPointer<FormWindow> window = this;
-    deliver_(handler);
+    deliver_(Handler(handler)); // a copy: the handler may unload its own form
     if (window) {
         window->running_.remove(key);
     }

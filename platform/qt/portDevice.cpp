@@ -68,7 +68,7 @@ bool alive(int process) {
 
 std::string portDevice(int number, Files& files, const std::string& iniPath) {
     const std::string value = getPrivateProfileString(files, "DEVICE", "COM" + std::to_string(number), iniPath);
-    const std::string device = trim(replaceAll(value.substr(0, value.find('\'')), '\t', ' '));
+    const std::string device = cleanedValue(value);
     return withoutLinks(device.empty() ? usualDevice(number) : device);
 }
 

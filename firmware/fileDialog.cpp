@@ -1,0 +1,34 @@
+#include "firmware/fileDialog.h"
+
+#include "common/variables.h"
+#include "platform/desktop.h"
+#include "platform/failure.h"
+#include "ui/forms.h"
+#include "ui/messages.h"
+
+using platform::desktop;
+
+namespace MainWindow {
+
+void askForPath(DialogKind kind, std::string& path) {
+    platform::FileDialog& dialog = frmMain().cmdSoft;
+    dialog.flags = platform::FileDialog::overwritePrompt; // passed over by an open dialog
+    dialog.initialDirectory = desktop().programDirectory();
+    dialog.fileName = path;
+    dialog.filter = run.binFileFilter;
+    dialog.cancelError = true;
+    if (kind == DialogKind::open) {
+        desktop().showOpen(dialog);
+    } else {
+        desktop().showSave(dialog);
+    }
+    path = dialog.fileName;
+}
+
+void reportUnlessCancelled() {
+    if (failureInFlight().number != platform::failureNumber::dialogCancelled) {
+        subReportError();
+    }
+}
+
+} // namespace MainWindow
