@@ -2,6 +2,7 @@
 // has a row that says how such a write ends, wherever the place is. A usual run takes a share of the places, which the
 // rows divide among themselves; the disabled tests take them all (scripts/sweep).
 #include "tests/session.h"
+#include "tests/thinned.h"
 
 #include <algorithm>
 #include <ostream>
@@ -257,7 +258,7 @@ TEST(Sweep, RepeatedStartBytesHoldBackTheFirstBlock) {
     EXPECT_EQ(write(lost, 1, Lasting::once, seconds(3)), expected(unheard, 1));
 }
 
-INSTANTIATE_TEST_SUITE_P(Share, EachPlace, testing::ValuesIn(shares(rowCount)), rowName);
+INSTANTIATE_TEST_SUITE_P(Share, EachPlace, testing::ValuesIn(shares(rowCount*(thinned ? 8 : 1))), rowName);
 INSTANTIATE_TEST_SUITE_P(DISABLED_Full, EachPlace, testing::ValuesIn(shares(1)), rowName);
 
 } // namespace
