@@ -1,0 +1,108 @@
+// The reply receiver against an oracle: every short sequence of the bytes that matter, behind beginnings of replies that
+// bring it to each of its places, and in every split into reads.
+#include "tests/replyOracle.h"
+#include "tests/thinned.h"
+
+#include <array>
+#include <gtest/gtest.h>
+
+namespace {
+
+using platform::Bytes;
+using replyOracle::Reads;
+
+constexpr int rightCheck = -1; // stands for the block check that would be right at its place
+constexpr std::array alphabet{0x02, 0x03, int{'0'}, int{'F'}, int{'1'}, int{'g'}, 0x00, rightCheck};
+
+Bytes bytesOf(std::string_view text) {
+    return Bytes(text.begin(), text.end());
+}
+
+class EachReply {
+  public:
+    EachReply(Bytes beginning, bool rawData) : bytes_(std::move(beginning)), fixed_(bytes_.size()), rawData_(rawData) {}
+
+    void tryAll(int depth) {
+        trySplits();
+        for (std::size_t next = 0; depth > 0 && next < alphabet.size(); ++next) {
+            bytes_.push_back(alphabet[next] == rightCheck ? check() : static_cast<std::uint8_t>(alphabet[next]));
+            tryAll(depth - 1);
+            bytes_.pop_back();
+        }
+    }
+
+  private:
+    std::uint8_t check() const {
+        std::uint8_t check = 0;
+        for (const std::uint8_t byte : bytes_) {
+            check ^= byte == 2 ? 0 : byte;
+        }
+        return check;
+    }
+
+    // Each bit of the mask splits ahead of one of the free bytes.
+    void trySplits() const {
+        for (unsigned mask = 0; mask < 1u << (bytes_.size() - fixed_) && !testing::Test::HasFailure(); ++mask) {
+            Reads reads{Bytes(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(fixed_))};
+            for (std::size_t at = fixed_; at < bytes_.size(); ++at) {
+                if ((mask >> (at - fixed_) & 1) != 0) {
+                    reads.emplace_back();
+                }
+                reads.back().push_back(bytes_[at]);
+            }
+            EXPECT_EQ(replyOracle::received(reads, rawData_), replyOracle::expected(reads, rawData_))
+                << testing::PrintToString(reads) << (rawData_ ? " raw" : "");
+        }
+    }
+
+    Bytes bytes_;
+    std::size_t fixed_;
+    bool rawData_;
+};
+
+class EachBeginning : public testing::TestWithParam<std::string_view> {};
+
+TEST_P(EachBeginning, AgreesWithTheOracle) {
+    for (const bool rawData : {false, true}) {
+        EachReply(bytesOf(GetParam()), rawData).tryAll(thinned ? 3 : 4);
+    }
+}
+
+// Data up to the last places of the reply array.
+TEST(ReplyArray, AgreesWithTheOracleWhereItsArrayEnds) {
+    for (const bool rawData : {false, true}) {
+        const std::size_t full = rawData ? 447 : 894; // characters behind the response code
+        for (const std::size_t length : {full - 2, full - 1, full}) {
+            EachReply(bytesOf("\x02"
+                              "00000001010000" +
+                              std::string(length, '1')),
+                      rawData)
+                .tryAll(thinned ? 2 : 3);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(ReplyReceiver, EachBeginning,
+                         testing::Values("", "0000",
+                                         "\x02"
+                                         "0000",
+                                         "\x02"
+                                         "00000",
+                                         "\x02"
+                                         "000000",
+                                         "\x02"
+                                         "0000001",
+                                         "\x02"
+                                         "0000110101",
+                                         "\x02"
+                                         "00001201010000",
+                                         "\x02"
+                                         "0000000101000",
+                                         "\x02"
+                                         "0000000101000041",
+                                         "\x02"
+                                         "00000F010100001\x03",
+                                         "\x02"
+                                         "00000001010000AF\x03"));
+
+} // namespace
