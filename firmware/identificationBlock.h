@@ -18,7 +18,7 @@ std::string fncImageText(const platform::Bytes& image, std::int32_t first, std::
 enum class FileField { leadText = 0, rawVersion = 1, typeText = 2 };
 
 // A text from run.firmwareImage: the five characters at the head of the block; the raw version as a decimal number,
-// empty behind a report when it does not fit into 16 bits with a sign; the type text without blanks at its ends, zero
+// empty after a report when it does not fit into 16 bits with a sign; the type text without blanks at its ends, zero
 // bytes still in it.
 std::string fncGetFileField(FileField field);
 

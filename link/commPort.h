@@ -12,7 +12,7 @@ namespace CommonComm {
 platform::SerialPort& serialPort();
 
 // Binds the port and opens COM `portNumber` with settings of the form 38400,n,8,1. True when it is open and ready; else
-// False behind a message of its own, and the port is not open. A port that was open already stays as it was.
+// False after a message of its own, and the port is not open. A port that was open already stays as it was.
 bool fncOpenPort(std::int16_t portNumber, const std::string& settings);
 
 // Closes the port if it is open and unbinds it. Never fails.

@@ -25,7 +25,7 @@ constexpr std::uint8_t etx = 0x03;
 //   7 to 14    hexadecimal pairs, stored: command code and response code
 //   15 onward  data: hexadecimal pairs, or as they come with `rawData`, stored
 //
-// Behind STX and ETX, in whatever order they came, the next byte is the block check: the exclusive OR of all bytes
+// After STX and ETX, in whatever order they came, the next byte is the block check: the exclusive OR of all bytes
 // but STX up to and with ETX.
 class ReplyReceiver {
   public:

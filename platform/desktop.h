@@ -77,7 +77,7 @@ class Desktop {
     virtual void showOpen(FileDialog& dialog) = 0;
     virtual void showSave(FileDialog& dialog) = 0;
 
-    // Loads the window of a form behind the scenes; its timers run from here on.
+    // Loads the window of a form without showing it; its timers run from here on.
     virtual void load(Form& form) = 0;
     // Shows the window of a loaded form and does not wait. Both set the form's `visible`.
     virtual void show(Form& form) = 0;

@@ -139,7 +139,7 @@ struct Form {
     MousePointer mousePointer = MousePointer::standard;
     std::vector<Control*> controls; // in drawing order, the first at the bottom
     std::vector<Timer*> timers;
-    std::function<void()> load;        // run once by whoever loads the form, behind Desktop::load
+    std::function<void()> load;        // run once by whoever loads the form, after Desktop::load
     std::function<void()> queryUnload; // a close request of the operator or the system; empty: ignored
 
     Form() = default;

@@ -12,7 +12,7 @@ class FrameReader {
   public:
     enum class State { idle, underWay, complete, broken };
 
-    // Takes a byte and gives the state behind it. An STX begins a frame, also in the midst of one. A byte that no
+    // Takes a byte and gives the state after it. An STX begins a frame, also in the midst of one. A byte that no
     // command text holds breaks the frame, and so does a text longer than any command.
     State read(std::uint8_t byte);
 

@@ -50,7 +50,7 @@ class Unit {
     void startReceiving(Micros now);
     void startSending(Micros now);
 
-    // Begins anew, as behind a power failure: what it was about is forgotten. Images and journal stay.
+    // Begins anew, as after a power failure: what it was about is forgotten. Images and journal stay.
     void restart();
 
     // What the unit is may change while it runs.

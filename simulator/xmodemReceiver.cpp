@@ -45,7 +45,7 @@ std::size_t XmodemReceiver::receive(std::span<const std::uint8_t> bytes, Micros 
 
 void XmodemReceiver::hearFirst(std::uint8_t byte, Micros now) {
     cans_ = byte == can ? cans_ + 1 : 0;
-    if (byte == eot) { // also behind the end: its ACK may have been lost
+    if (byte == eot) { // also after the end: its ACK may have been lost
         packet_[0] = eot;
         packetFill_ = 1;
         endPacket(now);

@@ -10,7 +10,7 @@
 namespace simulator {
 
 // The unit's XMODEM sender, 128-byte blocks, with checksums when asked with NAK and CRC when asked with 'C'. A packet
-// is sent again on NAK and on silence. What arrives while a packet is still going out is looked at behind it.
+// is sent again on NAK and on silence. What arrives while a packet is still going out is looked at after it.
 class XmodemSender {
   public:
     XmodemSender(const UnitOptions& options, Journal& journal, Transmitter& transmitter)
@@ -45,7 +45,7 @@ class XmodemSender {
     Phase phase_ = Phase::ended;
     std::span<const std::uint8_t> image_;
     bool crc_ = false;
-    std::size_t position_ = 0; // of the image, behind the present block
+    std::size_t position_ = 0; // of the image, after the present block
     bool endSent_ = false;
     Bytes packet_;
     std::span<const std::uint8_t> unsent_;

@@ -25,7 +25,7 @@ std::string typeValue(const std::string& section, const std::string& key) {
     return fncGetIniString(section, key, run.iniFilePath);
 }
 
-// Takes the range whose base stands in item `base` of run.iniList; the model name stands behind it.
+// Takes the range whose base stands in item `base` of run.iniList; the model name stands in the next.
 bool takeRange(std::int32_t base, std::int32_t rawVersion, std::string& typeName, std::int32_t& version) {
     version = roundToWhole(rawVersion - numericBeginning(at(run.iniList, base)));
     typeName = at(run.iniList, base + 1);

@@ -26,7 +26,7 @@ std::string fncGetIfuType(const std::string& key, const std::string& section);
 // Key of the amplifier type that a firmware file's type text stands for; empty when it is not known.
 std::string fncGetAmpBinType(const std::string& typeText);
 
-// Fills the start values of a run. False, behind a report, when the port number does not fit into 16 bits.
+// Fills the start values of a run. False, after a report, when the port number does not fit into 16 bits.
 bool fncReadSetting();
 
 } // namespace Common

@@ -23,7 +23,7 @@ namespace StartUpWindow {
 namespace {
 
 constexpr int portsOffered = 16;
-constexpr const char* lineParameters = ",n,8,1"; // behind the speed
+constexpr const char* lineParameters = ",n,8,1"; // after the speed
 
 void centre(FrmStartUp& form) {
     const platform::Size screen = desktop().screenSize();

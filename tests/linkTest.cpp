@@ -115,7 +115,7 @@ TEST_F(Link, GivesTheResultOfEachReply) {
         std::string result;
         bool late = false; // the exchange lasts its whole limit
         std::string logged = {};
-        std::string box = {}; // behind "Tarn Beacon|"; then commBusy stays
+        std::string box = {}; // after "Tarn Beacon|"; then commBusy stays
         bool rawData = true;
     };
     const Row rows[] = {
@@ -131,7 +131,7 @@ TEST_F(Link, GivesTheResultOfEachReply) {
         {"bad check, 0F", wrongCheck("00000F05010000"), ""},
         {"bad check, other end code", wrongCheck("0000220501"), "9022"},
         {"silence", {}, "9999", true},
-        {"cut short behind the end code",
+        {"cut short after the end code",
          bytesOf("\x02"
                  "00000005"),
          "", true, "[NG2] S:True E:False B:False P:False U:450 A:05 \r\n"},

@@ -278,7 +278,7 @@ TEST(Cancel, SendsTenCansOnlyWhileAReadReceives) {
     }
 }
 
-// Looks at the port behind whatever the unit has sent.
+// Looks at the port after whatever the unit has sent.
 class Poll : public testing::Test {
   protected:
     Poll() {
@@ -311,7 +311,7 @@ TEST_F(Poll, FindsWhatHasCome) {
     struct Row {
         Bytes bytes;
         int result;
-        int length; // run.blockLength behind it
+        int length; // run.blockLength afterwards
     };
     const Row rows[] = {
         {{0x06, 1, 2}, 2, 0},

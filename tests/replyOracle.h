@@ -61,7 +61,7 @@ inline Outcome received(const Reads& reads, bool rawData) {
 
 namespace detail {
 
-// The frame up to its ETX, and what is taken for a block check behind it: the next byte, and the first one of every
+// The frame up to its ETX, and what is taken for a block check after it: the next byte, and the first one of every
 // read after that.
 struct Parts {
     std::string text; // without STX and ETX
@@ -88,7 +88,7 @@ inline Parts partsOf(const Reads& reads) {
     return parts;
 }
 
-// Stores the text behind the end code; false when it cannot.
+// Stores the text after the end code; false when it cannot.
 inline bool store(const std::string& text, bool rawData, Bytes& stored) {
     constexpr std::string_view digits = "0123456789ABCDEFabcdef";
     for (std::size_t at = 6; at < text.size();) {

@@ -1,4 +1,4 @@
-// The reply receiver against an oracle: every short sequence of the bytes that matter, behind beginnings of replies that
+// The reply receiver against an oracle: every short sequence of the bytes that matter, after beginnings of replies that
 // bring it to each of its places, and in every split into reads.
 #include "tests/replyOracle.h"
 #include "tests/thinned.h"
@@ -71,7 +71,7 @@ TEST_P(EachBeginning, AgreesWithTheOracle) {
 // Data up to the last places of the reply array.
 TEST(ReplyArray, AgreesWithTheOracleWhereItsArrayEnds) {
     for (const bool rawData : {false, true}) {
-        const std::size_t full = rawData ? 447 : 894; // characters behind the response code
+        const std::size_t full = rawData ? 447 : 894; // characters after the response code
         for (const std::size_t length : {full - 2, full - 1, full}) {
             EachReply(bytesOf("\x02"
                               "00000001010000" +

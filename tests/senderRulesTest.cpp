@@ -171,7 +171,7 @@ class Sender : public testing::Test {
         return course;
     }
 
-    // Each sequence of up to `depth` answers behind those given; behind the last one there is silence.
+    // Each sequence of up to `depth` answers after those given; after the last one there is silence.
     void tryAll(Answers answers, int depth, std::span<const int> alphabet) {
         Expected expected;
         for (const int answer : answers) {

@@ -174,7 +174,7 @@ TEST_F(SimulatedUnit, SendsItsImageAndEndsInTwoSteps) {
     unit.options().sendPieces = {100, milliseconds(50)};
     command("300552010C00");
     EXPECT_EQ(exchange({crcStart}).size(), 100u);
-    EXPECT_EQ(exchange({can, can}, milliseconds(100)).size(), crcPacketSize - 100); // looked at behind the packet
+    EXPECT_EQ(exchange({can, can}, milliseconds(100)).size(), crcPacketSize - 100); // looked at after the packet
     EXPECT_EQ(exchange({}, seconds(20)), Bytes{});
 }
 

@@ -1,4 +1,4 @@
-// A write in which something fails at one place: at one of the blocks or at EOT behind them, once or for good. Each fault
+// A write in which something fails at one place: at one of the blocks or at EOT after them, once or for good. Each fault
 // has a row that says how such a write ends, wherever the place is. A usual run takes a share of the places, which the
 // rows divide among themselves; the disabled tests take them all (scripts/sweep).
 #include "tests/session.h"
@@ -91,7 +91,7 @@ const Fault faults[] = {
     {"AckLost", nullptr, lose, repeated, unanswered},
     {"AckBecomesNak", nullptr, become<simulator::nak>, repeated, unanswered},
     {"AckBecomesNoise", nullptr, become<'U'>, repeated, unanswered},
-    // Each lone CAN clears the retry count, each time-out behind it the CAN count: no limit is ever reached.
+    // Each lone CAN clears the retry count, each time-out after it the CAN count: no limit is ever reached.
     {"AckBecomesCan", nullptr, become<simulator::can>, repeated, endless},
     {"AckBecomesTwoCan", nullptr, become<simulator::can, simulator::can>, brokenOff, brokenOff},
     {"AckDoubled", nullptr, sendTwice, unharmed, unharmed},
@@ -102,7 +102,7 @@ const Fault faults[] = {
     {"CountFails", failNext<Operation::countReceived>, nullptr, brokenOff, brokenOff},
     {"NextWriteFails", failNext<Operation::writePort>, nullptr, brokenOffBehind, brokenOffBehind},
     {"AdapterPulled", pullAdapter, nullptr, brokenOffAhead, brokenOffAhead},
-    // The blind spot of the protocol: a NAK that reads as ACK. The unit breaks off at the next block, or behind its
+    // The blind spot of the protocol: a NAK that reads as ACK. The unit breaks off at the next block, or after its
     // eleventh refusal; near the end it has no occasion to.
     {"DamageAcknowledged",
      damage,

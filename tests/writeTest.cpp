@@ -37,7 +37,7 @@ void answerCommand(World& world, const char* prefix, int occurrence, const char*
 TEST(Write, EndsInOneOfItsWays) {
     struct Row {
         const char* what;
-        std::function<void(World&)> prepare; // behind the load
+        std::function<void(World&)> prepare; // after the load
         std::string boxes;
         std::string operations;
         bool equal;             // the unit holds the file

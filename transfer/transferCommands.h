@@ -4,7 +4,7 @@
 namespace MainWindow {
 
 // "Start upgrade": refuses a file whose model is not that of the selected row, asks when the unit does not answer, and
-// writes. Returns behind the whole transfer; a tick closes it.
+// writes. Returns after the whole transfer; a tick closes it.
 void cmdUpgrade_Click();
 
 // "Save the present firmware": asks for a file and starts the read; ticks do the rest.

@@ -58,7 +58,7 @@ class WaitLimit {
     int interval_;
 };
 
-// The blocks of the image in order, and behind them EOT.
+// The blocks of the image in order, and after them EOT.
 class PacketSource {
   public:
     explicit PacketSource(bool crc) : crc_(crc) {}

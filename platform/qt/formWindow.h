@@ -46,7 +46,7 @@ class FormWindow : public QWidget {
     void operated(ControlView& view);
     void call(const Handler& handler);
 
-    Form* form_; // null behind dismiss()
+    Form* form_; // null after dismiss()
     Deliver deliver_;
     QWidget* client_; // holds the controls; disabled in place of the window, which keeps its pointer and its title bar
     std::vector<std::unique_ptr<ControlView>> views_;

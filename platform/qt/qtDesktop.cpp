@@ -191,7 +191,7 @@ void QtDesktop::deliver(const Handler& handler) {
     sync();
 }
 
-// A failure that no handler took must not run on through the toolkit, and behind it the program's state is unknown.
+// A failure that no handler took must not run on through the toolkit, and after it the program's state is unknown.
 void QtDesktop::endUnhandled(const std::string& description) {
     msgBox(description, boxStyle::critical, program::name);
     endProgram();

@@ -25,7 +25,7 @@ class Lane {
   public:
     explicit Lane(const LinePace& pace) : pace_(pace) {}
 
-    // Sends bytes from a moment on, or behind those before them where that is later.
+    // Sends bytes from a moment on, or after those before them where that is later.
     void send(Bytes bytes, Micros at);
 
     // The moment at which the first of the writes under way is across, noMoment without one.
@@ -35,7 +35,7 @@ class Lane {
 
     // The moment of the next byte's arrival as the adapter hands it over, noMoment without one.
     Micros nextArrival() const;
-    // Moves what has arrived by `now` behind `received`; true when there was something.
+    // Moves what has arrived by `now` to the end of `received`; true when there was something.
     bool takeArrived(Micros now, Bytes& received);
 
     // Drops all that has not left by `now`; a byte on its way counts as gone.

@@ -68,7 +68,7 @@ class OperationGate {
 
 enum class Lasting { once, forGood };
 
-// The usual faults: the nth operation of a kind, or the nth of all, fails, and with forGood all behind it.
+// The usual faults: the nth operation of a kind, or the nth of all, fails, and with forGood all after it.
 OperationHook failNth(Operation operation, std::int64_t n, Lasting lasting, const Failure& failure);
 OperationHook failNthOfAll(std::int64_t n, Lasting lasting, const Failure& failure);
 

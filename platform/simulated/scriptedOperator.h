@@ -44,7 +44,7 @@ class ScriptedOperator {
     // Does it now, as part of the event that runs. False when no person could do it at this moment.
     bool perform(const Deed& deed);
 
-    // As window events of their own: at a moment; or one behind the other, each `pause` after it has become possible,
+    // As window events of their own: at a moment; or one after the other, each `pause` after it has become possible,
     // and only when it still is: else the operator waits for the next chance.
     void performAt(Micros moment, Deed deed);
     void follow(std::vector<Deed> deeds, Micros pause = simulator::seconds(1));

@@ -38,7 +38,7 @@ void SimulatedDesktop::enter() {
     if (!ended_) {
         return;
     }
-    violations_.emplace_back("code of the program ran behind its end");
+    violations_.emplace_back("code of the program ran after its end");
     if (std::uncaught_exceptions() == 0) {
         throw ProgramEnd{};
     }

@@ -39,7 +39,7 @@ class SimulatedDesktop : public Desktop {
     const std::string& stuckReason() const { return stuckReason_; }
     bool ended() const { return ended_; }
 
-    // Window events of the operator and the tests: at a moment, and `delay` behind the moment at which a condition on
+    // Window events of the operator and the tests: at a moment, and `delay` after the moment at which a condition on
     // the state of the forms is first seen to hold. The condition itself runs no window event.
     void schedule(Micros moment, Handler handler);
     void scheduleWhen(Condition condition, Micros delay, Handler handler);

@@ -12,7 +12,7 @@
 namespace platform {
 
 // Bytes at one end of the line. A hook may change them, take all of them away, add to them, and move `at` to a later
-// moment; what was sent behind them stays behind them.
+// moment; what was sent after them stays after them.
 struct Passage {
     Direction direction;
     Micros at = 0;
@@ -44,7 +44,7 @@ class SimulatedLine {
     void write(std::span<const std::uint8_t> bytes, Micros now);
     void dropUnsent(Micros now) { toUnit_.dropUnsent(now); }
     void dropAll();
-    // Does all that happens on the line up to `now` and moves the bytes that reach the tool behind `received`.
+    // Does all that happens on the line up to `now` and moves the bytes that reach the tool to the end of `received`.
     // True when anything happened.
     bool advance(Micros now, Bytes& received);
     // The next moment at which `advance` has something to do.

@@ -30,7 +30,7 @@ class WireRecord {
 
     const std::deque<WireEntry>& entries() const { return entries_; }
 
-    // All bytes that one side has sent, one write behind the other.
+    // All bytes that one side has sent, one write after the other.
     Bytes sent(Direction direction) const;
 
     // For reading: a line for each entry, time in seconds; the writes of one side at one moment stand on one line.
