@@ -45,8 +45,7 @@ inline Outcome received(const Reads& reads, bool rawData) {
     CommonComm::ReplyReceiver receiver(outcome.stored, rawData);
     try {
         for (std::size_t next = 0; next < reads.size() && !receiver.frameGood(); ++next) {
-            receiver.take(reads[next]);
-            outcome.clearsInput |= receiver.takeCheckedGood();
+            outcome.clearsInput |= receiver.take(reads[next]);
         }
     } catch (const platform::Failure&) {
         return {.failed = true, .stored = outcome.stored};
