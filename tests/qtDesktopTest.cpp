@@ -22,6 +22,11 @@
 
 using namespace platform;
 
+// What the font library keeps for itself is no leak of ours.
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libfontconfig";
+}
+
 namespace {
 
 QtDesktop& theDesktop() {

@@ -3,8 +3,10 @@
 #include "platform/desktop.h"
 #include "platform/qt/text.h"
 
+#include <QGuiApplication>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QTextLayout>
 
 #include <algorithm>
@@ -23,32 +25,35 @@ QMessageBox::Icon iconOfStyle(int style) {
     }
 }
 
-// The line broken at that width, within a word too where a word is wider: the box itself breaks between words only,
-// and would cut a long path.
-QString broken(const QString& line, const QFont& font, int width) {
+// Lays the line out at that width, in pixels. Gives its parts, and whether one of them is wider.
+QStringList parts(const QString& line, const QFont& font, int width, QTextOption::WrapMode mode, bool& wider) {
     QTextLayout layout(line, font);
     QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setWrapMode(mode);
     layout.setTextOption(option);
-    QStringList parts;
+    QStringList found;
     layout.beginLayout();
     for (QTextLine part = layout.createLine(); part.isValid(); part = layout.createLine()) {
         part.setLineWidth(width);
-        parts += line.mid(part.textStart(), part.textLength()).trimmed();
+        wider = wider || part.naturalTextWidth() > width;
+        found += line.mid(part.textStart(), part.textLength());
     }
     layout.endLayout();
-    return parts.join('\n');
+    return found;
 }
 
-// The text as the box shows it. A line of ordinary words is left as it is.
+// The text as the box shows it. The box itself breaks lines between words only, and would cut a long path: a line
+// with a word of more than a line's width is broken within that word.
 QString shownText(const std::string& text, const QFont& font) {
-    constexpr int widest = 450; // pixels
+    const int screen = QGuiApplication::primaryScreen()->size().width();
+    const int width = std::min(screen / 2, 500) - 100; // the box breaks what is wider than half of the screen, or 500
     QStringList lines = fromUtf8(text).replace("\r\n", "\n").split('\n');
     for (QString& line : lines) {
-        const QStringList words = line.split(' ');
-        const bool wide = std::ranges::any_of(
-            words, [&](const QString& word) { return QFontMetrics(font).horizontalAdvance(word) > widest; });
-        line = wide ? broken(line, font, widest) : line;
+        bool wider = false;
+        parts(line, font, width, QTextOption::WordWrap, wider);
+        if (wider) {
+            line = parts(line, font, width, QTextOption::WrapAtWordBoundaryOrAnywhere, wider).join('\n');
+        }
     }
     return lines.join('\n');
 }

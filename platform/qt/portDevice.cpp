@@ -72,7 +72,7 @@ std::string portDevice(int number, Files& files, const std::string& iniPath) {
     return withoutLinks(device.empty() ? usualDevice(number) : device);
 }
 
-std::string passPortLock(const std::string& device) {
+std::string passPortLock(const std::string& device, const std::string& shownName) {
     const std::string path = lockFile(device);
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     if (file < 0) {
@@ -85,7 +85,7 @@ std::string passPortLock(const std::string& device) {
     ::close(file);
     if (held) {
         throw Failure(failureNumber::portHeld,
-                      device + " is in use by another program (process " + std::to_string(owner.process) + ")");
+                      shownName + " is in use by another program (process " + std::to_string(owner.process) + ")");
     }
     // The file of another user's dead program stays. The toolkit knows no other way past it than another name.
     return removed ? device : "/." + device;

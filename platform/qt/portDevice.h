@@ -14,8 +14,9 @@ std::string portDevice(int number, Files& files, const std::string& iniPath);
 
 // The lock file that serial programs share for the device. It counts while its owner lives; a dead owner's is
 // removed. Gives the name under which the toolkit opens the device: its path, or another path of the same device
-// where a dead owner's lock file cannot be removed. Fails with failureNumber::portHeld while the owner lives.
-std::string passPortLock(const std::string& device);
+// where a dead owner's lock file cannot be removed. Fails with failureNumber::portHeld while the owner lives; the
+// description calls the port by `shownName`.
+std::string passPortLock(const std::string& device, const std::string& shownName);
 
 // Removes this program's own lock file of the device: the toolkit leaves it behind when the process stops at once.
 void removePortLock(const std::string& portName);

@@ -12,7 +12,9 @@
 #include <grp.h>
 #include <poll.h>
 #include <sys/file.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <system_error>
 #include <time.h>
 #include <unistd.h>
@@ -25,9 +27,18 @@ std::string causeText(int systemError) {
     return std::generic_category().message(systemError);
 }
 
+// The group whose members may use the device.
 std::string groupOf(const struct stat& status) {
-    const group* entry = ::getgrgid(status.st_gid);
+    const group* entry = (status.st_mode & S_IWGRP) != 0 ? ::getgrgid(status.st_gid) : nullptr;
     return entry != nullptr ? entry->gr_name : "dialout";
+}
+
+bool isPseudoTerminal(int descriptor) {
+    constexpr unsigned first = 136; // major device numbers of the tool's ends
+    constexpr unsigned last = 143;
+    struct stat status {};
+    ::fstat(descriptor, &status);
+    return major(status.st_rdev) >= first && major(status.st_rdev) <= last;
 }
 
 // Takes the text up to the next comma off `text`.
@@ -113,15 +124,17 @@ void QtSerialPort::checkDevice() const {
         throw Failure(failureNumber::portMissing, name() + ": no device stands for this port");
     }
     if (::stat(device_.c_str(), &status) < 0) {
-        const int number = errno == EACCES ? failureNumber::portForbidden : failureNumber::portMissing;
-        throw Failure(number, name() + ": " + causeText(errno));
+        const int error = errno;
+        throw Failure(error == EACCES ? failureNumber::portForbidden : failureNumber::portMissing,
+                      name() + ": " + causeText(error));
     }
     if (!S_ISCHR(status.st_mode)) {
         throw Failure(failureNumber::portRefused, name() + ": not a serial port");
     }
     if (::access(device_.c_str(), R_OK | W_OK) < 0) {
+        const std::string cause = causeText(errno);
         throw Failure(failureNumber::portForbidden,
-                      name() + ": " + causeText(errno) + ". The user must be a member of the group " + groupOf(status));
+                      name() + ": " + cause + ". Members of the group " + groupOf(status) + " may use this port");
     }
 }
 
@@ -145,6 +158,11 @@ void QtSerialPort::setUpLine() {
     if (::flock(port_.handle(), LOCK_EX | LOCK_NB) < 0) {
         throw Failure(failureNumber::portHeld, name() + " is in use by another program");
     }
+    if (isPseudoTerminal(port_.handle())) {
+        // The toolkit's exclusive mode outlives a process that is killed, for the far end's program often keeps the
+        // terminal open. The lock file and the lock on the device, which end with the process, bar other programs.
+        ::ioctl(port_.handle(), TIOCNXCL);
+    }
     const bool taken = port_.setBaudRate(settings_.speed) && port_.setParity(settings_.parity) &&
                        port_.setDataBits(settings_.dataBits) && port_.setStopBits(settings_.stopBits) &&
                        port_.setFlowControl(QSerialPort::NoFlowControl);
@@ -161,7 +179,7 @@ void QtSerialPort::open() {
     }
     device_ = portDevice(number_, files_, iniPath_);
     checkDevice();
-    port_.setPortName(fromUtf8(passPortLock(device_)));
+    port_.setPortName(fromUtf8(passPortLock(device_, name())));
     errno = 0;
     if (!port_.open(QIODevice::ReadWrite)) {
         raiseOpenFailure(errno);
