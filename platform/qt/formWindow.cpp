@@ -89,7 +89,8 @@ void FormWindow::sync() {
 }
 
 bool FormWindow::syncWindow() {
-    const QString title = fromUtf8(form_->title);
+    // In place of an empty title the toolkit would show the name of the application.
+    const QString title = form_->title.empty() ? QString(" ") : fromUtf8(form_->title);
     if (windowTitle() != title) {
         setWindowTitle(title);
     }
@@ -138,11 +139,11 @@ void FormWindow::syncVisible() {
 }
 
 void FormWindow::placeOnScreen() {
+    const QRect screen = QGuiApplication::primaryScreen()->geometry();
     if (form_->centred) {
-        const QRect screen = QGuiApplication::primaryScreen()->geometry();
         move(screen.center() - rect().center());
     } else {
-        move(pixels(form_->left), pixels(form_->top));
+        move(screen.topLeft() + QPoint(pixels(form_->left), pixels(form_->top)));
     }
 }
 
