@@ -4,8 +4,8 @@
 
 readonly cmdPresent=(600 2985 2895 300)
 readonly chkVerify=(360 2160 1935 255)
-readonly optJapanese=(3960 375 1215 255)
-readonly optEnglish=(3960 675 1215 255)
+readonly optJapanese=(3960 450 1215 255)
+readonly optEnglish=(3960 750 1215 255)
 readonly cmdCancel=(3720 1320 1095 315)
 readonly boxIcon=(0 0 750 750)
 

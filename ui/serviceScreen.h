@@ -28,8 +28,8 @@ constexpr HiddenControls deliveredScreen{
 constexpr HiddenControls serviceScreen{
     .cmdPresent = {{600, 2985, 2895, 300}, true},
     .chkVerify = {{360, 2160, 1935, 255}, true},
-    .fraLanguage = {{3840, 120, 1455, 915}, true},
-    .optLanguage = {{{120, 255, 1215, 255}, {120, 555, 1215, 255}}},
+    .fraLanguage = {{3840, 120, 1455, 975}, true},
+    .optLanguage = {{{120, 330, 1215, 255}, {120, 630, 1215, 255}}},
     .cmdCancel = {{3720, 1320, 1095, 315}, true},
 };
 

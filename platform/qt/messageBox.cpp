@@ -3,6 +3,7 @@
 #include "platform/desktop.h"
 #include "platform/qt/text.h"
 
+#include <QGridLayout>
 #include <QGuiApplication>
 #include <QMessageBox>
 #include <QPushButton>
@@ -58,6 +59,17 @@ QString shownText(const std::string& text, const QFont& font) {
     return lines.join('\n');
 }
 
+// Makes room for the title, which a frame cuts where the text below is short.
+void widenForTitle(QMessageBox& box) {
+    constexpr int frameButtons = 130; // icon and buttons of the title bar
+    QFont titleFont = box.font();
+    titleFont.setBold(true);
+    const int width = QFontMetrics(titleFont).horizontalAdvance(box.windowTitle()) + frameButtons;
+    if (auto* grid = qobject_cast<QGridLayout*>(box.layout())) {
+        grid->addItem(new QSpacerItem(width, 0), grid->rowCount(), 0, 1, grid->columnCount());
+    }
+}
+
 } // namespace
 
 int showMessageBox(const std::string& text, int style, const std::string& title, QWindow* below) {
@@ -72,6 +84,7 @@ int showMessageBox(const std::string& text, int style, const std::string& title,
         cancel = box.addButton("Cancel", QMessageBox::RejectRole);
         box.setEscapeButton(cancel);
     }
+    widenForTitle(box);
     box.winId(); // makes the window, which can then be told what it stands above
     box.windowHandle()->setTransientParent(below);
     box.exec();
