@@ -57,7 +57,7 @@ double parse(std::string_view number) {
     }
     double value = 0;
     const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
-    const bool tooSmall = number.find("e-") != number.npos || number.find("E-") != number.npos;
+    const bool tooSmall = number.find("e-") != std::string_view::npos || number.find("E-") != std::string_view::npos;
     if (result.ec == std::errc::result_out_of_range && !tooSmall) {
         throw platform::Failure(platform::failureNumber::overflow, "Overflow");
     }

@@ -23,7 +23,7 @@
 using namespace platform;
 
 // What the font library keeps for itself is no leak of ours.
-extern "C" const char* __lsan_default_suppressions() {
+extern "C" const char* __lsan_default_suppressions() { // NOLINT(bugprone-reserved-identifier): the sanitizer's name
     return "leak:libfontconfig";
 }
 
