@@ -63,3 +63,9 @@ buildPreset() {
     fi
     cmake --build --preset "$preset" ${1:+--target "$@"}
 }
+
+# True when there is a clang that can put its fuzzer behind a program.
+fuzzerAvailable() {
+    command -v clang++ >/dev/null &&
+        clang++ -fsanitize=fuzzer -x c++ -o /dev/null - 2>/dev/null <<<'extern "C" int LLVMFuzzerTestOneInput(const char*, unsigned long) { return 0; }'
+}

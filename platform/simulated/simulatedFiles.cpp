@@ -30,7 +30,7 @@ class OpenSimulatedFile : public BinaryFile {
         if (start > content.size() || content.size() - start < bytes.size()) {
             fail(failureNumber::fileBroken, path_, "the file ends too early");
         }
-        std::ranges::copy(content.substr(start, bytes.size()), bytes.begin());
+        content.copy(reinterpret_cast<char*>(bytes.data()), bytes.size(), start);
     }
 
     void write(std::int64_t offset, std::span<const std::uint8_t> bytes) override {
