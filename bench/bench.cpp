@@ -1,0 +1,65 @@
+// What the tool's own work costs, without the line: the time that a block or a reply takes in the program, and whole
+// upgrades on the simulated desktop, which bound the number of sessions that a soak can run.
+#include "app/program.h"
+#include "common/variables.h"
+#include "link/replyReceiver.h"
+#include "platform/simulated/world.h"
+#include "simulator/frame.h"
+#include "transfer/xModem.h"
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+void crcOfOneBlock(benchmark::State& state) {
+    const platform::Bytes block(blockSize, 0x5A);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(xModem::pCrcCalc(blockSize, block, 0));
+    }
+    state.SetBytesProcessed(state.iterations() * blockSize);
+}
+BENCHMARK(crcOfOneBlock);
+
+// The longest reply there is, or a usual one; whole, or byte by byte as a tight poll finds it.
+void reply(benchmark::State& state) {
+    const bool longest = state.range(0) != 0;
+    const bool byteByByte = state.range(1) != 0;
+    const platform::Bytes frame = simulator::frameOf("00000001010000" + std::string(longest ? 894 : 8, '1'));
+    platform::Bytes stored;
+    for (auto _ : state) {
+        CommonComm::ReplyReceiver receiver(stored, false);
+        const std::span<const std::uint8_t> bytes(frame);
+        for (std::size_t at = 0; at < bytes.size(); at += byteByByte ? 1 : bytes.size()) {
+            receiver.take(bytes.subspan(at, byteByByte ? 1 : bytes.size()));
+        }
+        if (!receiver.frameGood()) {
+            state.SkipWithError("the reply was not understood");
+            break;
+        }
+        benchmark::DoNotOptimize(receiver.result());
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(frame.size()));
+}
+BENCHMARK(reply)->ArgNames({"longest", "byteByByte"})->ArgsProduct({{0, 1}, {0, 1}});
+
+// From the start of the program to its last box: identification, load, 1,920 blocks, and the same on the unit's side.
+void upgrade(benchmark::State& state) {
+    for (auto _ : state) {
+        platform::World world;
+        world.line.record().keep(0);
+        world.desktop.run(program::start);
+        for (const char* button : {"cmdLoading", "cmdUpgrade"}) {
+            world.desktop.run([&] { world.person.perform(platform::click("frmMain", button)); });
+        }
+        if (world.unit.receivedImage() != world.image) {
+            state.SkipWithError("the unit holds another image");
+            break;
+        }
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(upgrade)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+BENCHMARK_MAIN();
