@@ -55,10 +55,14 @@ void bindWait(FrmWait& form) {
 
 } // namespace
 
+void bindEvents() {
+    setFormBinders({bindStartUp, bindMain, bindWait});
+}
+
 void start() {
     forgetForms();
     run = Variables();
-    setFormBinders({bindStartUp, bindMain, bindWait});
+    bindEvents();
     frmStartUp();
 }
 
