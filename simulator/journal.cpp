@@ -18,6 +18,9 @@ std::string journalText(const Journal& journal) {
          << journal.blocksRepeated << " repeated";
     text << "\nends: " << journal.ends << ", cancels: " << journal.cancels;
     text << "\nimage: " << (journal.imageComplete ? "complete" : journal.packets > 0 ? "incomplete" : "none");
+    if (journal.imageComplete) {
+        text << " in " << journal.receiveTime / 1000 << " ms";
+    }
     text << "\nsent: " << journal.blocksSent << " blocks in " << journal.packetsSent << " packets\n";
     return text.str();
 }

@@ -28,6 +28,7 @@ struct Journal {
     int ends = 0;               // EOTs acknowledged
     int cancels = 0;            // transfers broken off with CAN CAN, by either side
     bool imageComplete = false; // the last image received has ended with all its blocks
+    Micros receiveTime = 0;     // of that image, from the end of its first packet to its EOT
 
     // As sender.
     int packetsSent = 0; // EOTs and repeats included

@@ -177,7 +177,7 @@ Unit::Result Unit::operate(const std::string& command, Micros now) {
     } else if (operation == "51") {
         writtenUnit_ = unit;
         mode_ = Mode::receiving;
-        receiver_.start(now + options_.startDelay);
+        receiver_.start(now + options_.replyDelay + options_.startDelay);
     } else if (operation == "52") {
         mode_ = Mode::sending;
         sender_.start(imageOf(unit), now);

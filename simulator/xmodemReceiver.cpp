@@ -108,6 +108,9 @@ void XmodemReceiver::sendStart(Micros now) {
 
 void XmodemReceiver::endPacket(Micros now) {
     using Fate = PacketAnswer::Fate;
+    if (!packetSeen_) {
+        firstPacketAt_ = now;
+    }
     packetSeen_ = true;
     waitForPacket(now);
     const auto found = options_.packetAnswers.find(++journal_.packets);
@@ -148,6 +151,7 @@ XmodemReceiver::Answer XmodemReceiver::acceptEnd() {
     phase_ = Phase::finished;
     ++journal_.ends;
     journal_.imageComplete = image_.size() == imageSize;
+    journal_.receiveTime = lastByteAt_ - firstPacketAt_;
     return ackAnswer;
 }
 

@@ -66,6 +66,7 @@ class XmodemReceiver {
     int failures_ = 0; // in a row
     int cans_ = 0;     // in a row
     Micros lastByteAt_ = 0;
+    Micros firstPacketAt_ = 0;
     Micros waitEnd_ = 0;
 };
 

@@ -7,12 +7,16 @@
 #include "transfer/xModem.h"
 #include "ui/forms.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <poll.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
@@ -33,17 +37,45 @@ int openTerminal() {
     return end;
 }
 
-// Runs "rx" with the far end as its line.
+// Carries bytes between two descriptors until one of them closes.
+[[noreturn]] void carry(int one, int other) {
+    std::array<pollfd, 2> ends{{{one, POLLIN, 0}, {other, POLLIN, 0}}};
+    std::array<char, 4096> bytes{};
+    while (::poll(ends.data(), ends.size(), -1) > 0) {
+        for (std::size_t at = 0; at < ends.size(); ++at) {
+            if (ends.at(at).revents == 0) {
+                continue;
+            }
+            const ssize_t count = ::read(ends.at(at).fd, bytes.data(), bytes.size());
+            if (count <= 0 || ::write(ends.at(1 - at).fd, bytes.data(), static_cast<std::size_t>(count)) != count) {
+                ::_exit(0);
+            }
+        }
+    }
+    ::_exit(0);
+}
+
+// Runs "rx" at the far end. It flushes its terminal right after each answer, for which a line without any delay is too
+// fast: it gets a socket in place of the terminal.
 pid_t startReceiver(int end, const char* mode, const fs::path& file) {
+    std::array<int, 2> pair{};
+    ::socketpair(AF_UNIX, SOCK_STREAM, 0, pair.data());
+    if (::fork() == 0) {
+        ::close(pair[0]);
+        carry(end, pair[1]);
+    }
     const pid_t child = ::fork();
     if (child == 0) {
-        ::dup2(end, STDIN_FILENO);
-        ::dup2(end, STDOUT_FILENO);
-        const int quiet = ::open("/dev/null", O_WRONLY);
-        ::dup2(quiet, STDERR_FILENO);
+        ::dup2(pair[0], STDIN_FILENO);
+        ::dup2(pair[0], STDOUT_FILENO);
+        ::close(pair[0]);
+        ::close(pair[1]);
+        ::dup2(::open("/dev/null", O_WRONLY), STDERR_FILENO);
         ::execlp("rx", "rx", mode, file.c_str(), nullptr);
         ::_exit(127);
     }
+    ::close(pair[0]);
+    ::close(pair[1]);
     return child;
 }
 
@@ -72,6 +104,7 @@ TEST(Peer, ReceivesTheImageWithCrcAndWithChecksum) {
         int status = -1;
         ::waitpid(peer, &status, 0);
         EXPECT_EQ(status, 0) << mode;
+        ::wait(nullptr); // the carrier ends with its peer
         CommonComm::subClosePort();
         ::close(end);
         std::ifstream file(received, std::ios::binary);

@@ -131,7 +131,7 @@ TEST_F(SimulatedUnit, TakesAnImageThroughDamageAndKeepsIt) {
                                            "operations: 50 51 54\n"
                                            "blocks: 1920 accepted, 2 refused, 1 repeated\n"
                                            "ends: 1, cancels: 0\n"
-                                           "image: complete\n"
+                                           "image: complete in 20320 ms\n"
                                            "sent: 0 blocks in 0 packets\n");
 }
 

@@ -181,8 +181,8 @@ std::int32_t xModemS() {
 std::int16_t pWaitByte(std::int32_t limit) {
     const WaitLimit waitLimit(limit);
     serialPort().setReadLimit(1);
-    for (;;) {
-        desktop().doEvents();
+    desktop().doEvents();
+    for (;;) { // window events run in each wait, so that nothing stands between a byte's coming and its reading
         if (serialPort().countReceived() > 0) {
             const Bytes byte = serialPort().read();
             return at(byte, 0);
