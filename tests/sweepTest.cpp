@@ -261,4 +261,76 @@ TEST(Sweep, RepeatedStartBytesHoldBackTheFirstBlock) {
 INSTANTIATE_TEST_SUITE_P(Share, EachPlace, testing::ValuesIn(shares(rowCount*(thinned ? 8 : 1))), rowName);
 INSTANTIATE_TEST_SUITE_P(DISABLED_Full, EachPlace, testing::ValuesIn(shares(1)), rowName);
 
+// One operation of the port or of the disk fails, once or it and all behind it, from the start of the program on.
+struct OperationShare {
+    const char* name;
+    OperationGate& (*gate)(World&);
+    Lasting lasting;
+};
+
+OperationGate& portOf(World& world) {
+    return world.port.operations();
+}
+OperationGate& diskOf(World& world) {
+    return world.files.operations();
+}
+
+class EachOperation : public testing::TestWithParam<OperationShare> {
+  protected:
+    // Whatever has failed, the operator can go on, and a box tells the truth.
+    static void check(Session& session) {
+        World& world = session.world;
+        EXPECT_TRUE(session.atRest());
+        const bool succeeded = !world.desktop.boxes().empty() && world.desktop.boxes().back().text == "Succeed";
+        EXPECT_TRUE(!succeeded || blocksIn(world) == blockCount);
+    }
+
+    static void loadAndWrite(Session& session) {
+        session.press("cmdLoading");
+        if (frmMain().cmdUpgrade.enabled) {
+            session.press("cmdUpgrade");
+        }
+        check(session);
+    }
+
+    static void runWithFailure(std::int64_t number) {
+        SCOPED_TRACE(number);
+        Session session;
+        World& world = session.world;
+        const Failure failure(failureNumber::portLost, "broken");
+        GetParam().gate(world).add(failNthOfAll(number, GetParam().lasting, failure));
+        if (session.start() == RunEnd::programEnded) {
+            return;
+        }
+        EXPECT_FALSE(world.person.possible().empty()) << "nothing is on the screen";
+        if (!frmMain().visible) {
+            return;
+        }
+        loadAndWrite(session);
+        GetParam().gate(world).removeHooks();
+        loadAndWrite(session);
+        const bool modelKnown = !run.ampTypeName.empty(); // else the write is refused
+        EXPECT_EQ(world.desktop.boxes().back().text == "Succeed", modelKnown);
+    }
+};
+
+TEST_P(EachOperation, LeavesTheOperatorAWayOn) {
+    Session session;
+    session.upgrade();
+    const std::int64_t count = GetParam().gate(session.world).passed();
+    const std::int64_t edge = 150; // start, checks and some blocks; some blocks and the end
+    for (std::int64_t number = 1; number <= count && !HasFailure(); number += thinned ? 7 : 1) {
+        if (number <= edge || number > count - edge) {
+            runWithFailure(number);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sweep, EachOperation,
+                         testing::Values(OperationShare{"PortOnce", portOf, Lasting::once},
+                                         OperationShare{"PortForGood", portOf, Lasting::forGood},
+                                         OperationShare{"DiskOnce", diskOf, Lasting::once},
+                                         OperationShare{"DiskForGood", diskOf, Lasting::forGood}),
+                         [](const auto& share) { return share.param.name; });
+
 } // namespace

@@ -1,0 +1,39 @@
+# Reads what gcov prints, "count:line:text" for each line; sums up over the folders above the seam. A line with nothing but
+# a closing brace does not count: it stands for the clean-up behind a failure.
+
+BEGIN { FS = ":" }
+
+$2 ~ /^ *0$/ && $3 == "Source" {
+    source = $4
+    wanted = source ~ /^(common|ui|link|startup|firmware|transfer|app)\//
+    next
+}
+
+wanted && $1 !~ /^ *-$/ && $2 ~ /^ *[0-9]+$/ {
+    code = substr($0, length($1) + length($2) + 3)
+    if (code ~ /^ *}[;)]*$/) {
+        next
+    }
+    line = source ":" ($2 + 0)
+    reached[line] = reached[line] || $1 !~ /#####|=====/
+    text[line] = code
+}
+
+END {
+    for (line in reached) {
+        folder = substr(line, 1, index(line, "/") - 1)
+        all[folder]++
+        hit[folder] += reached[line]
+        if (!reached[line]) {
+            print "  " line ":" text[line] | "sort -t: -k1,1 -k2,2n"
+        }
+    }
+    close("sort -t: -k1,1 -k2,2n")
+    for (folder in all) {
+        printf "%-10s %5d of %5d lines reached, %6.2f %%\n", folder, hit[folder], all[folder], 100 * hit[folder] / all[folder] | "sort"
+        lines += all[folder]
+        hits += hit[folder]
+    }
+    close("sort")
+    printf "%-10s %5d of %5d lines reached, %6.2f %%\n", "together", hits, lines, 100 * hits / lines
+}
