@@ -23,6 +23,7 @@ namespace platform {
 
 namespace {
 
+constexpr const char* deviceGone = "the device has gone away";
 std::string causeText(int systemError) {
     return std::generic_category().message(systemError);
 }
@@ -228,7 +229,8 @@ void QtSerialPort::lose(const std::string& cause) {
 void QtSerialPort::noticeError(QSerialPort::SerialPortError error) {
     const bool harmless = error == QSerialPort::NoError || error == QSerialPort::TimeoutError;
     if (!harmless && open_ && !lost_) {
-        lose(toUtf8(port_.errorString()));
+        // The toolkit's text for a device that is gone is whatever errno held last.
+        lose(error == QSerialPort::ResourceError ? deviceGone : toUtf8(port_.errorString()));
     }
 }
 
@@ -248,7 +250,7 @@ void QtSerialPort::fetch() {
     if ((ready & POLLIN) != 0) {
         port_.waitForReadyRead(0); // reports through store() or noticeError()
     } else if (ready != 0) {
-        lose(causeText(EIO));
+        lose(deviceGone);
     }
 }
 
