@@ -22,7 +22,7 @@ namespace FirmComm {
 namespace {
 
 constexpr std::int64_t silenceLimit = 3000; // milliseconds
-constexpr std::int64_t restGap = 1000;      // a longer pause ends a block caught in the middle
+constexpr std::int64_t restGap = 1000;      // after a longer pause, a lone control byte is no rest of a block
 constexpr std::int32_t packetSize = xModem::headerSize + blockSize + 1;
 constexpr std::int32_t allDataReceived = packetSize - 1; // the last byte is the checksum
 
@@ -77,11 +77,11 @@ bool beginsAsBlock(std::span<const std::uint8_t> bytes) {
     return std::ssize(bytes) >= xModem::headerSize && bytes[0] == xModem::soh && (bytes[1] ^ bytes[2]) == 0xFF;
 }
 
-// A poll right after one that caught a block in the middle. Takes the rest of that block off `bytes`; nothing is left
-// when all of them may belong to it.
-void dropRest(std::span<const std::uint8_t>& bytes) {
+// The first poll to find something after one that caught a block in the middle. Takes the rest of that block off `bytes`;
+// nothing is left when all of them may belong to it.
+void dropRest(std::span<const std::uint8_t>& bytes, bool rightAfter) {
     const bool stored = run.blockLength >= blockSize;
-    if (stored && bytes.size() == 1 && controlResult(bytes[0]) != found::nothing) {
+    if ((stored || !rightAfter) && bytes.size() == 1 && controlResult(bytes[0]) != found::nothing) {
         return; // the unit has gone on
     }
     // Of a block that is too short to be stored the rest may look like a beginning, but then it only fits as the rest.
@@ -104,9 +104,9 @@ std::int32_t takePoll(std::span<const std::uint8_t> bytes, std::int64_t now) {
     const bool rightAfter = now - run.signOfLifeAt < restGap;
     run.signOfLifeAt = now;
     Variables::CutBlocks& cut = run.cutBlocks;
-    if (cut.restDue && rightAfter) {
+    if (cut.restDue) {
         const auto polled = bytes;
-        dropRest(bytes);
+        dropRest(bytes, rightAfter);
         if (bytes.empty()) {
             keep(polled);
             return found::noBlock;

@@ -156,6 +156,9 @@ void SimulatedDesktop::runEvent(const Handler& handler) {
     } catch (const std::exception& failure) {
         violations_.push_back(std::string("a failure left an event: ") + failure.what());
     }
+    if (eventDepth_ == 1 && eventRan) {
+        eventRan();
+    }
 }
 
 void SimulatedDesktop::schedule(Micros moment, Handler handler) {
@@ -245,11 +248,14 @@ Form* SimulatedDesktop::form(std::string_view name) const {
 }
 
 // Notes what the program does with a form that it must have loaded.
-void SimulatedDesktop::require(const Form& form, FormEvent::What what) {
+void SimulatedDesktop::require(Form& form, FormEvent::What what) {
     enter();
     formEvents_.push_back({form.name, what, clock_.now()});
     if (std::ranges::find(forms_, &form) == forms_.end()) {
         violations_.push_back(form.name + " is shown, hidden or unloaded and was not loaded");
+    }
+    if (formChanges) {
+        formChanges(form, what);
     }
 }
 

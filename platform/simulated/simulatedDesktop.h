@@ -53,6 +53,11 @@ class SimulatedDesktop : public Desktop {
     // Called as soon as a box stands.
     std::function<void(const Box&)> boxStands;
 
+    // For those who watch. The first is called when the program has loaded a form and before it does anything else with
+    // one, the second behind every window event that ran inside no other.
+    std::function<void(Form&, FormEvent::What)> formChanges;
+    std::function<void()> eventRan;
+
     // What has happened so far.
     const std::deque<Box>& boxes() const { return boxes_; }
     const std::deque<AskedFile>& askedFiles() const { return askedFiles_; }
@@ -105,7 +110,7 @@ class SimulatedDesktop : public Desktop {
     void react();
     RunEnd runEvents(const Condition& stop);
     void askForFile(FileDialog& dialog, bool save);
-    void require(const Form& form, FormEvent::What what);
+    void require(Form& form, FormEvent::What what);
 
     VirtualClock& clock_;
     SimulatedPort& port_;

@@ -132,6 +132,9 @@ Bytes SimulatedPort::read() {
         received_.clear();
         readFrom_ = 0;
     }
+    if (bytesTaken && !bytes.empty()) {
+        bytesTaken(bytes);
+    }
     return bytes;
 }
 

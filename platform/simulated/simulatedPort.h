@@ -5,6 +5,7 @@
 #include "platform/simulated/operationGate.h"
 #include "platform/simulated/simulatedLine.h"
 
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -29,6 +30,9 @@ class SimulatedPort : public SerialPort {
     OperationGate& operations() { return operations_; }
     const std::string& settings() const { return settings_; }
 
+    // Called with what each read of the program takes, for those who watch.
+    std::function<void(std::span<const std::uint8_t>)> bytesTaken;
+
     void choosePort(std::int16_t number) override;
     bool isOpen() const override { return open_; }
     void setSettings(const std::string& settings) override;
@@ -49,12 +53,13 @@ class SimulatedPort : public SerialPort {
     Micros next() const;
     // Bytes are waiting, or the device has gone away.
     bool ready() const { return lost() || received_.size() > readFrom_; }
+    // The device of the open port has gone away.
+    bool lost() const;
     // True once for each time that bytes have come, or the device has gone, since the last look at the port.
     bool takeNews() { return std::exchange(news_, false); }
 
   private:
     Socket* found();
-    bool lost() const;
     void use(Operation operation); // counts the operation; fails when the port is not open or gone
     std::size_t waiting() const { return received_.size() - readFrom_; }
     [[noreturn]] void fail(int number, const std::string& cause) const;

@@ -74,17 +74,22 @@ void addEntry(std::string& text, const WireEntry& entry) {
     std::snprintf(head.data(), head.size(), "%13.6f %s%s", static_cast<double>(entry.at) / 1e6,
                   entry.direction == Direction::toUnit ? "tool" : "unit", entry.altered ? " altered:" : ":");
     text += head.data();
-    if (entry.bytes.empty()) {
-        text += " nothing";
-    } else if (entry.bytes.size() <= longestShown) {
-        addShort(text, entry.bytes);
-    } else {
-        addLong(text, entry.bytes);
-    }
-    text += '\n';
+    text += wireText(entry.bytes) + '\n';
 }
 
 } // namespace
+
+std::string wireText(std::span<const std::uint8_t> bytes) {
+    std::string text;
+    if (bytes.empty()) {
+        text = " nothing";
+    } else if (bytes.size() <= longestShown) {
+        addShort(text, bytes);
+    } else {
+        addLong(text, bytes);
+    }
+    return text;
+}
 
 void WireRecord::keep(std::size_t limit) {
     limit_ = limit;

@@ -20,6 +20,9 @@ struct WireEntry {
     Bytes bytes;
 };
 
+// Bytes for reading, in short where they are many: control characters by name, printable text in quotes.
+std::string wireText(std::span<const std::uint8_t> bytes);
+
 class WireRecord {
   public:
     // Keeps the last `limit` entries only; 0 records nothing.
