@@ -9,8 +9,6 @@ namespace {
 constexpr std::size_t leadOffset = 0x3BF00;
 constexpr std::size_t leadLength = 5;
 constexpr std::size_t versionOffset = 0x3BF05;
-constexpr std::size_t typeOffset = 0x3BF10;
-constexpr std::size_t typeLength = 16;
 
 void putText(Bytes& image, std::size_t offset, std::size_t length, std::string text, char filler) {
     text.resize(length, filler);
@@ -30,7 +28,7 @@ Bytes makeSampleImage(const SampleImage& sample) {
     putText(image, leadOffset, leadLength, sample.leadText, ' ');
     image[versionOffset] = static_cast<std::uint8_t>(sample.rawVersion);
     image[versionOffset + 1] = static_cast<std::uint8_t>(sample.rawVersion >> 8);
-    putText(image, typeOffset, typeLength, sample.typeText, sample.zeroFilled ? '\0' : ' ');
+    putText(image, typeTextOffset, typeTextLength, sample.typeText, sample.zeroFilled ? '\0' : ' ');
     return image;
 }
 

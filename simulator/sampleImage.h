@@ -6,6 +6,10 @@
 
 namespace simulator {
 
+// Where the type text stands in an image.
+inline constexpr std::size_t typeTextOffset = 0x3BF10;
+inline constexpr std::size_t typeTextLength = 16;
+
 struct SampleImage {
     std::string typeText = "AMPFIRM"; // up to 16 characters
     std::uint16_t rawVersion = 11046;
