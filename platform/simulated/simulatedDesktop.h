@@ -54,7 +54,7 @@ class SimulatedDesktop : public Desktop {
     std::function<void(const Box&)> boxStands;
 
     // For those who watch. The first is called when the program has loaded a form and before it does anything else with
-    // one, the second behind every window event that ran inside no other.
+    // one, the second after every window event that ran inside no other.
     std::function<void(Form&, FormEvent::What)> formChanges;
     std::function<void()> eventRan;
 
