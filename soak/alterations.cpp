@@ -70,10 +70,10 @@ void hideInSum(Bytes& bytes, Random& random) {
     if (bytes.size() < simulator::checksumPacketSize || bytes.front() != simulator::soh) {
         return;
     }
-    const std::int64_t first = simulator::headerSize + random.below(simulator::blockSize - 1);
+    const auto place = static_cast<std::size_t>(random.below(simulator::blockSize - 1));
     const auto change = static_cast<std::uint8_t>(random.between(1, 255));
-    std::uint8_t& up = bytes[static_cast<std::size_t>(first)];
-    std::uint8_t& down = bytes[static_cast<std::size_t>(first) + 1];
+    std::uint8_t& up = bytes[simulator::headerSize + place];
+    std::uint8_t& down = bytes[simulator::headerSize + place + 1];
     up = static_cast<std::uint8_t>(up + change);
     down = static_cast<std::uint8_t>(down - change);
 }

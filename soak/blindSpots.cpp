@@ -92,7 +92,7 @@ bool WriteAccount::earned(const Unit& unit) const {
 }
 
 bool WriteAccount::arrivedDamaged(std::span<const std::uint8_t> data) const {
-    return !std::ranges::search(damaged_, data).empty();
+    return std::search(damaged_.begin(), damaged_.end(), data.begin(), data.end()) != damaged_.end();
 }
 
 bool WriteAccount::explains(const Bytes& received, const Bytes& file) const {

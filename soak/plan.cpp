@@ -5,7 +5,6 @@
 namespace soak {
 
 using simulator::milliseconds;
-using simulator::seconds;
 
 namespace {
 

@@ -12,7 +12,6 @@ using platform::Box;
 using platform::Deed;
 using platform::FormEvent;
 using platform::Passage;
-using platform::RunEnd;
 using platform::World;
 
 namespace {
