@@ -33,7 +33,8 @@ void checkCut(const std::string& value, const std::string& whole) {
     check(value.size() <= profileValueLimit, "a value keeps its limit");
     if (value.size() < whole.size()) {
         check(value.size() + 3 >= profileValueLimit, "a value is cut at its limit");
-        check(!continuesCharacter(whole[value.size()]) || value.size() == profileValueLimit, "no character is cut");
+        const bool noText = std::all_of(value.end() - 3, value.end(), continuesCharacter); // no character is that long
+        check(!continuesCharacter(whole[value.size()]) || noText, "no character is cut");
     }
 }
 
