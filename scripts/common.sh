@@ -6,6 +6,7 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 buildPackages=(cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libgtest-dev)
 # A stand-in for each of the two fonts that the windows ask for.
 fontPackages=(fontconfig fonts-liberation2 fonts-ipafont-gothic)
+fuzzPackages=(clang libclang-rt-dev)
 # A screen for machines without one, and hands and eyes for the scripted operator.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick)
 
@@ -62,10 +63,4 @@ buildPreset() {
         quietly cmake --preset "$preset"
     fi
     cmake --build --preset "$preset" ${1:+--target "$@"}
-}
-
-# True when there is a clang that can put its fuzzer behind a program.
-fuzzerAvailable() {
-    command -v clang++ >/dev/null &&
-        clang++ -fsanitize=fuzzer -x c++ -o /dev/null - 2>/dev/null <<<'extern "C" int LLVMFuzzerTestOneInput(const char*, unsigned long) { return 0; }'
 }
