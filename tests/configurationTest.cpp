@@ -136,6 +136,7 @@ TEST(Text, ReadsNumbersWholeOrByTheirBeginning) {
         EXPECT_EQ(roundToWhole(number), whole) << number;
     }
     EXPECT_THROW(roundToWhole(2147483648.0), Failure);
+    EXPECT_THROW(numericBeginning("1e999"), Failure);
     EXPECT_EQ(thousandthsText(1046), "1.046");
     EXPECT_EQ(thousandthsText(7), "0.007");
     EXPECT_EQ(textOfBytes("A\xE9"), "A\xC3\xA9");

@@ -1,4 +1,5 @@
 // The load of a firmware file: what the operator sees of it, and what is kept.
+#include "firmware/identificationBlock.h"
 #include "tests/session.h"
 
 namespace {
@@ -130,6 +131,7 @@ TEST_F(Load, KeepsOrDropsTheFileLoadedBefore) {
 
 TEST_F(Load, TakesTheVersionOfTheUnitBackOnTheScreen) {
     session.press("cmdLoading");
+    EXPECT_EQ(FirmComm::fncGetFileField(FirmComm::FileField::leadText), "TARN0");
     session.press("cmdUpgrade");
     EXPECT_EQ(frmMain().lblVersion[0].caption, "1.046");
     session.press("cmdLoading");

@@ -38,6 +38,14 @@ class ServiceSession : public Session {
     }
 };
 
+// The unit's supply fails so many seconds from now, and comes back.
+std::function<void(ServiceSession&)> silentAt(int delay) {
+    return [delay](ServiceSession& session) {
+        const Micros off = session.world.clock.now() + seconds(delay);
+        session.world.restartUnit(off, off + seconds(2));
+    };
+}
+
 TEST(Save, EndsInOneOfItsWays) {
     enum class File { whole, none, partly };
     struct Row {
@@ -68,12 +76,7 @@ TEST(Save, EndsInOneOfItsWays) {
              session.world.desktop.chooseFile = [](const AskedFile&) { return std::nullopt; };
          },
          "", "", File::none},
-        {"the unit falls silent",
-         [](ServiceSession& session) {
-             session.world.restartUnit(session.world.clock.now() + seconds(30),
-                                       session.world.clock.now() + seconds(32));
-         },
-         stopped + succeed, "52 54 53 ", File::none},
+        {"the unit falls silent", silentAt(30), stopped + succeed, "52 54 53 ", File::none},
         {"one EOT only", unit([](auto& options) { options.repeatsEnd = false; }), stopped + succeed, "52 54 53 ",
          File::none},
         {"an early end", unit([](auto& options) {
@@ -198,6 +201,15 @@ TEST(Verification, EndsInOneOfItsWays) {
              session.world.unit.options().packetAnswers[4] = {simulator::PacketAnswer::Fate::cancels};
          },
          error + "|16>1\n" + failed, "50 51 54 ", 6},
+        {"the unit falls silent while it sends", silentAt(120),
+         error + "The unit stopped sending. Its firmware could not be read back.|16>1\n" + differs,
+         "50 51 54 52 54 54 53 "},
+        {"a piece of a block, and then the end",
+         [](ServiceSession& session) {
+             session.world.unit.options().answerLimit = seconds(2);
+             session.world.unit.options().sentInstead = {{9, Bytes(50, 0x01)}, {10, {0x04}}, {11, {0x04}}};
+         },
+         error + "A part of the firmware was lost on the way back.|16>1\n" + differs, "50 51 54 52 54 54 53 "},
         {"pulled while it reads back",
          [](ServiceSession& session) {
              session.world.port.socket(3).pulledAt = session.world.clock.now() + seconds(120);

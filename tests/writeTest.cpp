@@ -1,5 +1,7 @@
 // A write from the button to the last box, and every way in which it ends.
 #include "tests/session.h"
+#include "transfer/readProcedure.h"
+#include "transfer/writeProcedure.h"
 
 namespace {
 
@@ -187,6 +189,21 @@ TEST(Write, IsLeftByCancelAtTheQuestion) {
     EXPECT_EQ(frmMain().mousePointer, MousePointer::arrow);
     EXPECT_TRUE(session.atRest());
     EXPECT_TRUE(run.fileLoaded);
+}
+
+TEST(Steps, DoNothingWhileOneRunsAndForStatesNotTheirs) {
+    Session session;
+    session.start();
+    for (std::int32_t state = 0; state <= 14; ++state) {
+        run.stepBusy = true;
+        EXPECT_EQ(FirmComm::fncWriteStep(state), 0);
+        EXPECT_EQ(FirmComm::fncReadStep(state), 0);
+        run.stepBusy = false;
+        EXPECT_TRUE(state == 7 || state == 12 || FirmComm::fncWriteStep(state) == state);
+        EXPECT_TRUE(state == 1 || state == 2 || state == 4 || state == 5 || FirmComm::fncReadStep(state) == state);
+    }
+    EXPECT_EQ(session.operations(), "");
+    EXPECT_TRUE(session.atRest());
 }
 
 TEST(Write, GoesToTheSelectedRow) {
