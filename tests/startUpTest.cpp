@@ -1,4 +1,5 @@
 // The way from the start to the main window, and all the ways that do not lead there.
+#include "startup/identification.h"
 #include "tests/session.h"
 
 namespace {
@@ -239,6 +240,16 @@ TEST(Identification, FillsTheRowsFromWhatTheUnitSays) {
             << row.what;
         EXPECT_EQ(session.boxes(), "") << row.what;
     }
+}
+
+TEST(StartUp, WouldRefuseAUnitInJapanese) {
+    Session session;
+    session.start();
+    frmMain().optLanguage[0].value = 1;
+    frmMain().optLanguage[1].value = 0;
+    session.world.unit.options().sensorCount = 2;
+    EXPECT_EQ(session.world.desktop.run(StartUpWindow::subIdentifyUnit), RunEnd::programEnded);
+    EXPECT_EQ(session.world.desktop.boxes().back().style, boxStyle::question);
 }
 
 } // namespace
