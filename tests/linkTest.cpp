@@ -46,52 +46,8 @@ class Link : public testing::Test {
     World& world = session.world;
 };
 
-TEST_F(Link, SendsEachCommandInItsFrame) {
-    struct Row {
-        std::function<std::string()> send;
-        std::string frame;
-    };
-    Bytes reply;
-    const Row rows[] = {
-        {[&] { return fncCommand("0501", reply); }, "\x02"
-                                                    "000000501\x03\x37"},
-        {[&] { return fncReadUnitState("0601", reply); }, "\x02"
-                                                          "000000601\x03\x34"},
-        {[&] { return fncReadArea("D4", 1, 1, reply, 5000, false); }, "\x02"
-                                                                      "000000101D40001000001\x03\x43"},
-        {[&] { return fncReadArea("D5", 1, 1, reply, 5000, false); }, "\x02"
-                                                                      "000000101D50001000001\x03\x42"},
-        {[] { return fncOperation("50", 1); }, "\x02"
-                                               "00000300550010000\x03\x31"},
-        {[] { return fncOperation("51", 1); }, "\x02"
-                                               "00000300551010C00\x03\x43"},
-        {[] { return fncOperation("52", 1); }, "\x02"
-                                               "00000300552010C00\x03\x40"},
-        {[] { return fncOperation("53", 1); }, "\x02"
-                                               "00000300553010000\x03\x32"},
-        {[] { return fncOperation("54", 1); }, "\x02"
-                                               "00000300554010000\x03\x35"},
-        {[] { return fncOperation("50", 0); }, "\x02"
-                                               "00000300550000000\x03\x30"},
-        {[] { return fncOperation("51", 0); }, "\x02"
-                                               "00000300551000C00\x03\x42"},
-        {[] { return fncOperation("52", 0); }, "\x02"
-                                               "00000300552000C00\x03\x41"},
-        {[] { return fncOperation("53", 0); }, "\x02"
-                                               "00000300553000000\x03\x33"},
-        {[] { return fncOperation("54", 0); }, "\x02"
-                                               "00000300554000000\x03\x34"},
-        {[&] { return fncCommand("01ab", reply); }, "\x02"
-                                                    "0000001AB\x03\x31"},
-    };
-    world.unit.options().answers = {{"01AB", 0, {.reply = simulator::frameOf("00000001AB0000")}}};
-    for (const Row& row : rows) {
-        world.line.record().clear();
-        EXPECT_EQ(row.send(), "0000") << row.frame;
-        EXPECT_EQ(sent(), row.frame);
-    }
-    EXPECT_EQ(session.boxes(), "");
-}
+const std::string stx = "\x02";
+const std::string timeoutBox = "Tarn Beacon|It is a receiving timeout error.|16>1\n";
 
 Bytes bytesOf(const std::string& text) {
     return Bytes(text.begin(), text.end());
@@ -107,15 +63,44 @@ Bytes wrongCheck(const std::string& text) {
     return bytes;
 }
 
+TEST_F(Link, SendsEachCommandInItsFrame) {
+    struct Row {
+        std::function<std::string()> send;
+        std::string frame; // after STX
+    };
+    Bytes reply;
+    const Row rows[] = {
+        {[&] { return fncCommand("0501", reply); }, "000000501\x03\x37"},
+        {[&] { return fncCommand("01ab", reply); }, "0000001AB\x03\x31"},
+        {[&] { return fncReadUnitState("0601", reply); }, "000000601\x03\x34"},
+        {[&] { return fncReadArea("D4", 1, 1, reply, 5000, false); }, "000000101D40001000001\x03\x43"},
+        {[&] { return fncReadArea("D5", 1, 1, reply, 5000, false); }, "000000101D50001000001\x03\x42"},
+        {[] { return fncOperation("50", 1); }, "00000300550010000\x03\x31"},
+        {[] { return fncOperation("51", 1); }, "00000300551010C00\x03\x43"},
+        {[] { return fncOperation("52", 1); }, "00000300552010C00\x03\x40"},
+        {[] { return fncOperation("53", 1); }, "00000300553010000\x03\x32"},
+        {[] { return fncOperation("54", 1); }, "00000300554010000\x03\x35"},
+        {[] { return fncOperation("50", 0); }, "00000300550000000\x03\x30"},
+        {[] { return fncOperation("51", 0); }, "00000300551000C00\x03\x42"},
+    };
+    world.unit.options().answers = {{"01AB", 0, {.reply = frame("00000001AB0000")}}};
+    for (const Row& row : rows) {
+        world.line.record().clear();
+        EXPECT_EQ(row.send(), "0000") << row.frame;
+        EXPECT_EQ(sent(), stx + row.frame);
+    }
+    EXPECT_EQ(session.boxes(), "");
+}
+
 TEST_F(Link, GivesTheResultOfEachReply) {
     const std::string data447(447, 'x');
     struct Row {
         const char* what;
         Bytes reply;
         std::string result;
-        bool late = false; // the exchange lasts its whole limit
-        std::string logged = {};
-        std::string box = {}; // after "Tarn Beacon|"; then commBusy stays
+        bool late = false;       // the exchange lasts its whole limit
+        std::string logged = {}; // from "S:" on
+        std::string box = {};    // then commBusy stays
         bool rawData = true;
     };
     const Row rows[] = {
@@ -123,50 +108,34 @@ TEST_F(Link, GivesTheResultOfEachReply) {
         {"other response code", frame("00000F05011001"), "1001"},
         {"lower-case digits", frame("000000050122ab"), "22AB"},
         {"end code 0f", frame("00000f05010000"), "900f"},
-        {"end code 13, nothing stored", frame("000013"), "9999", false, "", "It is a receiving timeout error.|16>1\n"},
+        {"end code 13, nothing stored", frame("000013"), "9999", false, "", timeoutBox},
         {"end code 13 with a command code", frame("0000130501"), "9013"},
         {"end code 11, any check", wrongCheck("000011"), "9011"},
-        {"bad check", wrongCheck("000000050100001"), "", false,
-         "[NG2] S:True E:True B:True P:True U:4 A:05 01 00 00 31 \r\n"},
+        {"bad check", wrongCheck("000000050100001"), "", false, "S:True E:True B:True P:True U:4 A:05 01 00 00 31"},
         {"bad check, 0F", wrongCheck("00000F05010000"), ""},
         {"bad check, other end code", wrongCheck("0000220501"), "9022"},
         {"silence", {}, "9999", true},
-        {"cut short after the end code",
-         bytesOf("\x02"
-                 "00000005"),
-         "", true, "[NG2] S:True E:False B:False P:False U:450 A:05 \r\n"},
-        {"one character of the end code",
-         bytesOf("\x02"
-                 "00000"),
-         "900", true},
-        {"no check byte",
-         bytesOf("\x02"
-                 "00000005010000\x03"),
-         "", true, "[NG2] S:True E:True B:False P:False U:450 A:05 01 00 00 \r\n"},
+        {"cut short after the end code", bytesOf(stx + "00000005"), "", true,
+         "S:True E:False B:False P:False U:450 A:05"},
+        {"one character of the end code", bytesOf(stx + "00000"), "900", true},
+        {"no check byte", bytesOf(stx + "00000005010000\x03"), "", true,
+         "S:True E:True B:False P:False U:450 A:05 01 00 00"},
         {"no STX", bytesOf("00000005010000\x03\x07"), "", true,
-         "[NG2] S:False E:True B:False P:False U:450 A:05 01 00 00 07 \r\n", "", true},
-        {"noise ahead of STX moves the positions",
-         bytesOf("x\x02"
-                 "0000000501000\x03"),
-         "", true, "[NG2] S:True E:True B:False P:False U:450 A:00 50 10 00 \r\n", "", false},
-        {"ETX ahead of STX ends at the next byte",
-         bytesOf("\x03\x02"
-                 "0"),
-         "9999", false, "", "It is a receiving timeout error.|16>1\n"},
-        {"no hexadecimal digits", frame("0000000g01"), "9999", false, "", "It is a receiving timeout error.|16>1\n"},
-        {"no response code", frame("0000000501"), "9999", false, "", "It is a receiving timeout error.|16>1\n"},
+         "S:False E:True B:False P:False U:450 A:05 01 00 00 07"},
+        {"noise ahead of STX moves the positions", bytesOf("x" + stx + "0000000501000\x03"), "", true,
+         "S:True E:True B:False P:False U:450 A:00 50 10 00"},
+        {"ETX ahead of STX ends at the next byte", {0x03, 0x02, '0'}, "9999", false, "", timeoutBox},
+        {"no hexadecimal digits", frame("0000000g01"), "9999", false, "", timeoutBox},
+        {"no response code", frame("0000000501"), "9999", false, "", timeoutBox},
         {"451 stored bytes", frame("00000005010000" + data447), "0000"},
-        {"452 stored bytes", frame("00000005010000" + data447 + "x"), "9999", false, "",
-         "It is a receiving timeout error.|16>1\n"},
-        {"STX and ETX within raw data",
-         bytesOf("\x02"
-                 "00000005010000a\x02"
-                 "b\x03\x03"),
-         "", false, "[NG2] S:True E:True B:True P:True U:5 A:05 01 00 00 61 62 \r\n"},
+        {"452 stored bytes", frame("00000005010000x" + data447), "9999", false, "", timeoutBox},
+        {"STX and ETX within raw data", bytesOf(stx + "00000005010000a" + stx + "b\x03\x03"), "", false,
+         "S:True E:True B:True P:True U:5 A:05 01 00 00 61 62"},
         {"hexadecimal data", frame("000000010100000000041A"), "0000", false, "", "", false},
     };
     for (const Row& row : rows) {
         for (const std::size_t piece : {0, 1, 7}) {
+            SCOPED_TRACE(row.what);
             world.files.remove("/tarnbeacon/KelpLog.txt");
             const std::string boxesBefore = session.boxes();
             run.commBusy = false;
@@ -177,11 +146,12 @@ TEST_F(Link, GivesTheResultOfEachReply) {
             const Micros lasted = timeOf([&] {
                 result = row.rawData ? fncCommand("0501", reply) : fncSendCommand("0501", false, reply, 5000, false);
             });
-            EXPECT_EQ(result, row.result) << row.what;
-            EXPECT_EQ(lasted >= seconds(5), row.late) << row.what << lasted;
-            EXPECT_EQ(log().empty() ? "" : log().substr(log().find('[')), row.logged) << row.what;
-            EXPECT_EQ(run.commBusy, !row.box.empty()) << row.what;
-            EXPECT_EQ(session.boxes(), boxesBefore + (row.box.empty() ? "" : "Tarn Beacon|" + row.box)) << row.what;
+            EXPECT_EQ(result, row.result);
+            EXPECT_EQ(lasted >= seconds(5), row.late) << lasted;
+            EXPECT_EQ(log().empty() ? "" : log().substr(log().find('[')),
+                      row.logged.empty() ? "" : "[NG2] " + row.logged + " \r\n");
+            EXPECT_EQ(run.commBusy, !row.box.empty());
+            EXPECT_EQ(session.boxes(), boxesBefore + row.box);
             world.port.clearReceived();
         }
     }
@@ -224,37 +194,24 @@ TEST_F(Link, AsksFromTheThirdTryOnWhetherToGoOn) {
 
 TEST_F(Link, ReadsTheUnitState) {
     struct Row {
-        const char* reply;
+        const char* reply; // response code and data
         const char* result;
         const char* state;
         int sensors;
     };
     const Row rows[] = {
-        {"00000006010000"
-         "0012",
-         "0000", "00", 12},
-        {"00000006010000"
-         "0000",
-         "0000", "00", 0},
-        {"00000006010000"
-         "010x",
-         "9999", "01", 0},
-        {"00000006010000"
-         "00",
-         "9999", "00", 0},
-        {"00000006011004"
-         "0001",
-         "1004", "", 0},
+        {"00000012", "0000", "00", 12}, {"00000000", "0000", "00", 0}, {"0000010x", "9999", "01", 0},
+        {"000000", "9999", "00", 0},    {"10040001", "1004", "", 0},
     };
     for (const Row& row : rows) {
-        world.unit.options().answers = {{"0601", 0, {.reply = frame(row.reply)}}};
+        world.unit.options().answers = {{"0601", 0, {.reply = frame(std::string("0000000601") + row.reply)}}};
         Bytes reply;
         EXPECT_EQ(fncReadUnitState("0601", reply), row.result) << row.reply;
         EXPECT_EQ(run.unitStateText, row.state) << row.reply;
         EXPECT_EQ(run.sensorCount, row.sensors) << row.reply;
     }
-    EXPECT_EQ(session.boxes(), "Tarn Beacon|Application error.\r\nRES : 0000|16>1\n"
-                               "Tarn Beacon|Application error.\r\nRES : 0000|16>1\n");
+    const std::string box = "Tarn Beacon|Application error.\r\nRES : 0000|16>1\n";
+    EXPECT_EQ(session.boxes(), box + box);
 }
 
 TEST_F(Link, ChecksTheTargetByNumber) {
@@ -289,24 +246,21 @@ TEST(Port, OpensWithAMessageForEachFailure) {
         std::string boxes;
         bool open;
     };
+    const auto socket = [](Socket::State state) {
+        return [state](World& world) { world.port.socket(9).state = state; };
+    };
+    const auto failure = [](Operation operation) {
+        const Failure gone(failureNumber::portLost, "gone");
+        return [=](World& world) { world.port.operations().add(failNth(operation, 1, Lasting::once, gone)); };
+    };
     const Row rows[] = {
         {"free", [](World&) {}, "", true},
         {"missing", [](World& world) { world.port.removeSocket(9); }, missing, false},
-        {"held", [](World& world) { world.port.socket(9).state = Socket::State::held; }, held, false},
-        {"forbidden", [](World& world) { world.port.socket(9).state = Socket::State::forbidden; }, held, false},
-        {"settings", [](World& world) { world.port.socket(9).state = Socket::State::refusesSettings; }, held, false},
-        {"first read fails",
-         [](World& world) {
-             world.port.operations().add(
-                 failNth(Operation::readPort, 1, Lasting::once, Failure(failureNumber::portLost, "gone")));
-         },
-         held, false},
-        {"buffer sizes refused",
-         [](World& world) {
-             world.port.operations().add(
-                 failNth(Operation::setBufferSizes, 1, Lasting::once, Failure(failureNumber::portLost, "gone")));
-         },
-         "", true},
+        {"held", socket(Socket::State::held), held, false},
+        {"forbidden", socket(Socket::State::forbidden), held, false},
+        {"settings", socket(Socket::State::refusesSettings), held, false},
+        {"first read fails", failure(Operation::readPort), held, false},
+        {"buffer sizes refused", failure(Operation::setBufferSizes), "", true},
         {"open already", [](World&) { EXPECT_TRUE(fncOpenPort(9, "38400,n,8,1")); }, held, true},
     };
     for (const Row& row : rows) {

@@ -1,8 +1,9 @@
 // The real desktop, on the toolkit's offscreen screen: a form of every kind of control, worked by mouse and keyboard.
 #include "platform/qt/qtDesktop.h"
 
-#include "platform/failure.h"
 #include "platform/qt/instanceLock.h"
+#include "tests/failureOf.h"
+#include "tests/testForm.h"
 
 #include <QComboBox>
 #include <QFileDialog>
@@ -40,45 +41,6 @@ QtDesktop& theDesktop() {
     }();
     return *desktop;
 }
-
-Control make(ControlKind kind, const char* name, Place place, int tabIndex = -1) {
-    return {.kind = kind, .name = name, .place = place, .tabIndex = tabIndex, .caption = name};
-}
-
-struct TestForm : Form {
-    Control picture = make(ControlKind::picture, "picture", {0, 0, 300, 300});
-    Control rectangle = make(ControlKind::rectangle, "rectangle", {0, 0, 1500, 300});
-    Control line = make(ControlKind::line, "line", {1500, 300, -1500, 0});
-    Control label = make(ControlKind::label, "label", {150, 150, 1500, 255});
-    Control second = make(ControlKind::button, "second", {150, 450, 1500, 315}, 2);
-    Control first = make(ControlKind::button, "R&D", {150, 900, 1500, 315}, 1);
-    Control frame = make(ControlKind::frame, "frame", {150, 1350, 3000, 1200});
-    Control inFrame[2] = {make(ControlKind::optionButton, "inFrame0", {150, 300, 1500, 255}, 3),
-                          make(ControlKind::optionButton, "inFrame1", {150, 700, 1500, 255}, 4)};
-    Control outside = make(ControlKind::optionButton, "outside", {3300, 150, 1500, 255}, 5);
-    Control check = make(ControlKind::checkBox, "check", {3300, 450, 1500, 255}, 6);
-    Control list = make(ControlKind::dropDownList, "list", {3300, 900, 1500, 315}, 7);
-    Control bar = make(ControlKind::progressBar, "bar", {3300, 1350, 1500, 315});
-    Control menu = make(ControlKind::menu, "menu", {});
-    Timer timer{"timer"};
-    std::vector<std::string> events;
-
-    TestForm() {
-        name = "form";
-        title = "Form";
-        clientArea = {5000, 3000};
-        inFrame[0].container = inFrame[1].container = "frame";
-        inFrame[0].value = outside.value = 1;
-        list.items = {"COM1", "COM2", "COM3"};
-        list.listIndex = 0;
-        controls = {&picture,    &rectangle,  &line,    &label, &second, &first, &frame,
-                    &inFrame[0], &inFrame[1], &outside, &check, &list,   &bar,   &menu};
-        timers = {&timer};
-        for (Control* control : controls) {
-            control->click = [this, control] { events.push_back(control->name); };
-        }
-    }
-};
 
 class QtDesktopTest : public testing::Test {
   protected:
@@ -316,12 +278,7 @@ TEST_F(QtDesktopTest, FileDialogsTakeAnyNameAndGiveItBackUnchanged) {
     EXPECT_EQ(dialog.flags, -1);
     EXPECT_EQ(dialog.fileName, (folder / "old.bin").string());
     whenShown<QFileDialog>([](QFileDialog* shown) { shown->reject(); });
-    try {
-        desktop_.showOpen(dialog);
-        ADD_FAILURE() << "a cancelled dialog is a failure";
-    } catch (const Failure& failure) {
-        EXPECT_EQ(failure.number(), failureNumber::dialogCancelled);
-    }
+    EXPECT_EQ(failureOf([&] { desktop_.showOpen(dialog); }), failureNumber::dialogCancelled);
     EXPECT_EQ(dialog.fileName, (folder / "old.bin").string());
     std::filesystem::remove_all(folder);
 }
@@ -381,14 +338,13 @@ TEST(DiskFilesTest, FailuresNameFileAndCauseAndAWriteKeepsTheRest) {
     DiskFiles files;
     EXPECT_FALSE(files.exists(path));
     files.appendLine(path, "0123456789");
-    {
-        const auto file = files.openBinary(path, FileAccess::write);
-        file->write(2, std::array<std::uint8_t, 3>{'a', 'b', 'c'});
-        file->close();
-    }
+    const auto file = files.openBinary(path, FileAccess::write);
+    file->write(2, std::array<std::uint8_t, 3>{'a', 'b', 'c'});
+    file->close();
     EXPECT_EQ(files.readAll(path), "01abc56789\n");
     EXPECT_EQ(files.length(path), 11);
     std::array<std::uint8_t, 4> bytes{};
+    const auto full = files.openBinary("/dev/full", FileAccess::write);
     struct Row {
         std::function<void()> action;
         int number;
@@ -399,8 +355,8 @@ TEST(DiskFilesTest, FailuresNameFileAndCauseAndAWriteKeepsTheRest) {
         {[&] { files.length(folder.string()); }, failureNumber::fileRefused, "Is a directory"},
         {[&] { files.openBinary(path, FileAccess::read)->read(9, bytes); }, failureNumber::fileBroken,
          "ends too early"},
-        {[&] { files.openBinary("/dev/full", FileAccess::write)->write(0, bytes); }, failureNumber::fileBroken,
-         "No space left on device"}};
+        {[&] { full->write(0, bytes); }, failureNumber::fileBroken, "No space left on device"},
+    };
     for (const Row& row : rows) {
         try {
             row.action();

@@ -1,9 +1,9 @@
 // The real serial port on a pseudo terminal: the test holds the far end.
 #include "platform/qt/qtSerialPort.h"
 
-#include "platform/failure.h"
 #include "platform/qt/diskFiles.h"
 #include "platform/qt/portDevice.h"
+#include "tests/failureOf.h"
 
 #include <QCoreApplication>
 
@@ -18,6 +18,7 @@
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace platform;
 
@@ -31,17 +32,6 @@ Bytes bytesFrom(int first, int count) {
         bytes.push_back(static_cast<std::uint8_t>(first + at));
     }
     return bytes;
-}
-
-template <class Action>
-int failureOf(Action action) {
-    try {
-        action();
-    } catch (const Failure& failure) {
-        EXPECT_FALSE(failure.description().empty());
-        return failure.number();
-    }
-    return 0;
 }
 
 Micros processorTime() {
@@ -59,7 +49,6 @@ class QtSerialPortTest : public testing::Test {
         ::tcgetattr(far_, &raw);
         ::cfmakeraw(&raw); // or the terminal echoes what comes before the port is open
         ::tcsetattr(far_, TCSANOW, &raw);
-        folder_ = std::filesystem::temp_directory_path() / ("qtSerialPortTest" + std::to_string(::getpid()));
         std::filesystem::create_directory(folder_);
         // Links are followed, so that every program knows the device by one name.
         std::filesystem::create_symlink(device_, folder_ / "unit");
@@ -68,6 +57,7 @@ class QtSerialPortTest : public testing::Test {
     }
 
     ~QtSerialPortTest() override {
+        port_.close();
         ::close(far_);
         std::filesystem::remove_all(folder_);
         std::filesystem::remove(lockFile());
@@ -75,13 +65,13 @@ class QtSerialPortTest : public testing::Test {
 
     std::string lockFile() const { return "/var/lock/LCK..pts_" + device_.substr(device_.rfind('/') + 1); }
 
-    QtSerialPort makePort() { return {files_, (folder_ / "Setting.INI").string()}; }
-
-    void open(QtSerialPort& port, std::int16_t number = 3) {
-        port.choosePort(number);
-        port.setSettings("38400,n,8,1");
-        port.open();
+    void open(std::int16_t number = 3) {
+        port_.choosePort(number);
+        port_.setSettings("38400,n,8,1");
+        port_.open();
     }
+
+    void closeFar() { ::close(std::exchange(far_, -1)); }
 
     void giveFar(const Bytes& bytes) const {
         ASSERT_EQ(::write(far_, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
@@ -104,12 +94,12 @@ class QtSerialPortTest : public testing::Test {
     }
 
     // The bytes that came within a second, once `count` of them wait.
-    static std::int16_t awaited(QtSerialPort& port, std::int16_t count) {
+    std::int16_t awaited(std::int16_t count) {
         const Micros limit = clockMicros() + second;
-        while (port.countReceived() < count && clockMicros() < limit) {
-            port.waitForNews(limit);
+        while (port_.countReceived() < count && clockMicros() < limit) {
+            port_.waitForNews(limit);
         }
-        return port.countReceived();
+        return port_.countReceived();
     }
 
     // A process that opens the port and holds it; it is gone when its end is awaited.
@@ -118,11 +108,8 @@ class QtSerialPortTest : public testing::Test {
         EXPECT_EQ(::pipe(ready), 0);
         const pid_t holder = ::fork();
         if (holder == 0) {
-            QtSerialPort port = makePort();
-            open(port);
-            EXPECT_EQ(::write(ready[1], "x", 1), 1);
-            ::pause();
-            ::_exit(0);
+            open();
+            ::_exit(::write(ready[1], "x", 1) == 1 ? ::pause() : 1);
         }
         char opened;
         EXPECT_EQ(::read(ready[0], &opened, 1), 1);
@@ -131,150 +118,140 @@ class QtSerialPortTest : public testing::Test {
 
     int far_ = -1;
     std::string device_;
-    std::filesystem::path folder_;
+    const std::filesystem::path folder_ =
+        std::filesystem::temp_directory_path() / ("qtSerialPortTest" + std::to_string(::getpid()));
     DiskFiles files_;
+    QtSerialPort port_{files_, (folder_ / "Setting.INI").string()};
 };
 
 TEST_F(QtSerialPortTest, BytesKeepValueAndOrderBothWaysWithoutAnEventLoop) {
-    QtSerialPort port = makePort();
     giveFar(bytesFrom(0x30, 5)); // waits before the open; the program throws it away
-    open(port);
-    awaited(port, 5);
-    EXPECT_EQ(port.read().size(), 5U);
+    open();
+    awaited(5);
+    EXPECT_EQ(port_.read().size(), 5U);
     const Bytes all = bytesFrom(0, 256);
     giveFar(all);
-    EXPECT_EQ(awaited(port, 256), 256);
-    port.setReadLimit(1);
-    EXPECT_EQ(port.read(), Bytes{0});
-    port.setReadLimit(0);
-    EXPECT_EQ(port.read(), bytesFrom(1, 255));
-    EXPECT_TRUE(port.read().empty());
-    port.write(all);
+    EXPECT_EQ(awaited(256), 256);
+    port_.setReadLimit(1);
+    EXPECT_EQ(port_.read(), Bytes{0});
+    port_.setReadLimit(0);
+    EXPECT_EQ(port_.read(), bytesFrom(1, 255));
+    EXPECT_TRUE(port_.read().empty());
+    port_.write(all);
     EXPECT_EQ(takeFar(256), all);
 }
 
 TEST_F(QtSerialPortTest, ClearingReachesTheSystemsQueuesToo) {
-    QtSerialPort port = makePort();
-    open(port);
+    open();
     giveFar(bytesFrom(1, 4));
-    awaited(port, 4); // in the port's own queue
+    awaited(4); // in the port's own queue
     giveFar(bytesFrom(5, 4));
     ::usleep(2000); // in the system's
-    port.clearReceived();
+    port_.clearReceived();
     giveFar(bytesFrom(0x41, 2));
-    EXPECT_EQ(awaited(port, 2), 2);
-    EXPECT_EQ(port.read(), bytesFrom(0x41, 2));
+    EXPECT_EQ(awaited(2), 2);
+    EXPECT_EQ(port_.read(), bytesFrom(0x41, 2));
 
     const Bytes much(100'000, 0x55); // more than the system takes while the far end does not read
     const Micros start = clockMicros();
-    port.write(much);
+    port_.write(much);
     EXPECT_LT(clockMicros() - start, second / 2);
-    port.clearUnsent();
+    port_.clearUnsent();
     takeFar(much.size(), 20);
-    port.write(bytesFrom(0x61, 3));
+    port_.write(bytesFrom(0x61, 3));
     EXPECT_EQ(takeFar(3), bytesFrom(0x61, 3));
 }
 
 TEST_F(QtSerialPortTest, UnsentBytesLeaveWhileThePortIsWaitedFor) {
-    QtSerialPort port = makePort();
-    open(port);
+    open();
     Bytes much = bytesFrom(0, 20'000);
-    port.write(much);
+    port_.write(much);
     Bytes out;
     while (out.size() < much.size()) {
         const Bytes part = takeFar(1);
         ASSERT_FALSE(part.empty()) << out.size();
         out.insert(out.end(), part.begin(), part.end());
-        port.waitForNews(clockMicros() + 1000);
+        port_.waitForNews(clockMicros() + 1000);
     }
     EXPECT_EQ(out, much);
 }
 
 TEST_F(QtSerialPortTest, OpenTellsTheReasonsOfItsFailures) {
-    QtSerialPort port = makePort();
-    EXPECT_EQ(failureOf([&] { port.countReceived(); }), failureNumber::portNotOpen);
-    struct Row {
-        std::int16_t number;
-        int failure;
-    };
+    EXPECT_EQ(failureOf([&] { port_.countReceived(); }), failureNumber::portNotOpen);
     // COM4 and COM6 do not exist, COM5 is no serial device, COM17 stands for no device.
-    for (const Row& row : {Row{4, failureNumber::portMissing}, Row{6, failureNumber::portMissing},
-                           Row{5, failureNumber::portRefused}, Row{17, failureNumber::portMissing}}) {
-        EXPECT_EQ(failureOf([&] { open(port, row.number); }), row.failure) << "COM" << row.number;
-        EXPECT_FALSE(port.isOpen());
+    for (const auto& [number, failure] : {std::pair<std::int16_t, int>{4, failureNumber::portMissing},
+                                          {6, failureNumber::portMissing},
+                                          {5, failureNumber::portRefused},
+                                          {17, failureNumber::portMissing}}) {
+        EXPECT_EQ(failureOf([&, number = number] { open(number); }), failure) << "COM" << number;
+        EXPECT_FALSE(port_.isOpen());
     }
     for (const char* settings : {"", "38400", "38400,n,8", "38400,n,8,1,", "38400,x,8,1", "0,n,8,1", " 38400,n,8,1"}) {
-        EXPECT_EQ(failureOf([&] { port.setSettings(settings); }), failureNumber::invalidProperty) << settings;
+        EXPECT_EQ(failureOf([&] { port_.setSettings(settings); }), failureNumber::invalidProperty) << settings;
     }
-    open(port);
-    EXPECT_EQ(failureOf([&] { port.open(); }), failureNumber::portHeld);
-    port.close();
-    port.close();
-    open(port);
-    EXPECT_TRUE(port.isOpen());
+    open();
+    EXPECT_EQ(failureOf([&] { port_.open(); }), failureNumber::portHeld);
+    port_.close();
+    port_.close();
+    open();
+    EXPECT_TRUE(port_.isOpen());
 }
 
 TEST_F(QtSerialPortTest, APortIsHeldWhileItsHolderLivesAndFreeHoweverItDied) {
-    QtSerialPort port = makePort();
     const pid_t holder = startHolder();
-    EXPECT_EQ(failureOf([&] { open(port); }), failureNumber::portHeld);
+    EXPECT_EQ(failureOf([&] { open(); }), failureNumber::portHeld);
     ::kill(holder, SIGKILL);
     ::waitpid(holder, nullptr, 0);
     EXPECT_TRUE(std::filesystem::exists(lockFile())); // left behind
-    open(port);
-    port.leaveLockFree();
+    open();
+    port_.leaveLockFree();
     EXPECT_FALSE(std::filesystem::exists(lockFile()));
-    port.close();
+    port_.close();
 
     std::ofstream(lockFile()) << "      " << ::getppid() << '\n'; // as other serial programs write it
-    EXPECT_EQ(failureOf([&] { open(port); }), failureNumber::portHeld);
+    EXPECT_EQ(failureOf([&] { open(); }), failureNumber::portHeld);
     for (const char* left : {"", "   4194304\n"}) { // no process, one that cannot exist
         std::ofstream(lockFile()) << left;
-        open(port);
-        port.close();
+        open();
+        port_.close();
     }
 }
 
 TEST_F(QtSerialPortTest, APortThatGoesAwayIsToldOnceItsBytesAreRead) {
-    QtSerialPort port = makePort();
-    open(port);
+    open();
     giveFar(bytesFrom(1, 3));
-    awaited(port, 3);
-    ::close(far_);
-    far_ = -1;
+    awaited(3);
+    closeFar();
     const Micros used = processorTime();
     for (const Micros limit = clockMicros() + second / 5; clockMicros() < limit;) { // an idle program sleeps
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        port.waitForNews(clockMicros() + 10'000);
+        port_.waitForNews(clockMicros() + 10'000);
     }
     EXPECT_LT(processorTime() - used, second / 20);
-    EXPECT_EQ(port.read(), bytesFrom(1, 3));
-    EXPECT_EQ(failureOf([&] { port.countReceived(); }), failureNumber::portLost);
-    EXPECT_EQ(failureOf([&] { port.write(bytesFrom(1, 1)); }), failureNumber::portLost);
-    EXPECT_EQ(failureOf([&] { port.clearReceived(); }), failureNumber::portLost);
-    EXPECT_EQ(failureOf([&] { port.clearUnsent(); }), failureNumber::portLost);
-    EXPECT_TRUE(port.isOpen());
-    EXPECT_TRUE(port.hasNews()); // once for each use
-    EXPECT_FALSE(port.hasNews());
-    port.close();
-    EXPECT_EQ(failureOf([&] { port.read(); }), failureNumber::portNotOpen);
+    EXPECT_EQ(port_.read(), bytesFrom(1, 3));
+    EXPECT_EQ(failureOf([&] { port_.countReceived(); }), failureNumber::portLost);
+    EXPECT_EQ(failureOf([&] { port_.write(bytesFrom(1, 1)); }), failureNumber::portLost);
+    EXPECT_EQ(failureOf([&] { port_.clearReceived(); }), failureNumber::portLost);
+    EXPECT_EQ(failureOf([&] { port_.clearUnsent(); }), failureNumber::portLost);
+    EXPECT_TRUE(port_.isOpen());
+    EXPECT_TRUE(port_.hasNews()); // once for each use
+    EXPECT_FALSE(port_.hasNews());
+    port_.close();
+    EXPECT_EQ(failureOf([&] { port_.read(); }), failureNumber::portNotOpen);
 }
 
 TEST_F(QtSerialPortTest, AWriteNoticesALossAsWell) {
-    QtSerialPort port = makePort();
-    open(port);
-    ::close(far_);
-    far_ = -1;
-    EXPECT_EQ(failureOf([&] { port.write(bytesFrom(1, 1)); }), failureNumber::portLost);
+    open();
+    closeFar();
+    EXPECT_EQ(failureOf([&] { port_.write(bytesFrom(1, 1)); }), failureNumber::portLost);
 }
 
 TEST_F(QtSerialPortTest, AWaitEndsWithAByteOrOnTimeAndSleepsBetween) {
-    QtSerialPort port = makePort();
-    open(port);
+    open();
     const Micros used = processorTime();
     for (const Micros length : {Micros{0}, Micros{1000}, Micros{200'000}}) {
         const Micros until = clockMicros() + length;
-        port.waitForNews(until);
+        port_.waitForNews(until);
         EXPECT_GE(clockMicros(), until);
         EXPECT_LT(clockMicros(), until + second / 10);
     }
@@ -287,12 +264,12 @@ TEST_F(QtSerialPortTest, AWaitEndsWithAByteOrOnTimeAndSleepsBetween) {
         ::_exit(0);
     }
     const Micros start = clockMicros();
-    port.waitForNews(start + 5 * second);
+    port_.waitForNews(start + 5 * second);
     EXPECT_LT(clockMicros(), start + second);
-    EXPECT_EQ(port.countReceived(), 1);
+    EXPECT_EQ(port_.countReceived(), 1);
     ::waitpid(child, nullptr, 0);
-    EXPECT_TRUE(port.hasNews());  // nobody has read it yet
-    EXPECT_FALSE(port.hasNews()); // nor asked for it since
+    EXPECT_TRUE(port_.hasNews());  // nobody has read it yet
+    EXPECT_FALSE(port_.hasNews()); // nor asked for it since
 }
 
 } // namespace

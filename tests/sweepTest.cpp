@@ -31,10 +31,13 @@ constexpr Outcome unanswered{End::failed, 10, Stored::withPlace}; // the unit ge
 constexpr Outcome brokenOff{End::failed, 1, Stored::withPlace};
 constexpr Outcome brokenOffAhead{End::failed, 1, Stored::ahead};
 constexpr Outcome brokenOffBehind{End::failed, 1, Stored::withPlace, lastPlace};
+constexpr Outcome unnoticed(int from) {
+    return {End::failed, 1, Stored::ahead, from};
+}
 constexpr Outcome endless{End::never, 0, Stored::withPlace};
 
 // What strikes a packet on its way to the unit, or what the unit says to it.
-using Strike = void (*)(Passage&, World&);
+using Strike = std::function<void(Passage&, World&)>;
 
 struct Fault {
     const char* name;
@@ -44,42 +47,30 @@ struct Fault {
     Outcome forGood;
 };
 
-void damage(Passage& passage, World&) {
-    passage.bytes[passage.bytes.size() / 2] ^= 0x20;
-}
-void lose(Passage& passage, World&) {
-    passage.bytes.clear();
-}
-void cutShort(Passage& passage, World&) {
-    passage.bytes.resize(passage.bytes.size() / 2);
-}
-void putNoiseAhead(Passage& passage, World&) {
-    passage.bytes.insert(passage.bytes.begin(), '~');
-}
-void sendTwice(Passage& passage, World&) {
+const Strike damage = [](Passage& passage, World&) { passage.bytes[passage.bytes.size() / 2] ^= 0x20; };
+const Strike lose = [](Passage& passage, World&) { passage.bytes.clear(); };
+const Strike cutShort = [](Passage& passage, World&) { passage.bytes.resize(passage.bytes.size() / 2); };
+const Strike putNoiseAhead = [](Passage& passage, World&) { passage.bytes.insert(passage.bytes.begin(), '~'); };
+const Strike sendTwice = [](Passage& passage, World&) {
     const Bytes bytes = passage.bytes;
     passage.bytes.insert(passage.bytes.end(), bytes.begin(), bytes.end());
-}
-void delayBelowLimit(Passage& passage, World&) {
-    passage.at += milliseconds(9500);
-}
-void delayBeyondLimit(Passage& passage, World&) {
-    passage.at += milliseconds(10500);
-}
-template <std::uint8_t... bytes>
-void become(Passage& passage, World&) {
-    passage.bytes = {bytes...};
-}
-void restartUnit(Passage& passage, World& world) {
+};
+const Strike restartUnit = [](Passage& passage, World& world) {
     world.restartUnit(passage.at, passage.at + milliseconds(1));
+};
+const Strike pullAdapter = [](Passage& passage, World& world) { world.port.socket(3).pulledAt = passage.at; };
+Strike delay(Micros by) {
+    return [=](Passage& passage, World&) { passage.at += by; };
 }
-template <Operation operation>
-void failNext(Passage&, World& world) {
-    OperationGate& gate = world.port.operations();
-    gate.add(failNth(operation, gate.passed(operation) + 1, Lasting::once, Failure(failureNumber::portLost, "lost")));
+Strike become(const Bytes& bytes) {
+    return [=](Passage& passage, World&) { passage.bytes = bytes; };
 }
-void pullAdapter(Passage& passage, World& world) {
-    world.port.socket(3).pulledAt = passage.at;
+Strike failNext(Operation operation) {
+    const Failure lost(failureNumber::portLost, "lost");
+    return [=](Passage&, World& world) {
+        OperationGate& gate = world.port.operations();
+        gate.add(failNth(operation, gate.passed(operation) + 1, Lasting::once, lost));
+    };
 }
 
 const Fault faults[] = {
@@ -89,26 +80,22 @@ const Fault faults[] = {
     {"NoiseAheadOfPacket", putNoiseAhead, nullptr, repeated, unheard},
     {"PacketDoubled", sendTwice, nullptr, unharmed, unharmed},
     {"AckLost", nullptr, lose, repeated, unanswered},
-    {"AckBecomesNak", nullptr, become<simulator::nak>, repeated, unanswered},
-    {"AckBecomesNoise", nullptr, become<'U'>, repeated, unanswered},
+    {"AckBecomesNak", nullptr, become({simulator::nak}), repeated, unanswered},
+    {"AckBecomesNoise", nullptr, become({'U'}), repeated, unanswered},
     // Each lone CAN clears the retry count, each time-out after it the CAN count: no limit is ever reached.
-    {"AckBecomesCan", nullptr, become<simulator::can>, repeated, endless},
-    {"AckBecomesTwoCan", nullptr, become<simulator::can, simulator::can>, brokenOff, brokenOff},
+    {"AckBecomesCan", nullptr, become({simulator::can}), repeated, endless},
+    {"AckBecomesTwoCan", nullptr, become({simulator::can, simulator::can}), brokenOff, brokenOff},
     {"AckDoubled", nullptr, sendTwice, unharmed, unharmed},
     {"NoiseAheadOfAck", nullptr, putNoiseAhead, unharmed, unharmed},
-    {"AckLate", nullptr, delayBelowLimit, unharmed, unharmed},
-    {"AckLaterThanLimit", nullptr, delayBeyondLimit, repeated, repeated},
+    {"AckLate", nullptr, delay(milliseconds(9500)), unharmed, unharmed},
+    {"AckLaterThanLimit", nullptr, delay(milliseconds(10500)), repeated, repeated},
     {"UnitRestarts", restartUnit, nullptr, unheard, unheard},
-    {"CountFails", failNext<Operation::countReceived>, nullptr, brokenOff, brokenOff},
-    {"NextWriteFails", failNext<Operation::writePort>, nullptr, brokenOffBehind, brokenOffBehind},
+    {"CountFails", failNext(Operation::countReceived), nullptr, brokenOff, brokenOff},
+    {"NextWriteFails", failNext(Operation::writePort), nullptr, brokenOffBehind, brokenOffBehind},
     {"AdapterPulled", pullAdapter, nullptr, brokenOffAhead, brokenOffAhead},
     // The blind spot of the protocol: a NAK that reads as ACK. The unit breaks off at the next block, or after its
     // eleventh refusal; near the end it has no occasion to.
-    {"DamageAcknowledged",
-     damage,
-     become<simulator::ack>,
-     {End::failed, 1, Stored::ahead, lastPlace - 1},
-     {End::failed, 1, Stored::ahead, lastPlace - 10}},
+    {"DamageAcknowledged", damage, become({simulator::ack}), unnoticed(lastPlace - 1), unnoticed(lastPlace - 10)},
 };
 
 // Strikes the packets of a write and the answers to them.
@@ -268,12 +255,8 @@ struct OperationShare {
     Lasting lasting;
 };
 
-OperationGate& portOf(World& world) {
-    return world.port.operations();
-}
-OperationGate& diskOf(World& world) {
-    return world.files.operations();
-}
+constexpr auto portOf = [](World& world) -> OperationGate& { return world.port.operations(); };
+constexpr auto diskOf = [](World& world) -> OperationGate& { return world.files.operations(); };
 
 class EachOperation : public testing::TestWithParam<OperationShare> {
   protected:
