@@ -45,7 +45,7 @@ struct Variables {
 
     // The transfer procedures, written by transfer/.
     std::int16_t commRetry = 0;    // try of an operation under way; from the third on, the link reports a "1234"
-    std::int32_t programState = 0; // state of the procedures, see transfer/procedures.h
+    std::int32_t programState = 0; // state of the procedures, see transfer/programState.h
     bool stepBusy = false;         // a step function is running
     bool waitTimedOut = false;     // the limit of the present byte wait has passed
     bool verifying = false;        // a write goes on into its verification; the main window stays disabled
