@@ -1,7 +1,7 @@
 // The reply receiver against its oracle. An input is a reply, but for its first byte (1: raw data) and the escape byte
 // 0xFD: 0xFD 0 ends a read, 0xFD 1 stands for the block check that is right at its place.
 #include "fuzz/check.h"
-#include "tests/replyOracle.h"
+#include "fuzz/replyOracle.h"
 
 #include <iostream>
 #include <span>

@@ -31,31 +31,8 @@ class ServiceSession : public Session {
     }
 };
 
-// What is special about a save or a write, said before it begins.
-using Preparation = std::function<void(World&)>;
-
-void nothing(World&) {}
-
-template <class Change>
-Preparation unit(Change change) {
-    return [change](World& world) { change(world.unit.options()); };
-}
-
-// The unit refuses a command on its first tries.
-Preparation refused(const char* command, int tries) {
-    return unit([=](auto& options) {
-        for (int occurrence = 1; occurrence <= tries; ++occurrence) {
-            options.answers.push_back({command, occurrence, {.resultCode = "2204"}});
-        }
-    });
-}
-
 Preparation sentInstead(const std::map<int, Bytes>& packets) {
     return unit([=](auto& options) { options.sentInstead = packets; });
-}
-
-Preparation pulledAfter(Micros time) {
-    return [=](World& world) { world.port.socket(3).pulledAt = world.clock.now() + time; };
 }
 
 // Cancel as the service screen shows it.
@@ -90,8 +67,8 @@ TEST(Save, EndsInOneOfItsWays) {
     const Row rows[] = {
         {"as it should be", nothing, succeed, all, File::whole},
         {"a slow unit", unit([](auto& options) { options.sendDelay = milliseconds(430); }), succeed, all, File::whole},
-        {"52 on its third try", refused("300552", 2), succeed, all, File::whole},
-        {"52 refused three times", refused("300552", 3), error + "|16>1\n" + failed, "54 53 ", File::none},
+        {"52 on its third try", answers({{"300552", 1, "2204"}, {"300552", 2, "2204"}}), succeed, all, File::whole},
+        {"52 refused three times", answers({{"300552", 0, "2204"}}), error + "|16>1\n" + failed, "54 53 ", File::none},
         {"the dialog is cancelled",
          [](World& world) { world.desktop.chooseFile = [](const AskedFile&) { return std::nullopt; }; }, "", "",
          File::none},
@@ -192,9 +169,9 @@ TEST(Verification, EndsInOneOfItsWays) {
              });
          },
          differs, all},
-        {"52 refused", refused("300552", 3), error + "|16>1\n" + differs, "50 51 54 54 54 53 "},
+        {"52 refused", answers({{"300552", 0, "2204"}}), error + "|16>1\n" + differs, "50 51 54 54 54 53 "},
         {"cancelled", cancelledAfter(seconds(120)), differs, all},
-        {"50 refused", refused("300550", 3), failed, "54 ", 6},
+        {"50 refused", answers({{"300550", 0, "2204"}}), failed, "54 ", 6},
         {"the transfer breaks off",
          unit([](auto& options) { options.packetAnswers[4] = {simulator::PacketAnswer::Fate::cancels}; }),
          error + "|16>1\n" + failed, "50 51 54 ", 6},

@@ -6,6 +6,7 @@
 #include "platform/simulated/world.h"
 #include "ui/forms.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -14,6 +15,34 @@ using namespace platform;
 using simulator::Micros;
 using simulator::milliseconds;
 using simulator::seconds;
+
+// What is special about a run, said to its world before it begins.
+using Preparation = std::function<void(World&)>;
+
+inline void nothing(World&) {}
+
+template <class Change>
+Preparation unit(Change change) {
+    return [=](World& world) { change(world.unit.options()); };
+}
+
+// The unit's answers to the nth command that begins so (0: each).
+struct Coded {
+    const char* command;
+    int occurrence;
+    const char* code;
+};
+inline Preparation answers(const std::vector<Coded>& list) {
+    return unit([=](auto& options) {
+        for (const Coded& coded : list) {
+            options.answers.push_back({coded.command, coded.occurrence, {.resultCode = coded.code}});
+        }
+    });
+}
+
+inline Preparation pulledAfter(Micros time) {
+    return [=](World& world) { world.port.socket(3).pulledAt = world.clock.now() + time; };
+}
 
 class Session {
   public:

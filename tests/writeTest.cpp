@@ -11,6 +11,8 @@ using Fate = PacketAnswer::Fate;
 const std::string succeed = "Tarn Beacon|Succeed|65>1\n";
 const std::string failed = "Tarn Beacon|Failed|64>1\n";
 const std::string error = "Tarn Beacon|Application error.\r\nRES : |16>1\n"; // without a failure in flight
+const std::string broken = error + failed;
+const std::string all = "50 51 54 53 ";
 const std::string timeout = "Tarn Beacon|It is a receiving timeout error.|16>1\n";
 const std::string lost = "Tarn Beacon|Application error.\r\nRES : COM3: the device has gone away|16>1\n";
 const std::string goOn = "Tarn Beacon|通信で異常が発生しました。\r\nApplication is shut down by [cancel].\r\n|17>1\n";
@@ -26,20 +28,27 @@ PacketAnswer said(Bytes bytes, Fate fate = Fate::asUsual) {
     return {fate, std::move(bytes)};
 }
 
-void answerFrom(World& world, int first, int count, const PacketAnswer& answer) {
-    for (int packet = first; packet < first + count; ++packet) {
-        world.unit.options().packetAnswers[packet] = answer;
-    }
+Preparation answerFrom(int first, int count, const PacketAnswer& answer) {
+    return unit([=](auto& options) {
+        for (int packet = first; packet < first + count; ++packet) {
+            options.packetAnswers[packet] = answer;
+        }
+    });
 }
 
-void answerCommand(World& world, const char* prefix, int occurrence, const char* code) {
-    world.unit.options().answers.push_back({prefix, occurrence, {.resultCode = code}});
+// What the unit says in place of its first start bytes.
+Preparation startInstead(const std::vector<std::string>& texts) {
+    return unit([=](auto& options) {
+        for (const std::string& text : texts) {
+            options.startInstead.emplace(options.startInstead.size() + 1, Bytes(text.begin(), text.end()));
+        }
+    });
 }
 
 TEST(Write, EndsInOneOfItsWays) {
     struct Row {
         const char* what;
-        std::function<void(World&)> prepare; // after the load
+        Preparation prepare; // after the load
         std::string boxes;
         std::string operations;
         bool equal;             // the unit holds the file
@@ -47,102 +56,53 @@ TEST(Write, EndsInOneOfItsWays) {
         Micros atLeast = 0;
     };
     const Row rows[] = {
-        {"as it should be", [](World&) {}, succeed, "50 51 54 53 ", true},
-        {"checksum", [](World& world) { world.unit.options().crc = false; }, succeed, "50 51 54 53 ", true},
-        {"50 on its third try",
-         [](World& world) {
-             answerCommand(world, "300550", 1, "1001");
-             answerCommand(world, "300550", 2, "1234");
-         },
-         succeed, "50 51 54 53 ", true},
-        {"50 refused three times", [](World& world) { answerCommand(world, "300550", 0, "1001"); }, failed, "54 53 ",
-         false, 4},
-        {"50 refused with 1234: the third try asks", [](World& world) { answerCommand(world, "300550", 0, "1234"); },
-         goOn + failed, "54 53 ", false, 4},
-        {"51 on its second try", [](World& world) { answerCommand(world, "300551", 1, "2204"); }, succeed,
-         "50 51 54 53 ", true, 2},
+        {"as it should be", nothing, succeed, all, true},
+        {"checksum", unit([](auto& options) { options.crc = false; }), succeed, all, true},
+        {"50 on its third try", answers({{"300550", 1, "1001"}, {"300550", 2, "1234"}}), succeed, all, true},
+        {"50 refused three times", answers({{"300550", 0, "1001"}}), failed, "54 53 ", false, 4},
+        {"50 refused with 1234: the third try asks", answers({{"300550", 0, "1234"}}), goOn + failed, "54 53 ", false,
+         4},
+        {"51 on its second try", answers({{"300551", 1, "2204"}}), succeed, all, true, 2},
         {"51 on its third try, 54 and 53 ask",
-         [](World& world) {
-             answerCommand(world, "300551", 1, "2204");
-             answerCommand(world, "300551", 2, "2204");
-             answerCommand(world, "300554", 0, "1234");
-             answerCommand(world, "300553", 0, "1234");
-         },
+         answers({{"300551", 1, "2204"}, {"300551", 2, "2204"}, {"300554", 0, "1234"}, {"300553", 0, "1234"}}),
          goOn + goOn + succeed, "50 51 ", true, 3},
-        {"51 refused three times", [](World& world) { answerCommand(world, "300551", 0, "2204"); }, error + failed,
-         "50 54 53 ", false, 4},
+        {"51 refused three times", answers({{"300551", 0, "2204"}}), broken, "50 54 53 ", false, 4},
         {"silence at 51",
          [](World& world) {
              world.unit.options().answers = {{"300551", 0, {.silent = true, .ignored = true}}};
          },
-         error + failed, "50 54 53 ", false, 4, seconds(30)},
-        {"54 and 53 refused: not looked at",
-         [](World& world) {
-             answerCommand(world, "300554", 0, "5555");
-             answerCommand(world, "300553", 0, "1234");
-         },
-         succeed, "50 51 ", true},
-        {"check fails, operator goes on", [](World& world) { answerCommand(world, "0101D4", 0, "0E00"); },
-         notChecked + succeed, "50 51 54 53 ", true},
-        {"no first byte", [](World& world) { world.unit.options().startDelay = seconds(70); }, error + failed,
-         "50 51 54 53 ", false, 0, seconds(60)},
-        {"ten unknown bytes at the start",
-         [](World& world) {
-             world.unit.options().startInstead = {
-                 {1, Bytes(5, 'x')}, {2, Bytes(5, 'x')}, {3, Bytes(1, 'x')}, {4, {'x'}}, {5, {'x'}},
-                 {6, {'x'}},         {7, {'x'}},         {8, {'x'}},         {9, {'x'}}, {10, {'x'}}};
-         },
-         error + failed, "50 51 54 53 ", false},
-        {"nine unknown bytes, one CAN",
-         [](World& world) {
-             world.unit.options().startInstead = {{1, {'x'}}, {2, {'x'}}, {3, {'x'}}, {4, {0x18}},
-                                                  {5, {'x'}}, {6, {'x'}}, {7, {'x'}}};
-         },
-         succeed, "50 51 54 53 ", true},
-        {"two CAN at the start, noise between",
-         [](World& world) {
-             world.unit.options().startInstead = {{1, {0x18}}, {2, {'x'}}, {3, {0x18}}};
-         },
-         error + failed, "50 51 54 53 ", false},
-        {"nine NAKs", [](World& world) { answerFrom(world, 700, 9, said({0x15}, Fate::ignored)); }, succeed,
-         "50 51 54 53 ", true},
-        {"ten NAKs", [](World& world) { answerFrom(world, 700, 10, said({0x15}, Fate::ignored)); }, error + failed,
-         "50 51 54 53 ", false},
-        {"ten NAKs on EOT", [](World& world) { answerFrom(world, 1921, 10, said({0x15}, Fate::ignored)); },
-         error + failed, "50 51 54 53 ", false},
-        {"a late ACK",
-         [](World& world) {
-             world.unit.options().packetAnswers[5] = {Fate::asUsual, Bytes{0x06}, seconds(11)};
-         },
-         succeed, "50 51 54 53 ", true, 0, seconds(11)},
-        {"silence from block 3 on", [](World& world) { answerFrom(world, 3, 5000, said({}, Fate::ignored)); },
-         error + failed, "50 51 54 53 ", false, 0, seconds(100)},
+         broken, "50 54 53 ", false, 4, seconds(30)},
+        {"54 and 53 refused: not looked at", answers({{"300554", 0, "5555"}, {"300553", 0, "1234"}}), succeed, "50 51 ",
+         true},
+        {"check fails, operator goes on", answers({{"0101D4", 0, "0E00"}}), notChecked + succeed, all, true},
+        {"no first byte", unit([](auto& options) { options.startDelay = seconds(70); }), broken, all, false, 0,
+         seconds(60)},
+        {"ten unknown bytes at the start", startInstead({"xxxxx", "xxxxx", "x", "x", "x", "x", "x", "x", "x", "x"}),
+         broken, all, false},
+        {"nine unknown bytes, one CAN", startInstead({"x", "x", "x", "\x18", "x", "x", "x"}), succeed, all, true},
+        {"two CAN at the start, noise between", startInstead({"\x18", "x", "\x18"}), broken, all, false},
+        {"nine NAKs", answerFrom(700, 9, said({0x15}, Fate::ignored)), succeed, all, true},
+        {"ten NAKs", answerFrom(700, 10, said({0x15}, Fate::ignored)), broken, all, false},
+        {"ten NAKs on EOT", answerFrom(1921, 10, said({0x15}, Fate::ignored)), broken, all, false},
+        {"a late ACK", answerFrom(5, 1, {Fate::asUsual, Bytes{0x06}, seconds(11)}), succeed, all, true, 0, seconds(11)},
+        {"silence from block 3 on", answerFrom(3, 5000, said({}, Fate::ignored)), broken, all, false, 0, seconds(100)},
         {"lone CAN, NAK, CAN",
          [](World& world) {
              world.unit.options().packetAnswers[4] = said({0x18, 0x15}, Fate::ignored);
              world.unit.options().packetAnswers[5] = said({0x18, 0x06});
          },
-         succeed, "50 51 54 53 ", true},
-        {"two CAN", [](World& world) { world.unit.options().packetAnswers[4] = {Fate::cancels}; }, error + failed,
-         "50 51 54 53 ", false},
-        {"noise ahead of each ACK",
-         [](World& world) {
-             answerFrom(world, 1, 1921, said({'n', 'C', 0x00, 0x06}));
-         },
-         succeed, "50 51 54 53 ", true},
-        {"adapter pulled while the tool waits",
-         [](World& world) { world.port.socket(3).pulledAt = world.clock.now() + seconds(5); }, lost + failed, "50 51 ",
-         false},
+         succeed, all, true},
+        {"two CAN", answerFrom(4, 1, {Fate::cancels}), broken, all, false},
+        {"noise ahead of each ACK", answerFrom(1, 1921, said({'n', 'C', 0x00, 0x06})), succeed, all, true},
+        {"adapter pulled while the tool waits", pulledAfter(seconds(5)), lost + failed, "50 51 ", false},
         {"a write of a block fails once",
          [](World& world) {
              world.port.operations().add(failNth(Operation::writePort,
                                                  world.port.operations().passed(Operation::writePort) + 100,
                                                  Lasting::once, Failure(failureNumber::portLost, "It broke.")));
          },
-         "エラー|It broke.|16>1\n" + error + failed, "50 51 54 53 ", false},
-        {"the port is gone before the start",
-         [](World& world) { world.port.socket(3).pulledAt = world.clock.now() + 1; },
-         timeout + notChecked + lost + failed, "", false},
+         "エラー|It broke.|16>1\n" + broken, all, false},
+        {"the port is gone before the start", pulledAfter(1), timeout + notChecked + lost + failed, "", false},
         {"the format test", [](World&) { frmMain().LabelWriteProtect.visible = true; },
          "TarnBeacon|形式認識テストです　書込み処理はスキップします。|0>1\n", "", false},
         {"another model in the row", [](World&) { frmMain().lblTitle[0].caption = "qt-mvr"; }, notAdapted, "", false},
@@ -154,18 +114,18 @@ TEST(Write, EndsInOneOfItsWays) {
         World& world = session.world;
         session.start();
         session.press("cmdLoading");
+        SCOPED_TRACE(row.what);
         row.prepare(world);
         const Micros before = world.clock.now();
         session.press("cmdUpgrade");
-        EXPECT_EQ(session.boxes(), row.boxes) << row.what;
-        EXPECT_EQ(session.operations(), row.operations) << row.what;
-        EXPECT_EQ(world.unit.receivedImage() == world.image && world.unit.journal().imageComplete, row.equal)
-            << row.what;
-        EXPECT_TRUE(session.atRest()) << row.what;
-        EXPECT_EQ(run.commRetry, row.retry) << row.what;
-        EXPECT_GE(world.clock.now() - before, row.atLeast) << row.what;
-        EXPECT_EQ(frmMain().lblVersion[0].caption, row.equal ? "1.046" : "1.022") << row.what;
-        EXPECT_TRUE(frmMain().cmdUpgrade.enabled) << row.what;
+        EXPECT_EQ(session.boxes(), row.boxes);
+        EXPECT_EQ(session.operations(), row.operations);
+        EXPECT_EQ(world.unit.receivedImage() == world.image && world.unit.journal().imageComplete, row.equal);
+        EXPECT_TRUE(session.atRest());
+        EXPECT_EQ(run.commRetry, row.retry);
+        EXPECT_GE(world.clock.now() - before, row.atLeast);
+        EXPECT_EQ(frmMain().lblVersion[0].caption, row.equal ? "1.046" : "1.022");
+        EXPECT_TRUE(frmMain().cmdUpgrade.enabled);
 
         // The way on: nothing stands between the operator and the next try.
         if (row.equal || world.port.socket(3).pulledAt != noMoment || row.operations.empty()) {
@@ -173,8 +133,8 @@ TEST(Write, EndsInOneOfItsWays) {
         }
         world.unit.options() = simulator::UnitOptions();
         session.press("cmdUpgrade");
-        EXPECT_TRUE(session.boxes().ends_with(succeed)) << row.what << session.boxes();
-        EXPECT_EQ(world.unit.receivedImage(), world.image) << row.what;
+        EXPECT_TRUE(session.boxes().ends_with(succeed)) << session.boxes();
+        EXPECT_EQ(world.unit.receivedImage(), world.image);
     }
 }
 
@@ -182,7 +142,7 @@ TEST(Write, IsLeftByCancelAtTheQuestion) {
     Session session;
     session.start();
     session.press("cmdLoading");
-    answerCommand(session.world, "0101D4", 0, "1001");
+    answers({{"0101D4", 0, "1001"}})(session.world);
     session.world.desktop.answerBox = [](const Box&) { return boxAnswer::cancel; };
     session.press("cmdUpgrade");
     EXPECT_EQ(session.operations(), "");
@@ -290,7 +250,7 @@ TEST(Write, ClosesInJapanese) {
         frmMain().fraLanguage.visible = true;
         session.press("optLanguage", 0);
         if (*refused != '\0') {
-            answerCommand(session.world, refused, 0, "1001");
+            answers({{refused, 0, "1001"}})(session.world);
         }
         session.press("cmdUpgrade");
         EXPECT_EQ(session.boxes(), boxes);
@@ -301,7 +261,7 @@ TEST(Write, EndsTheProgramAtOnceFromWithinABox) {
     Session session;
     session.start();
     session.press("cmdLoading");
-    answerCommand(session.world, "300550", 0, "1234");
+    answers({{"300550", 0, "1234"}})(session.world);
     session.world.desktop.answerBox = [](const Box&) { return boxAnswer::cancel; };
     EXPECT_EQ(session.press("cmdUpgrade"), RunEnd::programEnded);
     EXPECT_EQ(session.operations(), "");
