@@ -73,8 +73,17 @@ void LineSession::takeArrivals(Micros now) {
     arriving_.resize(readSize);
     arriving_.resize(terminal_.read(arriving_));
     if (!arriving_.empty()) {
+        noteTurnaround(now);
         quietAt_ = now + quietTime;
-        arrivalAt_ = std::max(now, arrivalAt_) + lineTime(arriving_.size());
+        arrivalAt_ = std::max(now - lateness_, arrivalAt_) + lineTime(arriving_.size());
+        lateness_ = 0;
+    }
+}
+
+void LineSession::noteTurnaround(Micros now) {
+    if (saidAt_) {
+        turnarounds_.push_back(now - *saidAt_);
+        saidAt_.reset();
     }
 }
 
@@ -104,6 +113,8 @@ void LineSession::writeDepartures(Micros now) {
         const std::size_t size = end - first.written;
         const std::size_t moved = terminal_.write(std::span(first.bytes).subspan(first.written, size));
         first.written += moved;
+        saidAt_ = clockNow();
+        lateness_ = options_.paced ? *saidAt_ - (first.start + lineTime(end)) : 0;
         terminalFull_ = moved < size;
         if (first.written == first.bytes.size()) {
             departing_.pop_front();
@@ -159,8 +170,20 @@ void LineSession::saveImage() const {
     }
 }
 
+// How long the tool took from the last byte of what the unit said to the first byte of what it said next.
+std::string LineSession::turnaroundText() {
+    if (turnarounds_.empty()) {
+        return {};
+    }
+    std::ranges::sort(turnarounds_);
+    const auto share = [this](std::size_t percent) {
+        return std::to_string(turnarounds_[(turnarounds_.size() - 1) * percent / 100]) + " us";
+    };
+    return "turnaround: median " + share(50) + ", 99 % within " + share(99) + '\n';
+}
+
 void LineSession::saveJournal() {
-    const std::string text = options_.journal.empty() ? "" : journalText(unit_.journal());
+    const std::string text = options_.journal.empty() ? "" : journalText(unit_.journal()) + turnaroundText();
     if (text != journalSaved_) {
         writeFile(options_.journal, text.data(), text.size());
         journalSaved_ = text;

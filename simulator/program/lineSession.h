@@ -7,6 +7,7 @@
 #include <csignal>
 #include <deque>
 #include <string>
+#include <vector>
 
 namespace simulator {
 
@@ -28,12 +29,14 @@ class LineSession {
 
     Micros lineTime(std::size_t bytes) const;
     void takeArrivals(Micros now);
+    void noteTurnaround(Micros now);
     void queueDepartures(Micros now);
     void writeDepartures(Micros now);
     std::size_t nextWritten(const Departure& departure) const;
     std::optional<Micros> due() const;
     void sleep(Micros now, const sigset_t& waitMask);
     void saveFiles(Micros now);
+    std::string turnaroundText();
     void saveImage() const;
     void saveJournal();
 
@@ -46,6 +49,9 @@ class LineSession {
     Micros departureEnd_ = 0;
     bool terminalFull_ = false;
     bool mayRead_ = false;
+    Micros lateness_ = 0; // with which the last bytes were delivered: the answer to them is taken as that much earlier
+    std::optional<Micros> saidAt_; // when the last byte was written, until the tool says something
+    std::vector<Micros> turnarounds_;
     std::size_t operationsSaved_ = 0;
     std::optional<Micros> quietAt_; // when the journal is due to be written
     std::string journalSaved_;
