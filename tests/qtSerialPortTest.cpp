@@ -8,19 +8,46 @@
 #include <QCoreApplication>
 
 #include <csignal>
+#include <cstdarg>
 #include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <linux/serial.h>
 #include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 #include <utility>
 
 using namespace platform;
+
+// The low-latency mode of a serial driver, which no pseudo terminal has.
+struct {
+    bool present = false;
+    int answer = 0;
+    int flags = 0;
+} driver;
+
+extern "C" int ioctl(int descriptor, unsigned long request, ...) noexcept {
+    va_list arguments;
+    va_start(arguments, request);
+    void* argument = va_arg(arguments, void*);
+    va_end(arguments);
+    if (driver.present && request == TIOCGSERIAL) {
+        static_cast<serial_struct*>(argument)->flags = driver.flags;
+        return 0;
+    }
+    if (driver.present && request == TIOCSSERIAL) {
+        driver.flags = static_cast<serial_struct*>(argument)->flags;
+        return driver.answer;
+    }
+    return static_cast<int>(::syscall(SYS_ioctl, descriptor, request, argument));
+}
 
 namespace {
 
@@ -195,6 +222,16 @@ TEST_F(QtSerialPortTest, OpenTellsTheReasonsOfItsFailures) {
     port_.close();
     open();
     EXPECT_TRUE(port_.isOpen());
+}
+
+TEST_F(QtSerialPortTest, OpenAsksTheDriverForLowLatencyAndMindsNoRefusal) {
+    for (const int answer : {0, -1}) {
+        driver = {.present = true, .answer = answer, .flags = ASYNC_SKIP_TEST};
+        open();
+        EXPECT_EQ(driver.flags, ASYNC_SKIP_TEST | ASYNC_LOW_LATENCY);
+        port_.close();
+    }
+    driver.present = false;
 }
 
 TEST_F(QtSerialPortTest, APortIsHeldWhileItsHolderLivesAndFreeHoweverItDied) {

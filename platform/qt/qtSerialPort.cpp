@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <fcntl.h>
 #include <grp.h>
+#include <linux/serial.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
@@ -42,40 +42,6 @@ bool isPseudoTerminal(int descriptor) {
     return major(status.st_rdev) >= first && major(status.st_rdev) <= last;
 }
 
-// Takes the text up to the next comma off `text`.
-std::string_view takeField(std::string_view& text) {
-    const std::size_t comma = text.find(',');
-    const std::string_view field = text.substr(0, comma);
-    text = comma == std::string_view::npos ? std::string_view() : text.substr(comma + 1);
-    return field;
-}
-
-template <class Value>
-struct Choice {
-    std::string_view text;
-    Value value;
-};
-
-constexpr std::array parities{
-    Choice<QSerialPort::Parity>{"n", QSerialPort::NoParity}, Choice<QSerialPort::Parity>{"e", QSerialPort::EvenParity},
-    Choice<QSerialPort::Parity>{"o", QSerialPort::OddParity}, Choice<QSerialPort::Parity>{"m", QSerialPort::MarkParity},
-    Choice<QSerialPort::Parity>{"s", QSerialPort::SpaceParity}};
-constexpr std::array dataBits{
-    Choice<QSerialPort::DataBits>{"5", QSerialPort::Data5}, Choice<QSerialPort::DataBits>{"6", QSerialPort::Data6},
-    Choice<QSerialPort::DataBits>{"7", QSerialPort::Data7}, Choice<QSerialPort::DataBits>{"8", QSerialPort::Data8}};
-constexpr std::array stopBits{Choice<QSerialPort::StopBits>{"1", QSerialPort::OneStop},
-                              Choice<QSerialPort::StopBits>{"2", QSerialPort::TwoStop}};
-
-// Sets `value` to the choice that the text names; false when it names none.
-template <class Value, std::size_t count>
-bool choose(const std::array<Choice<Value>, count>& choices, std::string_view text, Value& value) {
-    const auto found = std::ranges::find(choices, text, &Choice<Value>::text);
-    if (found != choices.end()) {
-        value = found->value;
-    }
-    return found != choices.end();
-}
-
 // What of `events` the descriptor is ready for, without waiting; errors and a hang-up come unasked.
 short readiness(int descriptor, short events) {
     pollfd look{.fd = descriptor, .events = events, .revents = 0};
@@ -91,7 +57,10 @@ timespec timeUntil(Micros until) {
 } // namespace
 
 QtSerialPort::QtSerialPort(Files& files, std::string iniPath) : files_(files), iniPath_(std::move(iniPath)) {
-    QObject::connect(&port_, &QSerialPort::readyRead, [this] { store(); });
+    QObject::connect(&port_, &QSerialPort::readyRead, [this] {
+        const QByteArray bytes = port_.readAll();
+        store(bytes);
+    });
     QObject::connect(&port_, &QSerialPort::errorOccurred,
                      [this](QSerialPort::SerialPortError error) { noticeError(error); });
 }
@@ -100,23 +69,8 @@ std::string QtSerialPort::name() const {
     return "COM" + std::to_string(number_) + (device_.empty() ? "" : " (" + device_ + ")");
 }
 
-QtSerialPort::Settings QtSerialPort::parse(const std::string& text) {
-    Settings settings;
-    std::string_view rest = text;
-    const std::string_view speed = takeField(rest);
-    const auto end = speed.data() + speed.size();
-    const auto number = std::from_chars(speed.data(), end, settings.speed);
-    const bool good = number.ec == std::errc() && number.ptr == end && settings.speed > 0 &&
-                      choose(parities, takeField(rest), settings.parity) &&
-                      choose(dataBits, takeField(rest), settings.dataBits) && choose(stopBits, rest, settings.stopBits);
-    if (!good) {
-        throw Failure(failureNumber::invalidProperty, "\"" + text + "\" are no settings of a serial port");
-    }
-    return settings;
-}
-
 void QtSerialPort::setSettings(const std::string& settings) {
-    settings_ = parse(settings);
+    settings_ = parseLineSettings(settings);
 }
 
 void QtSerialPort::checkDevice() const {
@@ -170,8 +124,19 @@ void QtSerialPort::setUpLine() {
     if (!taken) {
         throw Failure(failureNumber::portRefused, name() + " refuses the settings of the line");
     }
+    askForLowLatency();
     port_.setDataTerminalReady(true); // a pseudo terminal has no such lines, which is no failure
     port_.setRequestToSend(true);
+}
+
+// An adapter gathers what it receives for up to 16 ms before it passes it on, for each block of a transfer anew. Its
+// driver sends at once when asked to; one that has no such mode refuses, which is no failure.
+void QtSerialPort::askForLowLatency() {
+    serial_struct driver{};
+    if (::ioctl(port_.handle(), TIOCGSERIAL, &driver) == 0) {
+        driver.flags |= ASYNC_LOW_LATENCY;
+        ::ioctl(port_.handle(), TIOCSSERIAL, &driver);
+    }
 }
 
 void QtSerialPort::open() {
@@ -191,15 +156,31 @@ void QtSerialPort::open() {
         port_.close();
         throw;
     }
+    watchForRoom();
     open_ = true;
     newsDue_ = true;
 }
 
+// While window events run, unsent bytes leave as soon as the device takes them.
+void QtSerialPort::watchForRoom() {
+    writable_ = std::make_unique<QSocketNotifier>(port_.handle(), QSocketNotifier::Write);
+    writable_->setEnabled(false);
+    QObject::connect(writable_.get(), &QSocketNotifier::activated, [this] { send(); });
+}
+
+void QtSerialPort::closeDevice() {
+    unsent_.clear();
+    writable_->setEnabled(false); // and kept until the next open: this may be its own doing
+    port_.close();
+}
+
 void QtSerialPort::close() {
+    if (open_ && !lost_) {
+        closeDevice();
+    }
     open_ = false;
     lost_ = false;
     received_.clear();
-    port_.close();
 }
 
 void QtSerialPort::leaveLockFree() {
@@ -223,7 +204,7 @@ void QtSerialPort::raiseLost() const {
 void QtSerialPort::lose(const std::string& cause) {
     lost_ = true;
     lostCause_ = cause;
-    port_.close();
+    closeDevice();
 }
 
 void QtSerialPort::noticeError(QSerialPort::SerialPortError error) {
@@ -234,30 +215,50 @@ void QtSerialPort::noticeError(QSerialPort::SerialPortError error) {
     }
 }
 
-void QtSerialPort::store() {
-    const QByteArray bytes = port_.readAll();
+// What does not fit into the receive buffer is lost, as at an interface of its own.
+void QtSerialPort::store(std::span<const char> bytes) {
     const std::size_t room = inputSize_ - std::min(inputSize_, received_.size());
-    const std::size_t taken = std::min(room, static_cast<std::size_t>(bytes.size()));
-    received_.insert(received_.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(taken));
+    const auto taken = bytes.first(std::min(room, bytes.size()));
+    received_.insert(received_.end(), taken.begin(), taken.end());
     newsDue_ = true;
 }
 
 void QtSerialPort::fetch() {
-    if (!open_ || lost_) {
+    if (open_ && !lost_) {
+        fetch(readiness(port_.handle(), POLLIN));
+    }
+}
+
+void QtSerialPort::fetch(short ready) {
+    if ((ready & POLLIN) == 0) {
+        if (ready != 0) {
+            lose(deviceGone);
+        }
         return;
     }
-    const short ready = readiness(port_.handle(), POLLIN);
-    if ((ready & POLLIN) != 0) {
-        port_.waitForReadyRead(0); // reports through store() or noticeError()
-    } else if (ready != 0) {
+    std::array<char, 4096> bytes; // the most that the system holds for a terminal
+    const ssize_t count = ::read(port_.handle(), bytes.data(), bytes.size());
+    if (count > 0) {
+        store(std::span(bytes).first(static_cast<std::size_t>(count)));
+    } else if (count == 0 || (errno != EAGAIN && errno != EINTR)) {
         lose(deviceGone);
     }
 }
 
 // Hands the unsent bytes to the system, as far as it takes them now.
 void QtSerialPort::send() {
-    while (port_.bytesToWrite() > 0 && (readiness(port_.handle(), POLLOUT) & POLLOUT) != 0) {
-        port_.flush(); // reports through noticeError()
+    while (!unsent_.empty()) {
+        const ssize_t taken = ::write(port_.handle(), unsent_.data(), unsent_.size());
+        if (taken >= 0) {
+            unsent_.erase(unsent_.begin(), unsent_.begin() + taken);
+        } else if (errno == EAGAIN) {
+            break;
+        } else if (errno != EINTR) {
+            lose(errno == EIO ? deviceGone : causeText(errno));
+        }
+    }
+    if (writable_->isEnabled() == unsent_.empty()) {
+        writable_->setEnabled(!unsent_.empty());
     }
 }
 
@@ -272,11 +273,15 @@ std::int16_t QtSerialPort::countReceived() {
 }
 
 Bytes QtSerialPort::read() {
-    const auto waiting = static_cast<std::size_t>(countReceived());
+    if (received_.empty()) {
+        countReceived();
+    }
+    const std::size_t waiting = received_.size();
     const std::size_t count = readLimit_ == 0 ? waiting : std::min(waiting, readLimit_);
     const auto end = received_.begin() + static_cast<std::ptrdiff_t>(count);
     Bytes bytes(received_.begin(), end);
     received_.erase(received_.begin(), end);
+    newsDue_ = true;
     return bytes;
 }
 
@@ -291,19 +296,22 @@ void QtSerialPort::setBufferSizes(int input, int output) {
     if (input < 1 || output < 1) {
         throw Failure(failureNumber::invalidProperty, "The buffers of a serial port must not be empty");
     }
-    inputSize_ = static_cast<std::size_t>(input); // the toolkit's transmit queue grows as needed
+    inputSize_ = static_cast<std::size_t>(input); // what is unsent may grow as needed
 }
 
+// The system's clearing waits for its own work on the bytes that come in, for longer than it takes to write a block: it
+// is asked only where there is something to clear.
 void QtSerialPort::clearReceived() {
     use();
     received_.clear();
-    if (lost_ || !port_.clear(QSerialPort::Input)) {
+    if (lost_ || (readiness(port_.handle(), POLLIN) != 0 && !port_.clear(QSerialPort::Input))) {
         raiseLost();
     }
 }
 
 void QtSerialPort::clearUnsent() {
     use();
+    unsent_.clear();
     if (lost_ || !port_.clear(QSerialPort::Output)) {
         raiseLost();
     }
@@ -312,7 +320,7 @@ void QtSerialPort::clearUnsent() {
 void QtSerialPort::write(std::span<const std::uint8_t> bytes) {
     use();
     if (!lost_) {
-        port_.write(reinterpret_cast<const char*>(bytes.data()), static_cast<qint64>(bytes.size()));
+        unsent_.insert(unsent_.end(), bytes.begin(), bytes.end());
         send();
     }
     if (lost_) {
@@ -322,19 +330,26 @@ void QtSerialPort::write(std::span<const std::uint8_t> bytes) {
 
 bool QtSerialPort::hasNews() {
     fetch();
+    return tellNews();
+}
+
+bool QtSerialPort::tellNews() {
     const bool news = newsDue_ && (lost_ || !received_.empty());
     newsDue_ = newsDue_ && !news;
     return news;
 }
 
-void QtSerialPort::waitForNews(Micros until) {
-    while (!hasNews() && clockMicros() < until) {
-        const bool unsent = open_ && !lost_ && port_.bytesToWrite() > 0;
-        const short events = static_cast<short>(unsent ? POLLIN | POLLOUT : POLLIN);
-        pollfd line{.fd = open_ && !lost_ ? port_.handle() : -1, .events = events, .revents = 0};
+bool QtSerialPort::waitForNews(Micros until) {
+    for (bool news = hasNews();; news = tellNews()) {
+        if (news || clockMicros() >= until) {
+            return news;
+        }
+        const bool there = open_ && !lost_;
+        const short events = static_cast<short>(unsent_.empty() ? POLLIN : POLLIN | POLLOUT);
+        pollfd line{.fd = there ? port_.handle() : -1, .events = events, .revents = 0};
         const timespec rest = timeUntil(until);
-        ::ppoll(&line, 1, &rest, nullptr);
-        if (unsent) {
+        if (::ppoll(&line, 1, &rest, nullptr) > 0) {
+            fetch(static_cast<short>(line.revents & ~POLLOUT));
             send();
         }
     }

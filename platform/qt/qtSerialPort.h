@@ -1,14 +1,18 @@
-// The serial port, on Qt Serial Port. It works without the toolkit's event loop: every operation asks the system.
+// The serial port, on Qt Serial Port, which opens the device and sets the line. The bytes go between program and system
+// without a detour: what the toolkit does around each read and write costs more than these. It reads for itself where
+// its event loop runs, in a message box or a dialog.
 // A device that has gone away is noticed at the next use and raised as failureNumber::portLost, once the bytes that
 // came before have been read; it stays lost until close().
 #pragma once
 
 #include "platform/files.h"
 #include "platform/qt/clock.h"
+#include "platform/qt/lineSettings.h"
 #include "platform/serialPort.h"
 
-#include <QSerialPort>
+#include <QSocketNotifier>
 
+#include <memory>
 #include <string>
 
 namespace platform {
@@ -35,30 +39,26 @@ class QtSerialPort : public SerialPort {
     // used or more bytes have come, so that a wait does not turn into a busy loop where nobody fetches them.
     bool hasNews();
 
-    // Sleeps in the kernel until there is news or the clock has reached `until`.
-    void waitForNews(Micros until);
+    // Sleeps in the kernel until there is news, which it says, or the clock has reached `until`.
+    bool waitForNews(Micros until);
 
     // What is left to do before the process stops at once.
     void leaveLockFree();
 
   private:
-    struct Settings {
-        qint32 speed = 38400;
-        QSerialPort::Parity parity = QSerialPort::NoParity;
-        QSerialPort::DataBits dataBits = QSerialPort::Data8;
-        QSerialPort::StopBits stopBits = QSerialPort::OneStop;
-    };
-
-    static Settings parse(const std::string& text);
-
     std::string name() const;
     void checkDevice() const;
     [[noreturn]] void raiseOpenFailure(int systemError);
     void setUpLine();
+    void askForLowLatency();
+    void watchForRoom();
+    void closeDevice();
     void use();
     void fetch();
+    void fetch(short ready);
+    bool tellNews();
     void send();
-    void store();
+    void store(std::span<const char> bytes);
     void noticeError(QSerialPort::SerialPortError error);
     void lose(const std::string& cause);
     [[noreturn]] void raiseLost() const;
@@ -68,11 +68,13 @@ class QtSerialPort : public SerialPort {
     QSerialPort port_;
     std::int16_t number_ = 1;
     std::string device_;
-    Settings settings_;
+    LineSettings settings_;
     bool open_ = false;
     bool lost_ = false;
     std::string lostCause_;
     Bytes received_;
+    Bytes unsent_;
+    std::unique_ptr<QSocketNotifier> writable_; // from the first open on; enabled while bytes are unsent
     std::size_t inputSize_ = 1024;
     std::size_t readLimit_ = 0;
     bool newsDue_ = true; // news has not been told since the port was used last

@@ -35,13 +35,8 @@ void TimerQueue::sync() {
     arm();
 }
 
-void TimerQueue::wakeAt(std::int64_t until) {
-    wake_ = microsOf(until);
-    arm();
-}
-
 void TimerQueue::arm() {
-    Micros next = wake_;
+    Micros next = neverMicros;
     for (const Entry& entry : entries_) {
         next = std::min(next, entry.due);
     }
@@ -67,10 +62,12 @@ void TimerQueue::timerEvent(QTimerEvent*) {
     // A timer of the toolkit does not fire while its own slot runs, so it is set anew before any tick runs.
     alarm_.stop();
     armed_ = neverMicros;
+    tickDue();
+    arm();
+}
+
+void TimerQueue::tickDue() {
     const Micros now = clockMicros();
-    if (wake_ <= now) {
-        wake_ = neverMicros;
-    }
     while (Entry* entry = nextDue(now)) {
         entry->due = dueFrom(now, *entry->timer);
         arm();
@@ -78,7 +75,6 @@ void TimerQueue::timerEvent(QTimerEvent*) {
             deliver_(entry->timer->tick);
         }
     }
-    arm();
 }
 
 } // namespace platform

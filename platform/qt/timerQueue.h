@@ -1,4 +1,4 @@
-// Ticks the timers of all loaded forms from one timer of the toolkit.
+// Ticks the timers of all loaded forms, from one timer of the toolkit where its event loop runs.
 #pragma once
 
 #include "platform/form.h"
@@ -22,11 +22,14 @@ class TimerQueue : public QObject {
     // Takes over what the program has set on the timers since the last look.
     void sync();
 
-    // Ends the toolkit's wait for events at that moment too, in milliseconds of timeGetTime.
-    void wakeAt(std::int64_t until);
+    // Moment of the next tick.
+    Micros due() const { return armed_; }
+
+    // Ticks what is due.
+    void tickDue();
 
   protected:
-    void timerEvent(QTimerEvent* event) override;
+    void timerEvent(QTimerEvent*) override;
 
   private:
     struct Entry {
@@ -40,8 +43,7 @@ class TimerQueue : public QObject {
 
     Deliver deliver_;
     std::vector<Entry> entries_;
-    Micros wake_ = neverMicros;
-    Micros armed_ = neverMicros; // moment that alarm_ stands for
+    Micros armed_ = neverMicros; // moment of the next tick, that alarm_ stands for
     QBasicTimer alarm_;
 };
 
