@@ -1,25 +1,58 @@
-# What a package holds. The program reads its INI files from its own folder, so all of it lies in one of its own.
-set(program_folder /opt/tarnbeacon)
-install(TARGETS tarnbeacon DESTINATION ${program_folder})
-install(FILES packaging/Setting.INI packaging/TYPE.INI DESTINATION ${program_folder})
-install(FILES packaging/tarnbeacon.desktop DESTINATION /usr/share/applications)
-install(FILES README.md packaging/60-tarnbeacon-adapter.rules DESTINATION /usr/share/doc/tarnbeacon)
+# What cmake --install puts where, and the Debian package that CPack makes of it.
+
+# The newest version of the changelog has to be the present one; its date is that of the package.
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
+file(STRINGS CHANGELOG.md release_heading REGEX "^## [0-9]" LIMIT_COUNT 1)
+if(NOT release_heading MATCHES "^## ([0-9.]+) - ([0-9-]+)$" OR NOT CMAKE_MATCH_1 STREQUAL PROJECT_VERSION)
+  message(FATAL_ERROR "The newest version of CHANGELOG.md, \"${release_heading}\", is not ${PROJECT_VERSION}.")
+endif()
+set(release_date ${CMAKE_MATCH_2})
+execute_process(COMMAND date --utc --date ${release_date} +%a,\ %d\ %b\ %Y\ %T\ %z
+                OUTPUT_VARIABLE release_mail_date OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+
+# Fills in version and date; with COMPRESS the result has .gz behind its name.
+set(generated ${PROJECT_BINARY_DIR}/packaging)
+function(fill_in source name)
+  configure_file(packaging/${source} ${generated}/${name} @ONLY)
+  if("COMPRESS" IN_LIST ARGN)
+    execute_process(COMMAND gzip -9nkf ${generated}/${name} COMMAND_ERROR_IS_FATAL ANY)
+  endif()
+endfunction()
+fill_in(tarnbeacon.1.in tarnbeacon.1 COMPRESS)
+fill_in(debian/changelog.in changelog COMPRESS)
+fill_in(desktop/org.tarnbeacon.TarnBeacon.metainfo.xml.in org.tarnbeacon.TarnBeacon.metainfo.xml)
+
+# The program reads and writes its files in its own directory, so that it has one to itself.
+set(program_directory lib/tarnbeacon)
+install(TARGETS tarnbeacon DESTINATION ${program_directory})
+install(SCRIPT packaging/installSettings.cmake)
+install(FILES packaging/desktop/tarnbeacon.desktop DESTINATION share/applications)
+install(FILES ${generated}/org.tarnbeacon.TarnBeacon.metainfo.xml DESTINATION share/metainfo)
 foreach(size 16 32 48 64 128 256)
-  install(FILES ui/art/icon-${size}.png DESTINATION /usr/share/icons/hicolor/${size}x${size}/apps
-          RENAME tarnbeacon.png)
+  install(FILES ui/art/icon-${size}.png DESTINATION share/icons/hicolor/${size}x${size}/apps RENAME tarnbeacon.png)
 endforeach()
+install(FILES ui/art/icon.svg DESTINATION share/icons/hicolor/scalable/apps RENAME tarnbeacon.svg)
+install(FILES ${generated}/tarnbeacon.1.gz DESTINATION share/man/man1)
+install(FILES README.md CHANGELOG.md packaging/debian/copyright ${generated}/changelog.gz DESTINATION share/doc/tarnbeacon)
+install(FILES packaging/60-tarnbeacon-adapter.rules DESTINATION share/doc/tarnbeacon/examples)
 
 set(CPACK_GENERATOR DEB)
-set(CPACK_PACKAGE_CONTACT "TarnBeacon maintainers")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Rewrite the firmware of a sensor amplifier unit over RS-232")
+set(CPACK_PACKAGE_NAME tarnbeacon)
+set(CPACK_PACKAGE_CONTACT "TarnBeacon maintainers <maintainers@tarnbeacon.example>")
 set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+file(READ packaging/debian/description CPACK_DEBIAN_PACKAGE_DESCRIPTION)
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION electronics)
+set(CPACK_DEBIAN_PACKAGE_HOMEPAGE ${PROJECT_HOMEPAGE_URL})
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Stand-ins for the fonts that the windows ask for.
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "fonts-liberation2 | fonts-liberation, fonts-ipafont-gothic | fonts-vlgothic")
-# An upgrade of the package leaves edited INI files alone; the link log belongs to those who may use serial ports.
-set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/conffiles
-    ${PROJECT_SOURCE_DIR}/packaging/postinst ${PROJECT_SOURCE_DIR}/packaging/postrm)
+# The way to the screen is a plugin, and the fonts are stand-ins for those that the windows ask for.
+set(CPACK_DEBIAN_PACKAGE_DEPENDS
+    "qt6-qpa-plugins, fonts-liberation2 | fonts-liberation, fonts-ipafont-gothic | fonts-vlgothic")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS qt6-wayland)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/conffiles
+    ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/postrm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 include(CPack)

@@ -6,6 +6,8 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 buildPackages=(cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libgtest-dev)
 # A stand-in for each of the two fonts that the windows ask for.
 fontPackages=(fontconfig fonts-liberation2 fonts-ipafont-gothic)
+packagingPackages=(dpkg-dev file)
+packageCheckPackages=(lintian desktop-file-utils appstream man-db groff)
 fuzzPackages=(clang libclang-rt-dev)
 # A screen for machines without one, and hands and eyes for the scripted operator.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick)
@@ -21,7 +23,7 @@ fail() {
 
 # Installs those of the given Debian packages that are missing; touches nothing when there are none.
 needPackages() {
-    local package missing=() asRoot=()
+    local package missing=()
     if ! command -v dpkg-query >/dev/null; then
         say "Not a Debian system; going on in the hope that these are there: $*"
         return
@@ -32,16 +34,21 @@ needPackages() {
     if ((${#missing[@]} == 0)); then
         return
     fi
-    if ((EUID != 0)); then
-        command -v sudo >/dev/null || fail "These packages are missing and there is no sudo: ${missing[*]}"
-        asRoot=(sudo)
-    fi
+    ((EUID == 0)) || command -v sudo >/dev/null || fail "These packages are missing and there is no sudo: ${missing[*]}"
     say "Installing: ${missing[*]}"
-    quietly "${asRoot[@]}" apt-get -q -o DPkg::Lock::Timeout=300 update ||
+    quietly asRoot apt-get -q -o DPkg::Lock::Timeout=300 update ||
         say "The package lists could not be brought up to date; trying with those at hand."
-    quietly "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive \
+    quietly asRoot env DEBIAN_FRONTEND=noninteractive \
         apt-get -q -y -o DPkg::Lock::Timeout=300 install --no-install-recommends "${missing[@]}" ||
         fail "These packages could not be installed: ${missing[*]}"
+}
+
+asRoot() {
+    if ((EUID == 0)); then
+        "$@"
+    else
+        sudo "$@"
+    fi
 }
 
 # Runs a command without a word, unless it fails: then with all that it said.

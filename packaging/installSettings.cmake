@@ -1,0 +1,45 @@
+# Run by cmake --install: the INI files and the link log where a system keeps such files, and links to them beside the
+# program, which looks for them in its own directory.
+set(program_directory ${CMAKE_INSTALL_PREFIX}/lib/tarnbeacon)
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(above "")
+else()
+  set(above ${CMAKE_INSTALL_PREFIX})
+endif()
+set(settings ${above}/etc/tarnbeacon)
+set(log ${above}/var/log/tarnbeacon)
+
+function(link_to target link)
+  message(STATUS "Installing: $ENV{DESTDIR}${link} -> ${target}")
+  file(CREATE_LINK ${target} $ENV{DESTDIR}${link} SYMBOLIC)
+endfunction()
+
+# What an earlier installation left may be edited by now.
+function(install_once source folder name)
+  if(NOT EXISTS $ENV{DESTDIR}${folder}/${name})
+    file(INSTALL ${CMAKE_CURRENT_LIST_DIR}/${source} DESTINATION ${folder} RENAME ${name})
+  endif()
+endfunction()
+
+foreach(name Setting.INI TYPE.INI)
+  install_once(${name} ${settings} ${name})
+  link_to(${settings}/${name} ${program_directory}/${name})
+endforeach()
+
+file(MAKE_DIRECTORY $ENV{DESTDIR}${log} $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/bin)
+link_to(${log}/KelpLog.txt ${program_directory}/KelpLog.txt)
+if(above STREQUAL "")
+  install_once(debian/logrotate /etc/logrotate.d tarnbeacon)
+endif()
+link_to(../lib/tarnbeacon/tarnbeacon ${CMAKE_INSTALL_PREFIX}/bin/tarnbeacon)
+
+if("$ENV{DESTDIR}" STREQUAL "")
+  # Whoever runs the program appends to the log; a package sees to this when it is installed.
+  file(TOUCH ${log}/KelpLog.txt)
+  execute_process(COMMAND chgrp dialout ${log}/KelpLog.txt RESULT_VARIABLE failed ERROR_QUIET)
+  if(failed)
+    message(STATUS "The link log stays writable for you alone: its group could not be set to dialout.")
+  else()
+    execute_process(COMMAND chmod 0664 ${log}/KelpLog.txt)
+  endif()
+endif()
