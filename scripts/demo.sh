@@ -1,4 +1,4 @@
-# Sourced by run: the demo's folder, the simulated unit, the program, and what is left to see afterwards.
+# Sourced by run and the checks of the package: the demo's folder, the simulated unit, the program, and what is left to see afterwards.
 # shellcheck shell=bash
 
 # The unit takes this long for each block, so that the bar can be watched: some 10 seconds for an image. A real unit
@@ -8,11 +8,13 @@ readonly packetDelay=4
 readonly replyDelay=300
 
 # Makes the folder with the program, its two INI files and a firmware file for the unit.
-prepareDemo() { # preset
-    demo="$root/build/demo/$1"
+prepareDemo() { # preset, name of the folder if it shall have another
+    demo="$root/build/demo/${2-$1}"
     rm -rf "$demo"
     mkdir -p "$demo"
     cp "$root/build/$1/app/tarnbeacon" "$demo/"
+    programCommand=("$demo/tarnbeacon")
+    settings="$demo"
     unitProgram="$root/build/$1/simulator/program/tarnbeacon-unit"
     "$unitProgram" --make-sample "$demo/sample.bin"
     cp "$root/packaging/TYPE.INI" "$demo/"
@@ -24,16 +26,17 @@ startUnit() { # further options of the unit...
         --journal "$demo/journal.txt" --image-out "$demo/unitImage.bin" "$@"
     unitProcess="$!"
     waitFor 10 "the simulated unit" grep -q ^/dev/ "$demo/unit.log"
-    cat >"$demo/Setting.INI" <<END
+    unitDevice="$(head -n 1 "$demo/unit.log")"
+    cat >"$settings/Setting.INI" <<END
 [IFU]
 COM=3 ' the simulated unit
 [DEVICE]
-COM3=$(head -n 1 "$demo/unit.log")
+COM3=$unitDevice
 END
 }
 
 startProgram() {
-    startProcess "$demo/program.log" "$demo/tarnbeacon"
+    startProcess "$demo/program.log" "${programCommand[@]}"
     programProcess="$!"
 }
 
