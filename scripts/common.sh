@@ -7,7 +7,7 @@ buildPackages=(cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libgtest-de
 # A stand-in for each of the two fonts that the windows ask for.
 fontPackages=(fontconfig fonts-liberation2 fonts-ipafont-gothic)
 packagingPackages=(dpkg-dev file)
-packageCheckPackages=(lintian desktop-file-utils appstream man-db groff)
+packageCheckPackages=(lintian desktop-file-utils appstream man-db)
 fuzzPackages=(clang libclang-rt-dev)
 # A screen for machines without one, and hands and eyes for the scripted operator.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick)
