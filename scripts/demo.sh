@@ -6,6 +6,8 @@
 readonly packetDelay=4
 # And this long for a reply, so that the start-up picture can be seen.
 readonly replyDelay=300
+# Of the main window.
+readonly mainTitle="TarnBeacon ver1.003"
 
 # Makes the folder with the program, its two INI files and a firmware file for the unit.
 prepareDemo() { # preset, name of the folder if it shall have another

@@ -13,7 +13,7 @@ comeUp() {
     startProgram
     waitFor 20 "the start-up picture" findOther
     screenshot start-up
-    waitForWindow 20 "TarnBeacon ver1.003"
+    waitForWindow 20 "$mainTitle"
     main="$window"
     screenshot main-window
 }

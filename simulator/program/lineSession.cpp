@@ -4,7 +4,9 @@
 #include <cerrno>
 #include <csignal>
 #include <fstream>
+#include <iomanip>
 #include <poll.h>
+#include <sstream>
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <system_error>
@@ -73,14 +75,17 @@ void LineSession::takeArrivals(Micros now) {
     arriving_.resize(readSize);
     arriving_.resize(terminal_.read(arriving_));
     if (!arriving_.empty()) {
-        noteTurnaround(now);
+        noteHeard(now);
         quietAt_ = now + quietTime;
         arrivalAt_ = std::max(now - lateness_, arrivalAt_) + lineTime(arriving_.size());
         lateness_ = 0;
     }
 }
 
-void LineSession::noteTurnaround(Micros now) {
+void LineSession::noteHeard(Micros now) {
+    if (!firstHeardAt_) {
+        firstHeardAt_ = std::chrono::system_clock::now();
+    }
     if (saidAt_) {
         turnarounds_.push_back(now - *saidAt_);
         saidAt_.reset();
@@ -170,20 +175,26 @@ void LineSession::saveImage() const {
     }
 }
 
-// How long the tool took from the last byte of what the unit said to the first byte of what it said next.
-std::string LineSession::turnaroundText() {
-    if (turnarounds_.empty()) {
-        return {};
+// When the tool said its first byte, in seconds of the day's clock; and how long it took from the last byte of what the
+// unit said to the first of what it said next.
+std::string LineSession::timesText() {
+    std::ostringstream text;
+    if (firstHeardAt_) {
+        const std::chrono::duration<double> since = firstHeardAt_->time_since_epoch();
+        text << std::fixed << std::setprecision(6) << "first byte: at " << since.count() << '\n';
     }
-    std::ranges::sort(turnarounds_);
-    const auto share = [this](std::size_t percent) {
-        return std::to_string(turnarounds_[(turnarounds_.size() - 1) * percent / 100]) + " us";
-    };
-    return "turnaround: median " + share(50) + ", 99 % within " + share(99) + '\n';
+    if (!turnarounds_.empty()) {
+        std::ranges::sort(turnarounds_);
+        const auto share = [this](std::size_t percent) {
+            return turnarounds_[(turnarounds_.size() - 1) * percent / 100];
+        };
+        text << "turnaround: median " << share(50) << " us, 99 % within " << share(99) << " us\n";
+    }
+    return text.str();
 }
 
 void LineSession::saveJournal() {
-    const std::string text = options_.journal.empty() ? "" : journalText(unit_.journal()) + turnaroundText();
+    const std::string text = options_.journal.empty() ? "" : journalText(unit_.journal()) + timesText();
     if (text != journalSaved_) {
         writeFile(options_.journal, text.data(), text.size());
         journalSaved_ = text;

@@ -4,6 +4,7 @@
 #include "simulator/program/pseudoTerminal.h"
 #include "simulator/unit.h"
 
+#include <chrono>
 #include <csignal>
 #include <deque>
 #include <string>
@@ -29,14 +30,14 @@ class LineSession {
 
     Micros lineTime(std::size_t bytes) const;
     void takeArrivals(Micros now);
-    void noteTurnaround(Micros now);
+    void noteHeard(Micros now);
     void queueDepartures(Micros now);
     void writeDepartures(Micros now);
     std::size_t nextWritten(const Departure& departure) const;
     std::optional<Micros> due() const;
     void sleep(Micros now, const sigset_t& waitMask);
     void saveFiles(Micros now);
-    std::string turnaroundText();
+    std::string timesText();
     void saveImage() const;
     void saveJournal();
 
@@ -50,6 +51,7 @@ class LineSession {
     bool terminalFull_ = false;
     bool mayRead_ = false;
     Micros lateness_ = 0; // with which the last bytes were delivered: the answer to them is taken as that much earlier
+    std::optional<std::chrono::system_clock::time_point> firstHeardAt_;
     std::optional<Micros> saidAt_; // when the last byte was written, until the tool says something
     std::vector<Micros> turnarounds_;
     std::size_t operationsSaved_ = 0;

@@ -1,0 +1,164 @@
+// What is timed on the real desktop, with the windows up; scripts/bench runs it.
+//   onDesktop send FILE   sends the image by XMODEM to a unit that waits for it
+//   onDesktop read FILE   saves the unit's firmware in the file
+//   onDesktop load FILE   loads the firmware file
+//   onDesktop exchange    exchanges a command with the unit, many times, and the same by a tight poll
+// The port is COM3 of the Setting.INI beside this program. Prints lines of the form "name value".
+#include "app/program.h"
+#include "common/variables.h"
+#include "firmware/binaryFile.h"
+#include "firmware/loadCommand.h"
+#include "link/commPort.h"
+#include "link/exchange.h"
+#include "link/replyReceiver.h"
+#include "platform/qt/qtDesktop.h"
+#include "transfer/transferCommands.h"
+#include "transfer/xModem.h"
+#include "ui/forms.h"
+
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QTimer>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <functional>
+#include <string_view>
+#include <sys/resource.h>
+
+using platform::clockMicros;
+using platform::desktop;
+using platform::Micros;
+
+namespace {
+
+Micros processorMicros() {
+    return Micros{std::clock()} * 1'000'000 / CLOCKS_PER_SEC;
+}
+
+long peakKib() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+}
+
+void print(const char* name, Micros micros) {
+    std::printf("%s %.3f\n", name, static_cast<double>(micros) / 1000);
+}
+
+// Does that as soon as a dialog of this class stands.
+template <class Dialog>
+void whenShown(std::function<void(Dialog&)> action) {
+    QTimer::singleShot(1, [action] {
+        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+        dialog != nullptr ? action(*dialog) : whenShown<Dialog>(action);
+    });
+}
+
+// Enters the path into the next file dialog; `acceptedAt` is when.
+void enterPath(const std::string& path, Micros& acceptedAt) {
+    whenShown<QFileDialog>([&, path](QFileDialog& dialog) {
+        dialog.findChild<QLineEdit*>()->setText(QString::fromStdString(path));
+        acceptedAt = clockMicros();
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+}
+
+bool openPort() {
+    return CommonComm::fncOpenPort(3, "38400,n,8,1");
+}
+
+bool send(const std::string& path) {
+    desktop().show(frmWait());
+    desktop().doEvents();
+    frmWait().prbComm.max = imageSize;
+    if (FirmComm::fncBinaryFile(path, run.firmwareImage, FirmComm::FileMode::read) != imageSize || !openPort()) {
+        return false;
+    }
+    return xModem::xModemS() == 0;
+}
+
+bool read(const std::string& path) {
+    if (!openPort()) {
+        return false;
+    }
+    Micros start = 0;
+    enterPath(path, start);
+    whenShown<QMessageBox>([](QMessageBox& box) { box.accept(); });
+    MainWindow::cmdPresent_Click();
+    while (run.programState != 0) {
+        desktop().waitForEvents(platform::never);
+    }
+    print("read_ms", clockMicros() - start);
+    return run.readBackCount == imageSize;
+}
+
+bool load(const std::string& path) {
+    const Micros start = clockMicros();
+    Micros acceptedAt = 0;
+    enterPath(path, acceptedAt);
+    MainWindow::cmdLoading_Click();
+    desktop().doEvents();
+    print("button_to_dialog_ms", acceptedAt - start);
+    print("dialog_to_row_ms", clockMicros() - acceptedAt);
+    return run.fileLoaded && !frmMain().lblTitle[2].caption.empty();
+}
+
+// The exchange without its sleep.
+bool exchangeByTightPoll() {
+    CommonComm::subClearInput();
+    CommonComm::subSendFrame("0501");
+    CommonComm::ReplyReceiver receiver(run.replyBytes, true);
+    for (const Micros limit = clockMicros() + 1'000'000; !receiver.frameGood() && clockMicros() < limit;) {
+        if (CommonComm::serialPort().countReceived() > 0) {
+            receiver.take(CommonComm::serialPort().read());
+        }
+    }
+    return receiver.frameGood();
+}
+
+bool exchange() {
+    if (!openPort()) {
+        return false;
+    }
+    constexpr int times = 3000;
+    Micros asleep = 0;
+    Micros polling = 0;
+    for (int count = 0; count < times;
+         ++count) { // turn by turn, or what else the machine does would fall on one of them
+        const Micros start = clockMicros();
+        const bool good = CommonComm::fncExchange("0501", true, 5000) == "0000";
+        const Micros middle = clockMicros();
+        if (!good || !exchangeByTightPoll()) {
+            return false;
+        }
+        asleep += middle - start;
+        polling += clockMicros() - middle;
+    }
+    print("exchange_ms", asleep / times);
+    print("tight_poll_ms", polling / times);
+    return true;
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    platform::QtDesktop qtDesktop;
+    platform::setDesktop(&qtDesktop);
+    program::bindEvents();
+    desktop().show(frmMain());
+    desktop().doEvents();
+    const std::string_view what = count > 1 ? words[1] : "";
+    const std::string path = count > 2 ? words[2] : "";
+    const Micros processorAtStart = processorMicros();
+    const bool done = what == "send"       ? send(path)
+                      : what == "read"     ? read(path)
+                      : what == "load"     ? load(path)
+                      : what == "exchange" ? exchange()
+                                           : false;
+    print("cpu_ms", processorMicros() - processorAtStart);
+    std::printf("peak_kib %ld\n", peakKib());
+    return done ? EXIT_SUCCESS : EXIT_FAILURE;
+}
