@@ -86,6 +86,10 @@ class Desktop {
     virtual void unload(Form& form) = 0;
     virtual Size screenSize() = 0;
 
+    // While it is on, the computer does not go to sleep by itself: not for want of use, not by its lid. Does without in
+    // silence where the system offers nothing of the kind. Never waits longer than 100 ms.
+    virtual void keepAwake(bool on) = 0;
+
     virtual SerialPort& commPort() = 0;
     virtual Files& files() = 0;
 

@@ -3,7 +3,7 @@
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 
-buildPackages=(cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libgtest-dev)
+buildPackages=(cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libsystemd-dev libgtest-dev dbus-daemon)
 # A stand-in for each of the two fonts that the windows ask for.
 fontPackages=(fontconfig fonts-liberation2 fonts-ipafont-gothic)
 packagingPackages=(dpkg-dev file)

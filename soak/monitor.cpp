@@ -218,6 +218,9 @@ void Monitor::checkWindows() {
     if (form->enabled) {
         log_.violation("the main window can be used while firmware moves");
     }
+    if (!world_.desktop.keptAwake()) {
+        log_.violation("the computer may go to sleep while firmware moves");
+    }
     if (const FrmWait* wait = waitForm(world_.desktop)) {
         const platform::Control& bar = wait->prbComm;
         if (bar.value < bar.min || bar.value > bar.max) {
@@ -240,15 +243,18 @@ void Monitor::eventRan() {
         endOperation();
     } else if (resting(run.programState)) {
         log_.violation("CommTimer runs while nothing is under way");
+    } else if (!world_.desktop.keptAwake()) {
+        log_.violation("the computer may go to sleep between two steps");
     }
 }
 
 // Without CommTimer nothing goes on by itself, so the operator must be able to.
 void Monitor::checkRest(const FrmMain& form) {
-    const std::array<std::pair<bool, const char*>, 6> demands{{
+    const std::array<std::pair<bool, const char*>, 7> demands{{
         {form.enabled, "the main window is left disabled"},
         {form.mousePointer != MousePointer::hourglass, "the pointer is left at the hourglass"},
         {!frmWaitLoaded(), "the progress dialog is left behind"},
+        {!world_.desktop.keptAwake(), "the computer is left kept awake"},
         {resting(run.programState), "the procedures are left in the midst of something"},
         {!run.verifying, "a verification is left under way"},
         {portBad() || !operation_ || order_.settled(verifying()), "the unit is not told that the procedure is over"},

@@ -90,13 +90,15 @@ class Session {
         const FrmMain& form = frmMain();
         const bool resting = run.programState == 0 || run.programState == 6 || run.programState == 14;
         if (form.visible && form.enabled && form.mousePointer != MousePointer::hourglass && !frmWaitLoaded() &&
-            !form.CommTimer.running() && !run.stepBusy && resting && world.desktop.violations().empty()) {
+            !world.desktop.keptAwake() && !form.CommTimer.running() && !run.stepBusy && resting &&
+            world.desktop.violations().empty()) {
             return testing::AssertionSuccess();
         }
         return testing::AssertionFailure()
                << "visible " << form.visible << " enabled " << form.enabled << " frmWait " << frmWaitLoaded()
-               << " CommTimer " << form.CommTimer.running() << " stepBusy " << run.stepBusy << " programState "
-               << run.programState << " violations " << testing::PrintToString(world.desktop.violations());
+               << " kept awake " << world.desktop.keptAwake() << " CommTimer " << form.CommTimer.running()
+               << " stepBusy " << run.stepBusy << " programState " << run.programState << " violations "
+               << testing::PrintToString(world.desktop.violations());
     }
 
     World world;

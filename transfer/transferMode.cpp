@@ -76,6 +76,7 @@ std::string startTransfer(const std::string& operation) {
 
 std::string fncStartTransfer(const std::string& operation) {
     try {
+        desktop().keepAwake(true);
         return startTransfer(operation);
     } catch (const std::exception&) {
         subReportError();
@@ -95,6 +96,7 @@ void subEndTransfer() {
         desktop().doEvents();
     }
     unloadFrmWait();
+    desktop().keepAwake(run.verifying);
     frmMain().enabled = !run.verifying;
 }
 

@@ -29,6 +29,7 @@ void readBack() {
     setCommTimer(false);
     closeTransferMode("54");
     closeTransferMode("53");
+    desktop().keepAwake(false);
 }
 
 void tellComparison() {

@@ -5,6 +5,7 @@
 #include "platform/qt/diskFiles.h"
 #include "platform/qt/formWindow.h"
 #include "platform/qt/qtSerialPort.h"
+#include "platform/qt/sleepInhibitor.h"
 #include "platform/qt/timerQueue.h"
 
 #include <QApplication>
@@ -36,6 +37,7 @@ class QtDesktop final : public Desktop {
     void hide(Form& form) override;
     void unload(Form& form) override;
     Size screenSize() override;
+    void keepAwake(bool on) override { on ? sleepInhibitor_.hold() : sleepInhibitor_.drop(); }
     SerialPort& commPort() override { return port_; }
     Files& files() override { return files_; }
     std::string programDirectory() override;
@@ -53,6 +55,7 @@ class QtDesktop final : public Desktop {
     DiskFiles files_;
     QtSerialPort port_;
     TimerQueue timers_;
+    SleepInhibitor sleepInhibitor_;
     std::map<Form*, FormWindow*> windows_; // of the loaded forms
     std::vector<Form*> shown_;             // in the order of showing
 };

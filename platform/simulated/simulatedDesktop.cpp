@@ -114,6 +114,11 @@ void SimulatedDesktop::waitOnce(Micros until) {
     }
 }
 
+void SimulatedDesktop::keepAwake(bool on) {
+    enter();
+    keptAwake_ = on;
+}
+
 // Window events.
 
 Micros SimulatedDesktop::nextEvent() {

@@ -65,6 +65,7 @@ class SimulatedDesktop : public Desktop {
     // Failures that left an event's handler, and uses of the desktop that no real one would bear.
     const std::vector<std::string>& violations() const { return violations_; }
     bool modalStands() const { return modalDepth_ > 0; }
+    bool keptAwake() const { return keptAwake_; }
     // A loaded form, nullptr without one of the name.
     Form* form(std::string_view name) const;
     const std::vector<Form*>& forms() const { return forms_; }
@@ -88,6 +89,7 @@ class SimulatedDesktop : public Desktop {
     void hide(Form& form) override;
     void unload(Form& form) override;
     Size screenSize() override { return screen; }
+    void keepAwake(bool on) override;
     SerialPort& commPort() override { return port_; }
     Files& files() override { return files_; }
     std::string programDirectory() override { return directory; }
@@ -125,6 +127,7 @@ class SimulatedDesktop : public Desktop {
     std::vector<std::string> violations_;
     int modalDepth_ = 0;
     int eventDepth_ = 0;
+    bool keptAwake_ = false;
     bool ended_ = false;
     std::string stuckReason_;
 };
