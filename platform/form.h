@@ -72,7 +72,9 @@ struct Control {
     Place place = {};                // within the container
     int tabIndex = -1;               // order of the Tab key, -1: not reached by it
     std::string caption = {};        // what it shows; on a button, an ampersand is an ordinary character
-    std::string accessibleName = {}; // what a screen reader says where the caption says nothing
+    std::string accessibleName = {}; // what a screen reader calls it; a label's caption follows it. Empty: the caption
+    std::vector<const Control*> described = {}; // by the captions of these controls of its form, for a screen reader
+    const Control* label = nullptr;             // drop-down list: the label of its form that names it
     Font font = {};
     Colour textColour = windowText;
     Colour backColour = buttonFace;

@@ -38,13 +38,12 @@ Control line(const char* name, Place place, bool visible) {
     return {.kind = ControlKind::line, .name = name, .place = place, .visible = visible};
 }
 
-Control rowOption(int index, Place place, const char* accessibleName, double value) {
+Control rowOption(int index, Place place, double value) {
     return {.kind = ControlKind::optionButton,
             .name = "optPresent",
             .index = index,
             .place = place,
             .tabIndex = index,
-            .accessibleName = accessibleName,
             .value = value};
 }
 
@@ -67,8 +66,7 @@ FrmMain::FrmMain() {
     icon = art::programIcon;
 
     lblPresent = heading("lblPresent", {240, 120, 3255, 255});
-    optPresent = {rowOption(0, {360, 480, 255, 255}, "Amplifier", 1),
-                  rowOption(1, {360, 720, 255, 255}, "Interface unit", 0)};
+    optPresent = {rowOption(0, {360, 480, 255, 255}, 1), rowOption(1, {360, 720, 255, 255}, 0)};
     lblRewriting = heading("lblRewriting", {240, 1200, 3255, 255});
     lblTitle = {rowLabel("lblTitle", 0, {720, 480, 1335, 255}, "QT-MVR"),
                 rowLabel("lblTitle", 1, {720, 720, 1335, 255}, "QT-KP42"),
@@ -77,6 +75,9 @@ FrmMain::FrmMain() {
                   rowLabel("lblVersion", 1, {2040, 720, 1455, 255}, "Ver.1.000"),
                   rowLabel("lblVersion", 2, {2040, 1560, 1455, 255}, "Ver.1.000")};
     cmdLoading = button("cmdLoading", 3, {2400, 1920, 1095, 315});
+    optPresent[0].described = {&lblTitle[0], &lblVersion[0]};
+    optPresent[1].described = {&lblTitle[1], &lblVersion[1]};
+    cmdLoading.described = {&lblTitle[2], &lblVersion[2]};
     Line1 = line("Line1", {0, 2520, 5400, 0}, true);
     cmdUpgrade = button("cmdUpgrade", 5, {600, 2640, 1335, 315});
     cmdEnd = button("cmdEnd", 6, {2160, 2640, 1335, 315});

@@ -17,13 +17,8 @@ Control label(const char* name, Place place) {
     return {.kind = ControlKind::label, .name = name, .place = place, .font = boldFont, .backColour = orange};
 }
 
-Control list(const char* name, int tabIndex, Place place, const char* accessibleName) {
-    return {.kind = ControlKind::dropDownList,
-            .name = name,
-            .place = place,
-            .tabIndex = tabIndex,
-            .accessibleName = accessibleName,
-            .font = plainFont};
+Control list(const char* name, int tabIndex, Place place) {
+    return {.kind = ControlKind::dropDownList, .name = name, .place = place, .tabIndex = tabIndex, .font = plainFont};
 }
 
 Control button(const char* name, int tabIndex, Place place) {
@@ -41,11 +36,13 @@ FrmStartUp::FrmStartUp() {
 
     shpComm = {.kind = ControlKind::rectangle, .name = "shpComm", .place = {0, 0, 4800, 855}, .backColour = orange};
     lblBPS = label("lblBPS", {135, 75, 1155, 240});
-    cmbBps = list("cmbBps", 0, {1320, 45, 1215, 315}, "COM speed");
+    cmbBps = list("cmbBps", 0, {1320, 45, 1215, 315});
     lblCom = label("lblCom", {135, 315, 1155, 240});
-    cmbCom = list("cmbCom", 1, {1320, 270, 1215, 315}, "COM port");
+    cmbCom = list("cmbCom", 1, {1320, 270, 1215, 315});
     cmdTest = button("cmdTest", 2, {2640, 270, 975, 315});
     cmdEnd = button("cmdEnd", 3, {3705, 270, 975, 315});
+    cmbBps.label = &lblBPS;
+    cmbCom.label = &lblCom;
     imgLogo = {.kind = ControlKind::picture, .name = "imgLogo", .place = {0, 0, 7440, 5760}, .visible = false};
     STARTBOX = {.kind = ControlKind::menu, .name = "STARTBOX", .caption = "Tarn Beacon"};
 

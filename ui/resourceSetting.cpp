@@ -7,7 +7,7 @@
 #include "ui/messages.h"
 #include "ui/stringTable.h"
 
-#include <span>
+#include <array>
 
 using platform::Control;
 
@@ -24,6 +24,24 @@ void setCaptions(std::initializer_list<CaptionRow> rows, std::int32_t languageOf
     for (const CaptionRow& row : rows) {
         row.control.caption = loadText(row.id + languageOffset);
         row.control.font.name = run.screenFontName;
+    }
+}
+
+// What a screen reader calls the rows, which have no captions of their own on the screen.
+void nameRows(FrmMain& form) {
+    struct Row {
+        const char* japanese;
+        const char* english;
+    };
+    constexpr std::array names{Row{"アンプ", "Amplifier"}, Row{"インターフェースユニット", "Interface unit"},
+                               Row{"ファイル", "File"}};
+    for (std::size_t row = 0; row < names.size(); ++row) {
+        const std::string name = japaneseSelected() ? names[row].japanese : names[row].english;
+        form.lblTitle[row].accessibleName = name + (japaneseSelected() ? " 型式" : " model");
+        form.lblVersion[row].accessibleName = name + (japaneseSelected() ? " バージョン" : " version");
+        if (row < form.optPresent.size()) {
+            form.optPresent[row].accessibleName = name;
+        }
     }
 }
 
@@ -62,6 +80,7 @@ void subSetMainText(std::int32_t languageOffset) {
                      {form.cmdUpgrade, textId::startUpgrade},
                      {form.cmdEnd, textId::end}},
                     languageOffset);
+        nameRows(form);
     } catch (const std::exception&) {
         subReportError();
     }
@@ -91,6 +110,7 @@ void subSetWaitText(std::int32_t languageOffset) {
         form.title = loadText(textId::waitTitle + languageOffset);
         form.lblMsg.caption = trim(waitText(frmMain().lblTitle[2].caption, frmMain().lblVersion[2].caption));
         form.lblMsg.font.name = run.screenFontName;
+        form.prbComm.accessibleName = japaneseSelected() ? "進行状況" : "Progress";
         setCaptions({{form.cmdCancel, textId::cancelWait}}, languageOffset);
     } catch (const std::exception&) {
         subReportError();

@@ -30,6 +30,19 @@ auto state(const Control& control) {
     return std::tie(control.visible, control.value, control.min, control.max, control.items, control.listIndex);
 }
 
+// An option that the Tab key reaches also while another one of its group is on, so that it can be read before it is chosen.
+class OptionButton : public QRadioButton {
+  public:
+    using QRadioButton::QRadioButton;
+
+  protected:
+    void focusInEvent(QFocusEvent* event) override {
+        setAutoExclusive(false); // the toolkit would take the rest of the group out of the tab order
+        QRadioButton::focusInEvent(event);
+        setAutoExclusive(true);
+    }
+};
+
 QWidget* makeWidget(const Control& control, QWidget* parent) {
     switch (control.kind) {
     case ControlKind::label: return new Label(parent);
@@ -38,7 +51,7 @@ QWidget* makeWidget(const Control& control, QWidget* parent) {
         button->setAutoDefault(true); // the Enter key presses it while it has the focus
         return button;
     }
-    case ControlKind::optionButton: return new QRadioButton(parent);
+    case ControlKind::optionButton: return new OptionButton(parent);
     case ControlKind::checkBox: return new QCheckBox(parent);
     case ControlKind::frame: return new QGroupBox(parent);
     case ControlKind::dropDownList: return new QComboBox(parent);
@@ -120,16 +133,34 @@ void ControlView::showLooks() {
     }
     widget_->setGeometry(pixels(control_->place));
     widget_->setFont(fittedFont(*control_));
-    widget_->setAccessibleName(fromUtf8(control_->accessibleName));
     showColours();
     showCaption();
 }
 
+void ControlView::showNames() {
+    if (widget_ == nullptr) {
+        return;
+    }
+    std::string name = control_->accessibleName;
+    if (control_->kind == ControlKind::label && !name.empty()) {
+        name += ' ' + control_->caption;
+    }
+    std::string description;
+    for (const Control* other : control_->described) {
+        description += (description.empty() ? "" : " ") + other->caption;
+    }
+    widget_->setAccessibleName(fromUtf8(name).trimmed());
+    widget_->setAccessibleDescription(fromUtf8(description).trimmed());
+}
+
 void ControlView::showColours() {
+    if (widget_ == nullptr || dynamic_cast<Drawing*>(widget_) != nullptr) { // which takes them as it paints
+        return;
+    }
     QPalette palette;
     if (control_->kind == ControlKind::label || control_->textColour.source == Colour::Source::fixed) {
         // In every state, also in a window that is disabled: the control alone says when its text is grey.
-        palette.setColor(QPalette::WindowText, colourOf(control_->enabled ? control_->textColour : greyText));
+        palette.setColor(QPalette::WindowText, textColourOf(*control_));
     }
     const bool filled = control_->backColour.source == Colour::Source::fixed;
     if (filled) {

@@ -22,13 +22,18 @@ class ControlView {
     // Brings the widget to the control's state; true when the widget has yet to be painted for it.
     bool sync();
 
+    // Takes the colours anew from the desktop's, which have changed.
+    void showColours();
+
+    // Tells screen readers what the control is called and what describes it.
+    void showNames();
+
     // Takes the operator's input over into the control's state, but for the other options of a group.
     void takeInput();
 
   private:
     void showLooks();
     void showCaption();
-    void showColours();
     void showValue();
     void showItems();
 

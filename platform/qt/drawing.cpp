@@ -38,6 +38,15 @@ QColor colourOf(const Colour& colour) {
     return {colour.red, colour.green, colour.blue};
 }
 
+QColor textColourOf(const Control& control) {
+    const bool themed = control.textColour.source != Colour::Source::fixed;
+    if (themed && control.backColour.source == Colour::Source::fixed) {
+        constexpr int middle = 128;
+        return qGray(colourOf(control.backColour).rgb()) < middle ? Qt::white : Qt::black;
+    }
+    return colourOf(control.enabled ? control.textColour : greyText);
+}
+
 QPixmap pictureOf(int number) {
     return number == 0 ? QPixmap() : QPixmap(QString(":/art/%1.png").arg(number));
 }
@@ -58,8 +67,8 @@ Drawing::Drawing(const Control& control, QWidget* parent) : QWidget(parent), kin
 
 void Drawing::show(const Control& control) {
     place_ = control.place;
-    textColour_ = colourOf(control.textColour);
-    backColour_ = colourOf(control.backColour);
+    textColour_ = control.textColour;
+    backColour_ = control.backColour;
     if (pictureNumber_ != control.picture) {
         pictureNumber_ = control.picture;
         picture_ = pictureOf(control.picture);
@@ -74,7 +83,7 @@ void Drawing::show(const Control& control) {
 
 void Drawing::paintLine(QPainter& painter) const {
     const bool rising = (place_.width < 0) != (place_.height < 0);
-    painter.setPen(textColour_);
+    painter.setPen(colourOf(textColour_));
     painter.drawLine(0, rising ? height() - 1 : 0, width() - 1, rising ? 0 : height() - 1);
 }
 
@@ -82,8 +91,10 @@ void Drawing::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     switch (kind_) {
     case ControlKind::line: return paintLine(painter);
-    case ControlKind::rectangle: return painter.fillRect(rect(), backColour_);
-    default: return painter.drawPixmap(0, 0, picture_);
+    case ControlKind::rectangle: return painter.fillRect(rect(), colourOf(backColour_));
+    default:
+        painter.setRenderHint(QPainter::SmoothPixmapTransform); // at a scale between the picture's two densities
+        return painter.drawPixmap(0, 0, picture_);
     }
 }
 

@@ -18,6 +18,9 @@ int pixels(int twips);
 QRect pixels(const Place& place);
 QFont fontOf(const Font& font);
 QColor colourOf(const Colour& colour);
+// The colour of a control's text. A text of the desktop's colour turns black or white on a fixed background, which no
+// theme knows of.
+QColor textColourOf(const Control& control);
 
 // The bitmap of that number, in the density of the screen; empty where there is none.
 QPixmap pictureOf(int number);
@@ -41,8 +44,8 @@ class Drawing : public QWidget {
 
     ControlKind kind_;
     Place place_;
-    QColor textColour_;
-    QColor backColour_;
+    Colour textColour_;
+    Colour backColour_;
     int pictureNumber_ = 0;
     QPixmap picture_;
 };

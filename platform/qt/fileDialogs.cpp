@@ -4,6 +4,7 @@
 #include "platform/qt/text.h"
 
 #include <QFileDialog>
+#include <QScreen>
 
 namespace platform {
 
@@ -20,6 +21,13 @@ QStringList nameFilters(const std::string& filter) {
     return filters;
 }
 
+// Room for a path and the columns in the desktop's font, as far as the screen has it.
+QSize roomFor(const QFileDialog& dialog) {
+    const QFontMetrics font = dialog.fontMetrics();
+    const QSize room(90 * font.averageCharWidth(), 25 * font.lineSpacing());
+    return room.expandedTo(dialog.size()).boundedTo(dialog.screen()->availableSize() * 9 / 10);
+}
+
 } // namespace
 
 void showFileDialog(FileDialog& dialog, FileDialogKind kind) {
@@ -34,6 +42,7 @@ void showFileDialog(FileDialog& dialog, FileDialogKind kind) {
     if (!dialog.fileName.empty()) {
         shown.selectFile(fromUtf8(dialog.fileName));
     }
+    shown.resize(roomFor(shown));
     if (shown.exec() == QDialog::Accepted) {
         dialog.fileName = toUtf8(shown.selectedFiles().value(0));
     } else if (dialog.cancelError) {

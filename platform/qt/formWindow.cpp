@@ -3,8 +3,10 @@
 #include "platform/qt/drawing.h"
 #include "platform/qt/text.h"
 
+#include <QAccessibleWidget>
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QLabel>
 #include <QPointer>
 #include <QScreen>
 #include <QWindow>
@@ -28,16 +30,29 @@ Control backPictureOf(const Form& form) {
             .picture = form.backPicture};
 }
 
+// What a screen reader is told of the widgets that the toolkit does not know.
+QAccessibleInterface* accessibleOf(const QString& /*className*/, QObject* object) {
+    if (auto* window = dynamic_cast<FormWindow*>(object)) {
+        return new QAccessibleWidget(window, QAccessible::Dialog); // its labels are read when it comes up
+    }
+    if (auto* drawing = dynamic_cast<Drawing*>(object)) {
+        return new QAccessibleWidget(drawing, QAccessible::Graphic);
+    }
+    return nullptr;
+}
+
 } // namespace
 
 FormWindow::FormWindow(Form& form, Deliver deliver)
     : QWidget(nullptr, frameOf(form)), form_(&form), deliver_(std::move(deliver)), client_(new QWidget(this)) {
+    QAccessible::installFactory(accessibleOf); // once, however often it is called
     setObjectName(fromUtf8(form.name));
     setFixedSize(pixels(form.clientArea.width), pixels(form.clientArea.height));
     setWindowIcon(iconOf(form.icon));
     client_->setGeometry(rect());
     (new Drawing(backPictureOf(form), client_))->show(backPictureOf(form));
     buildControls();
+    nameLists();
     setTabOrder();
     sync();
 }
@@ -54,6 +69,16 @@ QWidget* FormWindow::containerOf(const Control& control) const {
     const auto view =
         std::ranges::find_if(views_, [&](const auto& other) { return other->control().name == control.container; });
     return control.container.empty() || view == views_.end() ? client_ : (*view)->widget();
+}
+
+void FormWindow::nameLists() {
+    for (const auto& list : views_) {
+        for (const auto& label : views_) {
+            if (&label->control() == list->control().label) {
+                qobject_cast<QLabel*>(label->widget())->setBuddy(list->widget());
+            }
+        }
+    }
 }
 
 void FormWindow::setTabOrder() {
@@ -80,9 +105,16 @@ void FormWindow::sync() {
     if (form_ == nullptr) {
         return;
     }
+    bool controlsChanged = false;
     for (const auto& view : views_) {
-        changed_ = view->sync() || changed_;
+        controlsChanged = view->sync() || controlsChanged;
     }
+    if (controlsChanged) { // one control's name may hold the caption of another
+        for (const auto& view : views_) {
+            view->showNames();
+        }
+    }
+    changed_ = controlsChanged || changed_;
     changed_ = syncWindow() || changed_;
     changed_ = syncEnabled() || changed_;
     syncVisible();
@@ -93,6 +125,7 @@ bool FormWindow::syncWindow() {
     const QString title = form_->title.empty() ? QString(" ") : fromUtf8(form_->title);
     if (windowTitle() != title) {
         setWindowTitle(title);
+        setAccessibleName(form_->title.empty() ? QCoreApplication::applicationName() : title);
     }
     const Qt::CursorShape pointer = form_->mousePointer == MousePointer::hourglass ? Qt::WaitCursor : Qt::ArrowCursor;
     if (cursor().shape() != pointer) {
@@ -170,6 +203,10 @@ bool FormWindow::event(QEvent* event) {
     const bool handled = QWidget::event(event);
     if (event->type() == QEvent::UpdateRequest) {
         changed_ = false;
+    } else if (event->type() == QEvent::ApplicationPaletteChange) {
+        for (const auto& view : views_) {
+            view->showColours();
+        }
     }
     return handled;
 }

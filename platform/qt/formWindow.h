@@ -38,6 +38,7 @@ class FormWindow : public QWidget {
   private:
     void buildControls();
     QWidget* containerOf(const Control& control) const;
+    void nameLists();
     void setTabOrder();
     bool syncWindow();
     bool syncEnabled();
