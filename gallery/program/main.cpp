@@ -1,0 +1,75 @@
+// Saves a picture of every window in every state worth one, in both languages: FOLDER/en and FOLDER/ja. The scale comes
+// from the environment (QT_SCALE_FACTOR). On a display with a window manager a picture shows the frame too.
+#include "gallery/scenes.h"
+
+#include <QCommandLineParser>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QScreen>
+#include <QThread>
+#include <QWindow>
+
+#include <cstdio>
+
+namespace {
+
+bool hasFrames() {
+    return QGuiApplication::platformName() == "xcb";
+}
+
+// Waits until the window manager has drawn the frame.
+void settle() {
+    constexpr int enough = 400; // ms
+    QElapsedTimer timer;
+    for (timer.start(); timer.elapsed() < enough; QThread::msleep(10)) {
+        QCoreApplication::processEvents();
+    }
+}
+
+QPixmap pictureOf(QWidget& window) {
+    if (!hasFrames()) {
+        return window.grab();
+    }
+    settle();
+    const QRect area = window.frameGeometry();
+    return window.screen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
+}
+
+void saveAll(platform::QtDesktop& desktop, gallery::Language language, const QDir& folder) {
+    folder.mkpath(".");
+    gallery::showAll(desktop, language, [&](const std::string& scene, QWidget& window) {
+        const QString path = folder.filePath(QString::fromStdString(scene) + ".png");
+        if (!pictureOf(window).save(path)) {
+            std::fprintf(stderr, "%s could not be saved.\n", qPrintable(path));
+            std::exit(1);
+        }
+    });
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    platform::QtDesktop desktop;
+    platform::setDesktop(&desktop);
+
+    QCommandLineParser options;
+    options.setApplicationDescription("Saves a picture of every window, in both languages.");
+    options.addHelpOption();
+    options.addOptions({{"dark", "Use a dark palette."}, {"font", "Size of the desktop's font, in points.", "POINTS"}});
+    options.addPositionalArgument("FOLDER", "Where the pictures go.");
+    options.process(QStringList(words, words + count));
+    const QStringList folders = options.positionalArguments();
+    if (folders.size() != 1) {
+        options.showHelp(1);
+    }
+    if (options.isSet("font")) {
+        QFont font = QApplication::font();
+        font.setPointSizeF(options.value("font").toDouble());
+        QApplication::setFont(font);
+    }
+    if (options.isSet("dark")) {
+        QApplication::setPalette(gallery::darkPalette());
+    }
+    saveAll(desktop, gallery::Language::english, QDir(folders.front() + "/en"));
+    saveAll(desktop, gallery::Language::japanese, QDir(folders.front() + "/ja"));
+}
