@@ -9,8 +9,8 @@
 #include "ui/resourceSetting.h"
 #include "ui/stringTable.h"
 
-#include <QFileDialog>
-#include <QMessageBox>
+#include <QDialog>
+#include <QDir>
 #include <QTimer>
 
 namespace gallery {
@@ -177,7 +177,7 @@ void showLiteralBoxes(const Walk& walk) {
 void showFileDialogs(const Walk& walk) {
     platform::FileDialog& dialog = frmMain().cmdSoft;
     dialog.filter = run.binFileFilter;
-    dialog.initialDirectory = walk.desktop.programDirectory();
+    dialog.initialDirectory = platform::toUtf8(QDir::currentPath());
     lookAtDialog(walk, "load-dialog");
     walk.desktop.showOpen(dialog);
     lookAtDialog(walk, "save-dialog");

@@ -17,20 +17,19 @@ bool hasFrames() {
     return QGuiApplication::platformName() == "xcb";
 }
 
-// Waits until the window manager has drawn the frame.
-void settle() {
-    constexpr int enough = 400; // ms
+// Waits until the window manager has drawn the frame, and a file dialog what it found.
+void settle(int milliseconds) {
     QElapsedTimer timer;
-    for (timer.start(); timer.elapsed() < enough; QThread::msleep(10)) {
+    for (timer.start(); timer.elapsed() < milliseconds; QThread::msleep(10)) {
         QCoreApplication::processEvents();
     }
 }
 
 QPixmap pictureOf(QWidget& window) {
+    settle(hasFrames() ? 400 : 60);
     if (!hasFrames()) {
         return window.grab();
     }
-    settle();
     const QRect area = window.frameGeometry();
     return window.screen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
 }

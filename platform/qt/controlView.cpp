@@ -4,6 +4,7 @@
 #include "platform/qt/label.h"
 #include "platform/qt/text.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
@@ -86,6 +87,19 @@ QFont fittedFont(const Control& control) {
     return font;
 }
 
+// Turns the colours of an option's circle and of a check box round on a dark window, where the style all but loses them.
+void setIndicator(QPalette& palette) {
+    const QPalette desktop = QApplication::palette();
+    for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        const QColor text = desktop.color(group, QPalette::WindowText);
+        const QColor window = desktop.color(group, QPalette::Window);
+        if (qGray(text.rgb()) > qGray(window.rgb())) {
+            palette.setColor(group, QPalette::Base, text);
+            palette.setColor(group, QPalette::Text, window);
+        }
+    }
+}
+
 } // namespace
 
 ControlView::ControlView(Control& control, QWidget* parent, const std::function<void(ControlView&)>& operated)
@@ -161,6 +175,9 @@ void ControlView::showColours() {
     if (control_->kind == ControlKind::label || control_->textColour.source == Colour::Source::fixed) {
         // In every state, also in a window that is disabled: the control alone says when its text is grey.
         palette.setColor(QPalette::WindowText, textColourOf(*control_));
+    }
+    if (control_->kind == ControlKind::optionButton || control_->kind == ControlKind::checkBox) {
+        setIndicator(palette);
     }
     const bool filled = control_->backColour.source == Colour::Source::fixed;
     if (filled) {

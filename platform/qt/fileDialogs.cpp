@@ -4,7 +4,9 @@
 #include "platform/qt/text.h"
 
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QScreen>
+#include <QTreeView>
 
 namespace platform {
 
@@ -28,6 +30,13 @@ QSize roomFor(const QFileDialog& dialog) {
     return room.expandedTo(dialog.size()).boundedTo(dialog.screen()->availableSize() * 9 / 10);
 }
 
+// The toolkit's columns are narrower than what stands in them.
+void fitColumns(const QFileDialog& dialog) {
+    if (const auto* list = dialog.findChild<QTreeView*>()) {
+        list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    }
+}
+
 } // namespace
 
 void showFileDialog(FileDialog& dialog, FileDialogKind kind) {
@@ -43,6 +52,7 @@ void showFileDialog(FileDialog& dialog, FileDialogKind kind) {
         shown.selectFile(fromUtf8(dialog.fileName));
     }
     shown.resize(roomFor(shown));
+    fitColumns(shown);
     if (shown.exec() == QDialog::Accepted) {
         dialog.fileName = toUtf8(shown.selectedFiles().value(0));
     } else if (dialog.cancelError) {
