@@ -20,7 +20,7 @@ namespace platform {
 
 namespace {
 
-constexpr int barSteps = 10000; // of a progress bar, whose value is no whole number
+constexpr int barSteps = 500; // of a progress bar, about a pixel each: screen readers hear of every one
 
 // What a widget shows of its control, in two parts: what hardly ever changes, and what does.
 auto looks(const Control& control) {
@@ -163,8 +163,13 @@ void ControlView::showNames() {
     for (const Control* other : control_->described) {
         description += (description.empty() ? "" : " ") + other->caption;
     }
-    widget_->setAccessibleName(fromUtf8(name).trimmed());
-    widget_->setAccessibleDescription(fromUtf8(description).trimmed());
+    // Each setting is told to the reader, also of what it knows.
+    if (const QString text = fromUtf8(name).trimmed(); text != widget_->accessibleName()) {
+        widget_->setAccessibleName(text);
+    }
+    if (const QString text = fromUtf8(description).trimmed(); text != widget_->accessibleDescription()) {
+        widget_->setAccessibleDescription(text);
+    }
 }
 
 void ControlView::showColours() {

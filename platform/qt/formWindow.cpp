@@ -50,7 +50,9 @@ FormWindow::FormWindow(Form& form, Deliver deliver)
     setFixedSize(pixels(form.clientArea.width), pixels(form.clientArea.height));
     setWindowIcon(iconOf(form.icon));
     client_->setGeometry(rect());
-    (new Drawing(backPictureOf(form), client_))->show(backPictureOf(form));
+    if (form.backPicture != 0) {
+        (new Drawing(backPictureOf(form), client_))->show(backPictureOf(form));
+    }
     buildControls();
     nameLists();
     setTabOrder();
