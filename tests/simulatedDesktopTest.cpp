@@ -192,6 +192,7 @@ TEST_F(SimulatedDesktopTest, BoxesAndDialogsAreAnsweredByTheOperator) {
     desk.confirmOverwrite = [](const AskedFile&) { return false; };
     desk.showSave(dialog);
     EXPECT_EQ(dialog.fileName, "free");
+    EXPECT_TRUE(desk.askedFiles().back().askedToOverwrite);
     desk.showOpen(dialog);
     EXPECT_EQ(dialog.fileName, "taken");
     desk.chooseFile = {};
