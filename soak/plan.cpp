@@ -2,6 +2,8 @@
 
 #include "soak/random.h"
 
+#include <algorithm>
+
 namespace soak {
 
 using simulator::milliseconds;
@@ -92,29 +94,45 @@ int drawSpan(Random& random) {
     return static_cast<int>(part < 50 ? 1 : part < 80 ? random.between(2, 12) : random.spread(8, 2000));
 }
 
-Fault drawFault(Random& random, int jobs) {
+// The unit sends an image in this job: a save, or a write with the check box ticked an odd number of times before.
+bool reads(const std::vector<Job>& jobs, int number) {
+    const auto last = jobs.begin() + number;
+    return last->kind == JobKind::save ||
+           std::count_if(jobs.begin(), last, [](const Job& job) { return job.kind == JobKind::verification; }) % 2 == 1;
+}
+
+// False for a fault that could change nothing in its job.
+bool bites(const Fault& fault, const Plan& plan) {
+    const JobKind job = plan.jobs[static_cast<std::size_t>(fault.job)].kind;
+    if (fault.job == 0 || rowOf(fault.kind).site == Site::start) {
+        return fault.job == 0;
+    }
+    if (job != JobKind::write && job != JobKind::save) {
+        return false;
+    }
+    switch (fault.kind) {
+    case FaultKind::hiddenToUnit: return job == JobKind::write && !plan.world.unit.crc;
+    case FaultKind::piecedBlocks:
+    case FaultKind::halvedBlocks:
+    case FaultKind::slowSender:
+    case FaultKind::hastySender:
+    case FaultKind::singleEnd: return reads(plan.jobs, fault.job);
+    default: return true;
+    }
+}
+
+Fault drawFault(Random& random, const Plan& plan) {
     constexpr std::array percents{100, 100, 30, 5, 1};
     Fault fault;
     do {
         fault.kind = static_cast<FaultKind>(random.below(faultKindCount));
-    } while (rowOf(fault.kind).site == Site::start && random.chance(60)); // several of them end the program at once
-    fault.job = random.chance(12) ? 0 : static_cast<int>(random.between(1, jobs - 1));
+        fault.job = random.chance(8) ? 0 : static_cast<int>(random.between(1, std::ssize(plan.jobs) - 1));
+    } while (!bites(fault, plan));
     fault.message = fault.job == 0 ? static_cast<int>(random.between(1, 6)) : drawMessage(random);
     fault.span = drawSpan(random);
     fault.percent = fault.span == 1 ? 100 : random.pick(percents);
     fault.seed = random.draw();
     return fault;
-}
-
-// The job of a fault is one that moves firmware, where the fault does not belong to the start.
-void moveToMainJob(Fault& fault, const std::vector<Job>& jobs, Random& random) {
-    const auto moves = [&] {
-        const JobKind kind = jobs[static_cast<std::size_t>(fault.job)].kind;
-        return kind == JobKind::write || kind == JobKind::save;
-    };
-    while (fault.job != 0 && !moves()) {
-        fault.job = static_cast<int>(random.between(1, std::ssize(jobs) - 1));
-    }
 }
 
 int drawFaultCount(Random& random) {
@@ -131,9 +149,7 @@ Plan planOf(std::uint64_t seed) {
     plan.world = drawWorld(random);
     plan.jobs = drawJobs(random);
     for (int count = drawFaultCount(random); count > 0; --count) {
-        Fault fault = drawFault(random, static_cast<int>(std::ssize(plan.jobs)));
-        moveToMainJob(fault, plan.jobs, random);
-        plan.faults.push_back(fault);
+        plan.faults.push_back(drawFault(random, plan));
     }
     plan.last = random.chance(70) ? JobKind::write : JobKind::save;
     plan.cancelPercent = random.chance(80) ? 0 : 40;

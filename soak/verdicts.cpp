@@ -47,7 +47,8 @@ void Monitor::compared(bool equal) {
         log_.violation("what was read back is not what arrived");
     }
     const bool held = unitImage() == loaded_;
-    if (read_.clean(world_.unit) && !portBad() && equal != held) {
+    const bool reported = operation_->boxCount() > 1; // that something was lost on the way back, say
+    if (read_.clean(world_.unit) && !portBad() && equal != held && !(held && reported)) {
         log_.violation("the verification is wrong about the unit");
     }
     tally_.upgrades += equal && held ? 1 : 0;
