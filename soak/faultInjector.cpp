@@ -118,13 +118,8 @@ void FaultInjector::switchOn(Running& running) {
     case FaultKind::diskFailsOnce: hitDisk(running, Lasting::once); break;
     case FaultKind::diskFailsForGood: hitDisk(running, Lasting::forGood); break;
     case FaultKind::diskFull: world_.files.setRoom(static_cast<std::size_t>(running.random.below(300'000))); break;
-    case FaultKind::operatorActs:
-    case FaultKind::operatorCloses: {
-        const Micros moment = world_.clock.now() + milliseconds(running.random.spread(1, 20'000));
-        const bool close = running.fault.kind == FaultKind::operatorCloses;
-        world_.desktop.schedule(moment, [this, close] { act(close); });
-        break;
-    }
+    case FaultKind::operatorActs: stirOperator(running, running.random.spread(1, 12)); break;
+    case FaultKind::operatorCloses: stirOperator(running, 1); break;
     case FaultKind::operatorCancels: cancelNext_ = true; break;
     default: hitUnit(running);
     }
@@ -152,6 +147,14 @@ void FaultInjector::switchOff(const Running& running) {
 
 // What strikes at a moment.
 
+void FaultInjector::stirOperator(Running& running, std::int64_t deeds) {
+    const bool close = running.fault.kind == FaultKind::operatorCloses;
+    for (Micros moment = world_.clock.now(); deeds > 0; --deeds) {
+        moment += milliseconds(running.random.spread(1, 10'000));
+        world_.desktop.schedule(moment, [this, close] { act(close); });
+    }
+}
+
 void FaultInjector::hitLine(Running& running) {
     running.fault.kind == FaultKind::noiseFlood ? floodLine(running) : answerEarly(running);
 }
@@ -160,6 +163,7 @@ void FaultInjector::answerEarly(Running& running) {
     const Bytes answers[]{simulator::frameOf("00000030050000"), {simulator::ack}, {simulator::nak}};
     const Micros now = world_.clock.now();
     monitor_.strayBytes(now + seconds(1));
+    settleLater(now + seconds(1)); // the answer itself
     world_.line.put(Direction::fromUnit, running.random.pick(answers), now);
 }
 

@@ -53,6 +53,7 @@ class FaultInjector {
     void switchOn(Running& running);
     void switchOff(const Running& running);
     void wakeUnit();
+    void stirOperator(Running& running, std::int64_t deeds);
     void hitLine(Running& running);
     void hitUnit(Running& running);
     void hitPort(Running& running, platform::Lasting lasting);

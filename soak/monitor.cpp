@@ -17,6 +17,7 @@ using simulator::seconds;
 
 namespace {
 
+constexpr int mostBoxesWithoutPort = 4;
 constexpr Micros slack = milliseconds(250); // for ticks, and for bytes on their way
 
 bool resting(std::int32_t programState) {
@@ -183,6 +184,7 @@ void Monitor::deedBegins(const platform::Deed& deed) {
     if (auto operation = Operation::begunBy(deed, world_)) {
         operation_ = operation;
         portFailed_ = !world_.port.isOpen();
+        boxesWithoutPort_ = 0;
         reader_.dropFrame();
     } else if (deed.control == "cmdCancel" && operation_) {
         operation_->cancel();
@@ -196,8 +198,11 @@ void Monitor::boxStands(const Box& box) {
         return;
     }
     const BoxKind kind = kindOf(box);
-    if (kind == BoxKind::report && order_.phase() == Phase::readDone) {
+    if (kind == BoxKind::report && operation_->fileWritten()) {
         operation_->failDisk();
+    }
+    if (world_.port.lost() && ++boxesWithoutPort_ > mostBoxesWithoutPort) {
+        log_.violation("one box follows another, and the port is gone");
     }
     if (operation_->kind() != Operation::Kind::write) {
         return;
@@ -257,6 +262,7 @@ void Monitor::checkRest(const FrmMain& form) {
         {!world_.desktop.keptAwake(), "the computer is left kept awake"},
         {resting(run.programState), "the procedures are left in the midst of something"},
         {!run.verifying, "a verification is left under way"},
+        {run.programState != FirmComm::state::verified || run.serialPort == nullptr, "a verification keeps the port"},
         {portBad() || !operation_ || order_.settled(verifying()), "the unit is not told that the procedure is over"},
     }};
     for (const auto& [met, complaint] : demands) {

@@ -87,6 +87,7 @@ class Monitor {
     Micros disturbedUntil_ = -1; // the line, by late and stray bytes
     Micros sign_ = 0;            // the latest moment at which the program has shown a sign of life
     bool portFailed_ = false;    // since the present operation began
+    int boxesWithoutPort_ = 0;   // of the present operation, since its device has gone away
     std::optional<Operation> operation_;
     std::optional<platform::Deed> deed_; // that is being done
     Bytes loaded_;                       // the image loaded last

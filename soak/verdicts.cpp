@@ -149,7 +149,8 @@ void Monitor::checkEnd() {
 
 // How the program has come to its end; empty where none of the ways fits.
 std::string Monitor::wayToEnd() const {
-    if (deed_ && (deed_->kind == platform::Deed::Kind::close || deed_->control == "cmdEnd")) {
+    const bool closes = deed_ && (deed_->kind == platform::Deed::Kind::close || deed_->control == "cmdEnd");
+    if (closes && deed_->form != "frmWait") {
         return "ended by the operator";
     }
     const auto& boxes = world_.desktop.boxes();
@@ -157,8 +158,10 @@ std::string Monitor::wayToEnd() const {
     if (kind == BoxKind::failureDialog && boxes.back().answer == platform::boxAnswer::cancel) {
         return "ended in the failure dialog";
     }
-    const bool identified = mainForm(world_.desktop)->visible || order_.phase() > Phase::resting;
-    return kind == BoxKind::fatal || !identified ? "ended at start-up" : "";
+    const bool started = mainForm(world_.desktop)->visible || order_.phase() > Phase::resting;
+    // The set button ends nothing before the identification, whose first frame may be lost with the port.
+    const bool pressed = order_.phase() == Phase::asked && !world_.person.done().empty() && !portBad();
+    return kind == BoxKind::fatal || !(started || pressed) ? "ended at start-up" : "";
 }
 
 } // namespace soak
