@@ -4,14 +4,19 @@
 
 #include <gtest/gtest.h>
 
-// The number of the failure that `action` raises, 0 for none.
+// The failure that `action` raises; its number is 0 where it raises none.
 template <class Action>
-int failureOf(Action action) {
+platform::Failure failureIn(Action action) {
     try {
         action();
     } catch (const platform::Failure& failure) {
         EXPECT_FALSE(failure.description().empty());
-        return failure.number();
+        return failure;
     }
-    return 0;
+    return {0, ""};
+}
+
+template <class Action>
+int failureOf(Action action) {
+    return failureIn(action).number();
 }

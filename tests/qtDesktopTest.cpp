@@ -3,6 +3,7 @@
 
 #include "platform/qt/instanceLock.h"
 #include "tests/failureOf.h"
+#include "tests/otherProcess.h"
 #include "tests/testForm.h"
 
 #include <QComboBox>
@@ -17,13 +18,9 @@
 #include <QTimer>
 #include <QWindow>
 
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace platform;
 
@@ -314,19 +311,9 @@ TEST(InstanceLockTest, ASecondInstanceIsTheOneWhileTheFirstLives) {
     std::filesystem::create_directory(folder);
     std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
     ::setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
-    int ready[2];
-    ASSERT_EQ(::pipe(ready), 0);
-    const pid_t first = ::fork();
-    if (first == 0) {
-        const char only = becomeOnlyInstance() ? 'y' : 'n';
-        ::_exit(::write(ready[1], &only, 1) == 1 ? ::pause() : 1);
-    }
-    char only = 0;
-    EXPECT_EQ(::read(ready[0], &only, 1), 1);
-    EXPECT_EQ(only, 'y');
+    const OtherProcess first([] { return becomeOnlyInstance(); });
     EXPECT_FALSE(becomeOnlyInstance());
-    ::kill(first, SIGKILL);
-    ::waitpid(first, nullptr, 0);
+    first.kill();
     EXPECT_TRUE(becomeOnlyInstance());
     std::filesystem::remove_all(folder);
 }
@@ -348,24 +335,19 @@ TEST(DiskFilesTest, FailuresNameFileAndCauseAndAWriteKeepsTheRest) {
     struct Row {
         std::function<void()> action;
         int number;
-        const char* description;
+        const char* cause;
     };
-    const std::vector<Row> rows{
+    const Row rows[] = {
         {[&] { files.length(path + "x"); }, failureNumber::fileNotFound, "No such file or directory"},
         {[&] { files.length(folder.string()); }, failureNumber::fileRefused, "Is a directory"},
-        {[&] { files.openBinary(path, FileAccess::read)->read(9, bytes); }, failureNumber::fileBroken,
-         "ends too early"},
+        {[&] { files.openBinary(path, FileAccess::read)->read(9, bytes); }, failureNumber::fileBroken, "too early"},
         {[&] { full->write(0, bytes); }, failureNumber::fileBroken, "No space left on device"},
     };
     for (const Row& row : rows) {
-        try {
-            row.action();
-            ADD_FAILURE() << row.description;
-        } catch (const Failure& failure) {
-            EXPECT_EQ(failure.number(), row.number) << row.description;
-            EXPECT_NE(failure.description().find(row.description), std::string::npos) << failure.description();
-            EXPECT_EQ(failure.description().front(), '/');
-        }
+        const Failure failure = failureIn(row.action);
+        EXPECT_EQ(failure.number(), row.number) << row.cause;
+        EXPECT_TRUE(failure.description().starts_with('/')) << failure.description();
+        EXPECT_NE(failure.description().find(row.cause), std::string::npos) << failure.description();
     }
     std::filesystem::remove_all(folder);
 }
