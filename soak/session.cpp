@@ -155,11 +155,15 @@ void Session::actOutOfTurn(bool close) {
     std::vector<Deed> deeds = world_.person.possible();
     std::erase_if(
         deeds, [&](const Deed& deed) { return close != (deed.kind == Deed::Kind::close || deed.control == "cmdEnd"); });
-    if (!deeds.empty()) {
-        const Deed deed = random_.pick(deeds);
-        monitor_.deedBegins(deed);
-        world_.person.perform(deed);
+    if (deeds.empty()) {
+        return;
     }
+    Deed deed = random_.pick(deeds);
+    if (deed.kind == Deed::Kind::choose) { // a list has many entries; the buttons get another chance
+        deed = random_.pick(deeds);
+    }
+    monitor_.deedBegins(deed);
+    world_.person.perform(deed);
 }
 
 void Session::start() {
