@@ -6,7 +6,6 @@
 
 using namespace platform;
 using simulator::milliseconds;
-using simulator::seconds;
 
 namespace {
 
@@ -153,19 +152,6 @@ TEST_F(SimulatedDesktopTest, TheOperatorActsOnlyWhereAPersonCould) {
     EXPECT_TRUE(form.events.empty());
 }
 
-TEST_F(SimulatedDesktopTest, DeedsInARowWaitForTheirChance) {
-    form.enabled = false;
-    form.queryUnload = [&] { desk.endProgram(); };
-    world.person.follow({click("form", "second"), closing("form")});
-    desk.schedule(seconds(3), [&] { form.enabled = true; });
-    desk.schedule(seconds(3) + 1000, [&] { desk.msgBox("", boxStyle::ok, ""); });
-    desk.schedule(milliseconds(3500), [&] { form.enabled = false; });
-    desk.schedule(seconds(5), [&] { form.enabled = true; });
-    EXPECT_EQ(desk.run({}), RunEnd::programEnded);
-    EXPECT_EQ(form.events, std::vector<std::string>{"second"});
-    EXPECT_EQ(world.clock.now(), seconds(7));
-}
-
 TEST_F(SimulatedDesktopTest, ControlsChangeBeforeTheirClickRuns) {
     std::vector<double> seen;
     form.inFrame[1].click = [&] { seen = {form.inFrame[0].value, form.inFrame[1].value, form.outside.value}; };
@@ -182,7 +168,7 @@ TEST_F(SimulatedDesktopTest, BoxesAndDialogsAreAnsweredByTheOperator) {
     desk.answerBox = [](const Box&) { return boxAnswer::cancel; };
     EXPECT_EQ(desk.msgBox("", boxStyle::ok + boxStyle::critical, ""), boxAnswer::ok); // there is no such button
     EXPECT_EQ(desk.msgBox("", boxStyle::okCancel + boxStyle::question, ""), boxAnswer::cancel);
-    EXPECT_EQ(desk.boxes().back().at, seconds(1));
+    EXPECT_EQ(desk.boxes().back().at, milliseconds(1000));
 
     FileDialog dialog;
     dialog.flags = FileDialog::overwritePrompt;

@@ -110,29 +110,6 @@ bool ScriptedOperator::perform(const Deed& deed) {
     return true;
 }
 
-void ScriptedOperator::performAt(Micros moment, Deed deed) {
-    desktop_.schedule(moment, [this, deed = std::move(deed)] { perform(deed); });
-}
-
-void ScriptedOperator::follow(std::vector<Deed> deeds, Micros pause) {
-    followFrom(std::move(deeds), 0, pause);
-}
-
-void ScriptedOperator::followFrom(std::vector<Deed> deeds, std::size_t first, Micros pause) {
-    if (first == deeds.size()) {
-        return;
-    }
-    const Deed deed = deeds[first];
-    desktop_.scheduleWhen([this, deed] { return refusal(deed).empty(); }, pause,
-                          [this, deed, deeds = std::move(deeds), first, pause] {
-                              const bool missed = !refusal(deed).empty();
-                              followFrom(deeds, missed ? first : first + 1, pause);
-                              if (!missed) {
-                                  perform(deed);
-                              }
-                          });
-}
-
 std::vector<Deed> ScriptedOperator::possible() const {
     std::vector<Deed> deeds;
     const auto addIfPossible = [&](Deed deed) {

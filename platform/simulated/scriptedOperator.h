@@ -44,11 +44,6 @@ class ScriptedOperator {
     // Does it now, as part of the event that runs. False when no person could do it at this moment.
     bool perform(const Deed& deed);
 
-    // As window events of their own: at a moment; or one after the other, each `pause` after it has become possible,
-    // and only when it still is: else the operator waits for the next chance.
-    void performAt(Micros moment, Deed deed);
-    void follow(std::vector<Deed> deeds, Micros pause = simulator::seconds(1));
-
     // Why a deed would have no effect at this moment; empty when it would have one.
     std::string_view refusal(const Deed& deed) const;
 
@@ -58,8 +53,6 @@ class ScriptedOperator {
     const std::vector<DoneDeed>& done() const { return done_; }
 
   private:
-    void followFrom(std::vector<Deed> deeds, std::size_t first, Micros pause);
-
     SimulatedDesktop& desktop_;
     const VirtualClock& clock_;
     std::vector<DoneDeed> done_;

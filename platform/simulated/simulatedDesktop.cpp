@@ -123,13 +123,6 @@ void SimulatedDesktop::keepAwake(bool on) {
 
 Micros SimulatedDesktop::nextEvent() {
     timers_.look(clock_.now());
-    std::erase_if(awaited_, [&](Awaited& awaited) {
-        const bool holds = awaited.condition();
-        if (holds) {
-            scheduled_.emplace(clock_.now() + awaited.delay, std::move(awaited.handler));
-        }
-        return holds;
-    });
     return std::min(timers_.next(), scheduled_.empty() ? noMoment : scheduled_.begin()->first);
 }
 
@@ -170,30 +163,19 @@ void SimulatedDesktop::schedule(Micros moment, Handler handler) {
     scheduled_.emplace(moment, std::move(handler));
 }
 
-void SimulatedDesktop::scheduleWhen(Condition condition, Micros delay, Handler handler) {
-    awaited_.push_back({std::move(condition), delay, std::move(handler)});
-}
-
-RunEnd SimulatedDesktop::run(const Handler& entry, const Condition& stop) {
+RunEnd SimulatedDesktop::run(const Handler& entry) {
     try {
         runEvent(entry);
-        return runEvents(stop);
+        while (nextEvent() != noMoment) {
+            waitOnce(noMoment);
+        }
+        return RunEnd::idle;
     } catch (const ProgramEnd&) {
         return RunEnd::programEnded;
     } catch (const Stuck& stuck) {
         stuckReason_ = stuck.why;
         return RunEnd::stuck;
     }
-}
-
-RunEnd SimulatedDesktop::runEvents(const Condition& stop) {
-    while (!stop || !stop()) {
-        if (nextEvent() == noMoment) {
-            return RunEnd::idle;
-        }
-        waitOnce(noMoment);
-    }
-    return RunEnd::stopped;
 }
 
 void SimulatedDesktop::endProgram() {

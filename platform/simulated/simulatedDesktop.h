@@ -19,30 +19,26 @@ namespace platform {
 // How a run of window events ended.
 enum class RunEnd {
     programEnded,
-    stopped, // the condition given held
-    idle,    // no timer runs and nothing is scheduled
-    stuck,   // see stuckReason()
+    idle,  // no timer runs and nothing is scheduled
+    stuck, // see stuckReason()
 };
 
 class SimulatedDesktop : public Desktop {
   public:
     using Handler = std::function<void()>;
-    using Condition = std::function<bool()>;
 
     SimulatedDesktop(VirtualClock& clock, SimulatedPort& port, SimulatedFiles& files)
         : clock_(clock), port_(port), files_(files) {}
 
     // Runs a first event and then all that follow, until one of the ends.
-    RunEnd run(const Handler& entry, const Condition& stop = {});
+    RunEnd run(const Handler& entry);
     // Goes on with the events that follow.
-    RunEnd carryOn(const Condition& stop = {}) { return run({}, stop); }
+    RunEnd carryOn() { return run({}); }
     const std::string& stuckReason() const { return stuckReason_; }
     bool ended() const { return ended_; }
 
-    // Window events of the operator and the tests: at a moment, and `delay` after the moment at which a condition on
-    // the state of the forms is first seen to hold. The condition itself runs no window event.
+    // A window event of the operator or the tests at a moment.
     void schedule(Micros moment, Handler handler);
-    void scheduleWhen(Condition condition, Micros delay, Handler handler);
 
     // The operator's part in boxes and file dialogs. A box is answered, and a file given, `reactionTime` after it
     // came up; window events run meanwhile. Without an answer of their own: OK, a cancelled dialog, yes.
@@ -97,12 +93,6 @@ class SimulatedDesktop : public Desktop {
     [[noreturn]] void endProgram() override;
 
   private:
-    struct Awaited {
-        Condition condition;
-        Micros delay;
-        Handler handler;
-    };
-
     void enter(); // at the head of each operation that takes the program out of its own code
     void runEvent(const Handler& handler);
     Micros nextEvent();
@@ -110,7 +100,6 @@ class SimulatedDesktop : public Desktop {
     void waitOnce(Micros until);
     void moveTo(Micros moment);
     void react();
-    RunEnd runEvents(const Condition& stop);
     void askForFile(FileDialog& dialog, bool save);
     void require(Form& form, FormEvent::What what);
 
@@ -120,7 +109,6 @@ class SimulatedDesktop : public Desktop {
     std::vector<Form*> forms_;
     WindowTimers timers_;
     std::multimap<Micros, Handler> scheduled_;
-    std::vector<Awaited> awaited_;
     std::deque<Box> boxes_;
     std::deque<AskedFile> askedFiles_;
     std::vector<FormEvent> formEvents_;
