@@ -47,7 +47,6 @@ class Link : public testing::Test {
 };
 
 const std::string stx = "\x02";
-const std::string timeoutBox = "Tarn Beacon|It is a receiving timeout error.|16>1\n";
 
 Bytes bytesOf(const std::string& text) {
     return Bytes(text.begin(), text.end());
@@ -108,7 +107,7 @@ TEST_F(Link, GivesTheResultOfEachReply) {
         {"other response code", frame("00000F05011001"), "1001"},
         {"lower-case digits", frame("000000050122ab"), "22AB"},
         {"end code 0f", frame("00000f05010000"), "900f"},
-        {"end code 13, nothing stored", frame("000013"), "9999", false, "", timeoutBox},
+        {"end code 13, nothing stored", frame("000013"), "9999", false, "", box::timeout},
         {"end code 13 with a command code", frame("0000130501"), "9013"},
         {"end code 11, any check", wrongCheck("000011"), "9011"},
         {"bad check", wrongCheck("000000050100001"), "", false, "S:True E:True B:True P:True U:4 A:05 01 00 00 31"},
@@ -124,11 +123,11 @@ TEST_F(Link, GivesTheResultOfEachReply) {
          "S:False E:True B:False P:False U:450 A:05 01 00 00 07"},
         {"noise ahead of STX moves the positions", bytesOf("x" + stx + "0000000501000\x03"), "", true,
          "S:True E:True B:False P:False U:450 A:00 50 10 00"},
-        {"ETX ahead of STX ends at the next byte", {0x03, 0x02, '0'}, "9999", false, "", timeoutBox},
-        {"no hexadecimal digits", frame("0000000g01"), "9999", false, "", timeoutBox},
-        {"no response code", frame("0000000501"), "9999", false, "", timeoutBox},
+        {"ETX ahead of STX ends at the next byte", {0x03, 0x02, '0'}, "9999", false, "", box::timeout},
+        {"no hexadecimal digits", frame("0000000g01"), "9999", false, "", box::timeout},
+        {"no response code", frame("0000000501"), "9999", false, "", box::timeout},
         {"451 stored bytes", frame("00000005010000" + data447), "0000"},
-        {"452 stored bytes", frame("00000005010000x" + data447), "9999", false, "", timeoutBox},
+        {"452 stored bytes", frame("00000005010000x" + data447), "9999", false, "", box::timeout},
         {"STX and ETX within raw data", bytesOf(stx + "00000005010000a" + stx + "b\x03\x03"), "", false,
          "S:True E:True B:True P:True U:5 A:05 01 00 00 61 62"},
         {"hexadecimal data", frame("000000010100000000041A"), "0000", false, "", "", false},
@@ -178,16 +177,15 @@ TEST_F(Link, WaitsForTheLinkThatAFailureHasLeftBusy) {
 }
 
 TEST_F(Link, AsksFromTheThirdTryOnWhetherToGoOn) {
-    const std::string box = "Tarn Beacon|通信で異常が発生しました。\r\nApplication is shut down by [cancel].\r\n|17>";
     run.commRetry = 2;
     EXPECT_EQ(resultOf({.resultCode = "1234"}), "1234");
     EXPECT_EQ(session.boxes(), "");
     run.commRetry = 3;
     EXPECT_EQ(resultOf({.resultCode = "1234"}), "1234");
-    EXPECT_EQ(session.boxes(), box + "1\n");
+    EXPECT_EQ(session.boxes(), box::goOn + "1\n");
     Bytes reply;
     EXPECT_EQ(fncSendCommand("0501", true, reply, 5000, true), "1234");
-    EXPECT_EQ(session.boxes(), box + "1\n");
+    EXPECT_EQ(session.boxes(), box::goOn + "1\n");
     world.desktop.answerBox = [](const Box&) { return boxAnswer::cancel; };
     EXPECT_THROW(fncSendCommand("0501", true, reply, 5000, false), ProgramEnd);
 }
@@ -236,9 +234,6 @@ TEST_F(Link, KeepsTheLogOfAFullDiskFromHoldingTheLink) {
 }
 
 TEST(Port, OpensWithAMessageForEachFailure) {
-    const std::string held =
-        "Tarn Beacon|通信ポートが開けません。通信ポートを使用するアプリケーションを終了して再度起動して"
-        "下さい。|16>1\n";
     const std::string missing = "Tarn Beacon|現在の通信ポート(COM9)は有効ではありません|16>1\n";
     struct Row {
         const char* what;
@@ -256,12 +251,12 @@ TEST(Port, OpensWithAMessageForEachFailure) {
     const Row rows[] = {
         {"free", [](World&) {}, "", true},
         {"missing", [](World& world) { world.port.removeSocket(9); }, missing, false},
-        {"held", socket(Socket::State::held), held, false},
-        {"forbidden", socket(Socket::State::forbidden), held, false},
-        {"settings", socket(Socket::State::refusesSettings), held, false},
-        {"first read fails", failure(Operation::readPort), held, false},
+        {"held", socket(Socket::State::held), box::portHeld, false},
+        {"forbidden", socket(Socket::State::forbidden), box::portHeld, false},
+        {"settings", socket(Socket::State::refusesSettings), box::portHeld, false},
+        {"first read fails", failure(Operation::readPort), box::portHeld, false},
         {"buffer sizes refused", failure(Operation::setBufferSizes), "", true},
-        {"open already", [](World&) { EXPECT_TRUE(fncOpenPort(9, "38400,n,8,1")); }, held, true},
+        {"open already", [](World&) { EXPECT_TRUE(fncOpenPort(9, "38400,n,8,1")); }, box::portHeld, true},
     };
     for (const Row& row : rows) {
         Session session({.comPort = 9});

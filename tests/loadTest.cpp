@@ -34,8 +34,6 @@ class Load : public testing::Test {
     World& world = session.world;
 };
 
-const std::string error = "Tarn Beacon|Application error.\r\nRES : ";
-
 TEST_F(Load, ShowsWhatTheFileIs) {
     struct Row {
         std::string type;
@@ -56,14 +54,14 @@ TEST_F(Load, ShowsWhatTheFileIs) {
         {std::string(" \0 \0", 4), 11046, "QT-MVR|1.046"},
         {"KP42FIRM", 1030, "QT-KP42|1.030"},
         {"KP42FIRM", 0, "QT-KP42|0.000"},
-        {"KP42FIRM", 0x8000, "QT-KP42|0.000", error + "Overflow|16>1\n"},
-        {"AMPFIRM", 0xFFFF, "|", error + "Overflow|16>1\n"},
+        {"KP42FIRM", 0x8000, "QT-KP42|0.000", box::error + "Overflow|16>1\n"},
+        {"AMPFIRM", 0xFFFF, "|", box::error + "Overflow|16>1\n"},
         {"UNKNOWN", 11046, "|"},
         {std::string("AM\0FIRM", 7), 11046, "|"},
         {std::string("AM\0FIRM", 7), 11046, "M|0.046", "", "[AMP_BIN_TYPE]\nAM FIRM=1\n[AMP_TYPE]\n1=11000,M\n"},
         {"\xE9T\xC9", 11046, "M|0.046", "", "[AMP_BIN_TYPE]\néTÉ=1\n[AMP_TYPE]\n1=11000,M\n"},
         {"AMPFIRM", 1030, "QT-KP42|1.030", "", both}, // interface-unit entries come first
-        {"AMPFIRM", 11046, "|", error + "Subscript out of range|16>1\n",
+        {"AMPFIRM", 11046, "|", box::error + "Subscript out of range|16>1\n",
          "[AMP_BIN_TYPE]\nAMPFIRM=1\n[AMP_TYPE]\n1=5\n"},
     };
     for (const Row& row : rows) {
@@ -110,9 +108,9 @@ TEST_F(Load, KeepsOrDropsTheFileLoadedBefore) {
          After::kept},
         {"one byte short", [&] { putFile("AMPFIRM", 11046, imageSize - 1); }, "", After::kept},
         {"one byte long", [&] { putFile("AMPFIRM", 11046, imageSize + 1); }, "", After::kept},
-        {"missing", [&] { world.files.remove(path); }, error, After::kept},
-        {"unreadable", [&] { world.files.find(path)->unreadable = true; }, error, After::dropped},
-        {"breaks off", [&] { world.files.find(path)->readable = 1000; }, error, After::dropped},
+        {"missing", [&] { world.files.remove(path); }, box::error, After::kept},
+        {"unreadable", [&] { world.files.find(path)->unreadable = true; }, box::error, After::dropped},
+        {"breaks off", [&] { world.files.find(path)->readable = 1000; }, box::error, After::dropped},
     };
     for (const Row& row : rows) {
         world.desktop.chooseFile = [](const AskedFile&) { return path; };

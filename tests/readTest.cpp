@@ -6,12 +6,11 @@
 
 namespace {
 
+using Fate = simulator::PacketAnswer::Fate;
+
 const std::string succeed = "Tarn Beacon|Succeed|64>1\n";
-const std::string failed = "Tarn Beacon|Failed|64>1\n";
 const std::string differs = "Tarn Beacon|Failed|16>1\n";
-const std::string error = "Tarn Beacon|Application error.\r\nRES : ";
-const std::string stopped = error + "The unit stopped sending. Nothing was saved.|16>1\n";
-const std::string lost = error + "COM3: the device has gone away|16>1\n";
+const std::string stopped = box::error + "The unit stopped sending. Nothing was saved.|16>1\n";
 const std::string saved = World::savedPath;
 
 // The service screen, with a unit that holds an image of its own.
@@ -31,8 +30,20 @@ class ServiceSession : public Session {
     }
 };
 
-Preparation sentInstead(const std::map<int, Bytes>& packets) {
-    return unit([=](auto& options) { options.sentInstead = packets; });
+// A file of the name that the save takes.
+Preparation thereIs(const std::string& content, bool readOnly = false) {
+    return [=](World& world) {
+        world.files.put(saved, content);
+        world.files.find(saved)->readOnly = readOnly;
+    };
+}
+
+// The unit sends these as its n-th packets, and again what stays unanswered for so long.
+Preparation sentInstead(const std::map<int, Bytes>& packets, int patience = 10) {
+    return unit([=](auto& options) {
+        options.sentInstead = packets;
+        options.answerLimit = seconds(patience);
+    });
 }
 
 // Cancel as the service screen shows it.
@@ -68,29 +79,22 @@ TEST(Save, EndsInOneOfItsWays) {
         {"as it should be", nothing, succeed, all, File::whole},
         {"a slow unit", unit([](auto& options) { options.sendDelay = milliseconds(430); }), succeed, all, File::whole},
         {"52 on its third try", answers({{"300552", 1, "2204"}, {"300552", 2, "2204"}}), succeed, all, File::whole},
-        {"52 refused three times", answers({{"300552", 0, "2204"}}), error + "|16>1\n" + failed, "54 53 ", File::none},
-        {"the dialog is cancelled",
-         [](World& world) { world.desktop.chooseFile = [](const AskedFile&) { return std::nullopt; }; }, "", "",
+        {"52 refused three times", answers({{"300552", 0, "2204"}}), box::error + "|16>1\n" + box::failed, "54 53 ",
          File::none},
+        {"the dialog is cancelled", [](World& world) { world.desktop.chooseFile = {}; }, "", "", File::none},
         {"the unit falls silent", [](World& world) { world.restartUnit(seconds(30), seconds(32)); }, stopped + succeed,
          all, File::none},
         {"one EOT only", unit([](auto& options) { options.repeatsEnd = false; }), stopped + succeed, all, File::none},
         {"an early end", sentInstead({{1001, {0x04}}, {1002, {0x04}}}), succeed, all, File::partly},
-        {"EOT ahead of noise counts, the blocks after it do not", sentInstead({{1001, {0x04, 'x'}}}), stopped + succeed,
-         all, File::none},
+        {"EOT ahead of noise, then blocks", sentInstead({{1001, {0x04, 'x'}}}), stopped + succeed, all, File::none},
         {"cancelled", cancelledAfter(seconds(60)), succeed, all, File::none},
-        {"the adapter is pulled", pulledAfter(seconds(30)), lost + failed, "52 ", File::none, false},
-        {"pulled before the start", pulledAfter(1), lost + failed, "", File::none, false},
+        {"the adapter is pulled", pulledAfter(seconds(30)), box::lost + box::failed, "52 ", File::none, false},
+        {"pulled before the start", pulledAfter(1), box::lost + box::failed, "", File::none, false},
         {"a full disk", [](World& world) { world.files.setRoom(1000); },
-         error + "/firmware/saved.bin: no room left on the disk|16>1\n" + succeed, all, File::partly},
-        {"a read-only file",
-         [](World& world) {
-             world.files.put(saved, "old");
-             world.files.find(saved)->readOnly = true;
-         },
-         error + "/firmware/saved.bin: the file may not be written|16>1\n" + succeed, all, File::partly},
-        {"over a longer file", [](World& world) { world.files.put(saved, std::string(imageSize + 5, 'z')); }, succeed,
-         all, File::partly},
+         box::error + "/firmware/saved.bin: no room left on the disk|16>1\n" + succeed, all, File::partly},
+        {"a read-only file", thereIs("old", true),
+         box::error + "/firmware/saved.bin: the file may not be written|16>1\n" + succeed, all, File::partly},
+        {"over a longer file", thereIs(std::string(imageSize + 5, 'z')), succeed, all, File::partly},
     };
     for (const Row& row : rows) {
         ServiceSession session;
@@ -150,15 +154,7 @@ TEST(Verification, EndsInOneOfItsWays) {
     const std::string all = "50 51 54 52 54 54 53 ";
     const Row rows[] = {
         {"equal", nothing, succeed, all},
-        {"a block differs",
-         [](World& world) {
-             world.line.addHook([](Passage& passage) {
-                 if (passage.direction == Direction::fromUnit && passage.bytes.size() == 132 && passage.bytes[1] == 9) {
-                     passage.bytes[77] ^= 1;
-                 }
-             });
-         },
-         differs, all},
+        {"a block differs", sentInstead({{9, Bytes(132, 0x01)}}), differs, all},
         {"a block too many, as its ACK was lost",
          [](World& world) {
              world.unit.options().answerLimit = seconds(1);
@@ -169,20 +165,16 @@ TEST(Verification, EndsInOneOfItsWays) {
              });
          },
          differs, all},
-        {"52 refused", answers({{"300552", 0, "2204"}}), error + "|16>1\n" + differs, "50 51 54 54 54 53 "},
+        {"52 refused", answers({{"300552", 0, "2204"}}), box::error + "|16>1\n" + differs, "50 51 54 54 54 53 "},
         {"cancelled", cancelledAfter(seconds(120)), differs, all},
-        {"50 refused", answers({{"300550", 0, "2204"}}), failed, "54 ", 6},
-        {"the transfer breaks off",
-         unit([](auto& options) { options.packetAnswers[4] = {simulator::PacketAnswer::Fate::cancels}; }),
-         error + "|16>1\n" + failed, "50 51 54 ", 6},
+        {"50 refused", answers({{"300550", 0, "2204"}}), box::failed, "54 ", 6},
+        {"the transfer breaks off", unit([](auto& options) { options.packetAnswers[4] = {Fate::cancels}; }),
+         box::error + "|16>1\n" + box::failed, "50 51 54 ", 6},
         {"the unit falls silent while it sends", silentAt(120),
-         error + "The unit stopped sending. Its firmware could not be read back.|16>1\n" + differs, all},
-        {"a piece of a block, and then the end", unit([](auto& options) {
-             options.answerLimit = seconds(2);
-             options.sentInstead = {{9, Bytes(50, 0x01)}, {10, {0x04}}, {11, {0x04}}};
-         }),
-         error + "A part of the firmware was lost on the way back.|16>1\n" + differs, all},
-        {"pulled while it reads back", pulledAfter(seconds(120)), lost + differs, "50 51 54 52 "},
+         box::error + "The unit stopped sending. Its firmware could not be read back.|16>1\n" + differs, all},
+        {"a piece of a block, and then the end", sentInstead({{9, Bytes(50, 0x01)}, {10, {0x04}}, {11, {0x04}}}, 2),
+         box::error + "A part of the firmware was lost on the way back.|16>1\n" + differs, all},
+        {"pulled while it reads back", pulledAfter(seconds(120)), box::lost + differs, "50 51 54 52 "},
     };
     for (const Row& row : rows) {
         ServiceSession session;
@@ -257,6 +249,11 @@ TEST(Cancel, SendsTenCansOnlyWhileAReadReceives) {
     }
 }
 
+Bytes operator+(Bytes first, const Bytes& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
 // Looks at the port after whatever the unit has sent.
 class Poll : public testing::Test {
   protected:
@@ -292,20 +289,18 @@ TEST_F(Poll, FindsWhatHasCome) {
         int result;
         int length; // run.blockLength afterwards
     };
-    const Row rows[] = {
-        {{0x06, 1, 2}, 2, 0},
-        {{0x15}, 3, 0},
-        {{0x04}, 4, 0},
-        {{'C'}, 5, 0},
-        {Bytes(127, 'x'), 6, 127},
-        {{}, 6, 127},
-        {Bytes(128, 'x'), 1, 128},
-        {Bytes(133, 'x'), 1, 133},
-        {Bytes(2000, 'x'), 1, 1025},
-        {{0x06}, 2, 1025},
-        {{'x'}, 6, 1},
-        {{}, 6, 1},
-    };
+    const Row rows[] = {{{0x06, 1, 2}, 2, 0},
+                        {{0x15}, 3, 0},
+                        {{0x04}, 4, 0},
+                        {{'C'}, 5, 0},
+                        {Bytes(127, 'x'), 6, 127},
+                        {{}, 6, 127},
+                        {Bytes(128, 'x'), 1, 128},
+                        {Bytes(133, 'x'), 1, 133},
+                        {Bytes(2000, 'x'), 1, 1025},
+                        {{0x06}, 2, 1025},
+                        {{'x'}, 6, 1},
+                        {{}, 6, 1}};
     for (const Row& row : rows) {
         EXPECT_EQ(poll(row.bytes), row.result) << row.bytes.size();
         EXPECT_EQ(run.blockLength, row.length) << row.bytes.size();
@@ -343,48 +338,31 @@ TEST_F(Poll, StoresNoPieceAtAWrongPlace) {
     };
     const Bytes b2 = block(2, 'b');
     const Bytes b3 = block(3, 'c');
-    const Bytes controls = block(2, 0x04); // the rest looks like EOT
-    Bytes crcForm = b2;
-    crcForm.push_back('q');
-    const auto joined = [](Bytes first, const Bytes& second) {
-        first.insert(first.end(), second.begin(), second.end());
-        return first;
-    };
-    const Micros later = seconds(2);
+    const Bytes head = part(b2, 0, 50);
+    const Bytes rest = part(b2, 50, 132);
+    const Bytes most = part(b2, 0, 131); // all but the checksum
+    const Bytes check = part(b2, 131, 132);
+    const Bytes ends = block(2, 0x04); // its rest looks like EOT
+    const Micros late = seconds(2);
     const Row rows[] = {
-        {"sent again", {{part(b2, 0, 50), 6}, {part(b2, 50, 132), 6}, {{}, 6}, {b2, 1}}, "ab", false},
-        {"never sent again", {{part(b2, 0, 50), 6}, {part(b2, 50, 132), 6}, {b3, 1, later}}, "ac", true},
-        {"sent again later", {{part(b2, 0, 50), 6}, {b2, 1, later}}, "ab", false},
-        {"the rest looks like EOT",
-         {{part(controls, 0, 50), 6}, {part(controls, 50, 132), 6}, {controls, 1}},
-         "a\x04",
-         false},
+        {"sent again", {{head, 6}, {rest, 6}, {{}, 6}, {b2, 1}}, "ab", false},
+        {"never sent again", {{head, 6}, {rest, 6}, {b3, 1, late}}, "ac", true},
+        {"sent again late", {{head, 6}, {b2, 1, late}}, "ab", false},
+        {"the rest looks like EOT", {{part(ends, 0, 50), 6}, {part(ends, 50, 132), 6}, {ends, 1}}, "a\x04", false},
         {"the rest alone is as long as a block", {{part(b2, 0, 3), 6}, {part(b2, 3, 132), 6}, {b2, 1}}, "ab", false},
-        {"in three pieces", {{part(b2, 0, 1), 6}, {part(b2, 1, 70), 6}, {part(b2, 70, 132), 6}, {b2, 1}}, "ab", false},
-        {"a piece, noise much later, no block",
-         {{part(b2, 0, 50), 6}, {{'n'}, 6, later}, {{0x06}, 2, later}},
-         "a",
-         true},
-        {"a piece, then EOT much later", {{part(b2, 0, 50), 6}, {{0x04}, 4, later}}, "a", true},
-        {"cut at 128, the rest ahead of the next block",
-         {{part(b2, 0, 128), 1}, {joined(part(b2, 128, 132), b3), 1}},
-         "abc",
-         true},
-        {"cut at 128, the rest lost, the next one late", {{part(b2, 0, 128), 1}, {b3, 1, later}}, "abc", true},
-        {"only the checksum late", {{part(b2, 0, 131), 1}, {joined(part(b2, 131, 132), b3), 1}}, "abc", false},
-        {"only the checksum late, alone", {{part(b2, 0, 131), 1}, {part(b2, 131, 132), 6}, {b3, 1}}, "abc", false},
-        {"only the checksum lost, then EOT", {{part(b2, 0, 131), 1}, {{0x04}, 4}}, "ab", false},
-        {"the checksum much later, ahead of the next block",
-         {{part(b2, 0, 131), 1}, {joined(part(b2, 131, 132), b3), 1, later}},
-         "abc",
-         false},
-        {"the rest alone much later", {{part(b2, 0, 3), 6}, {part(b2, 3, 132), 6, later}, {b2, 1}}, "ab", false},
-        {"two check bytes, both late",
-         {{part(crcForm, 0, 131), 1}, {joined(part(crcForm, 131, 133), b3), 1}},
-         "abc",
-         false},
-        {"the next block in pieces after the rest",
-         {{part(b2, 0, 131), 1}, {joined({'b'}, part(b3, 0, 2)), 6}, {part(b3, 2, 132), 6}, {b3, 1, later}},
+        {"in three pieces", {{part(b2, 0, 1), 6}, {part(b2, 1, 50), 6}, {rest, 6}, {b2, 1}}, "ab", false},
+        {"a piece, noise late, no block", {{head, 6}, {{'n'}, 6, late}, {{0x06}, 2, late}}, "a", true},
+        {"a piece, then EOT late", {{head, 6}, {{0x04}, 4, late}}, "a", true},
+        {"cut at 128, the rest ahead of the next", {{part(b2, 0, 128), 1}, {part(b2, 128, 132) + b3, 1}}, "abc", true},
+        {"cut at 128, the rest lost, the next late", {{part(b2, 0, 128), 1}, {b3, 1, late}}, "abc", true},
+        {"the checksum ahead of the next", {{most, 1}, {check + b3, 1}}, "abc", false},
+        {"the checksum alone", {{most, 1}, {check, 6}, {b3, 1}}, "abc", false},
+        {"the checksum lost, then EOT", {{most, 1}, {{0x04}, 4}}, "ab", false},
+        {"the checksum late, ahead of the next", {{most, 1}, {check + b3, 1, late}}, "abc", false},
+        {"the rest alone late", {{part(b2, 0, 3), 6}, {part(b2, 3, 132), 6, late}, {b2, 1}}, "ab", false},
+        {"two check bytes ahead of the next", {{most, 1}, {check + Bytes{'q'} + b3, 1}}, "abc", false},
+        {"the next in pieces, then again",
+         {{most, 1}, {check + part(b3, 0, 2), 6}, {part(b3, 2, 132), 6}, {b3, 1, late}},
          "abc",
          false},
     };

@@ -16,6 +16,10 @@ const Control& find(const Form& form, const std::string& name, int index) {
     return **found;
 }
 
+std::string size(const Form& form) {
+    return std::to_string(form.clientArea.width) + " x " + std::to_string(form.clientArea.height);
+}
+
 TEST(StoredScreen, HoldsEveryControlAtItsPlace) {
     struct Row {
         const char* name;
@@ -49,8 +53,7 @@ TEST(StoredScreen, HoldsEveryControlAtItsPlace) {
     };
     const FrmMain form;
     EXPECT_EQ(form.controls.size(), std::size(main));
-    EXPECT_EQ(form.clientArea.width, 5475);
-    EXPECT_EQ(form.clientArea.height, 3300);
+    EXPECT_EQ(size(form), "5475 x 3300");
     for (const Row& row : main) {
         const Control& control = find(form, row.name, row.index);
         EXPECT_EQ(control.place, row.place) << row.name;
@@ -59,15 +62,22 @@ TEST(StoredScreen, HoldsEveryControlAtItsPlace) {
     }
     EXPECT_EQ(form.optLanguage[0].value, 1);
     const FrmWait wait;
-    EXPECT_EQ(wait.clientArea.width, 5220);
-    EXPECT_EQ(wait.clientArea.height, 1755);
+    EXPECT_EQ(size(wait), "5220 x 1755");
     EXPECT_EQ(wait.lblMsg.place, (Place{360, 240, 4575, 255}));
     EXPECT_EQ(wait.prbComm.place, (Place{240, 720, 4695, 495}));
     EXPECT_EQ(wait.cmdCancel.place, (Place{3720, 1320, 1095, 315}));
     EXPECT_FALSE(wait.cmdCancel.visible);
     EXPECT_FALSE(wait.onTaskBar);
-    EXPECT_EQ(FrmStartUp().clientArea.width, 4800);
-    EXPECT_EQ(FrmStartUp().clientArea.height, 855);
+    EXPECT_EQ(size(FrmStartUp()), "4800 x 855");
+}
+
+// The title and what the controls show, in their order.
+std::string captions(const Form& form) {
+    std::string line = form.title;
+    for (const Control* control : form.controls) {
+        line += control->caption.empty() ? "" : '|' + control->caption;
+    }
+    return line;
 }
 
 class Screen : public testing::Test {
@@ -93,34 +103,11 @@ class Screen : public testing::Test {
 };
 
 TEST_F(Screen, SpeaksBothLanguages) {
-    using Captions = std::vector<std::string>;
-    const auto captions = [] {
-        const FrmMain& form = frmMain();
-        return Captions{form.title,
-                        form.lblPresent.caption,
-                        form.lblRewriting.caption,
-                        form.cmdLoading.caption,
-                        form.cmdPresent.caption,
-                        form.cmdUpgrade.caption,
-                        form.cmdEnd.caption,
-                        form.chkVerify.caption};
-    };
-    const auto startUpCaptions = [] {
-        const FrmStartUp& form = frmStartUp();
-        return Captions{form.title,           form.lblBPS.caption, form.lblCom.caption,
-                        form.cmdTest.caption, form.cmdEnd.caption, form.STARTBOX.caption};
-    };
-    const Captions english{"TarnBeacon ver1.003",
-                           "The present firmware",
-                           "The rewriteing firmware",
-                           "Loading file",
-                           "Save the present firmware",
-                           "Start upgrade",
-                           "End",
-                           "Verification"};
-    const Captions startUp{"", "COM SPEED", "COM PORT", "Set", "Cancel", "Tarn Beacon"};
-    EXPECT_EQ(captions(), english);
-    EXPECT_EQ(startUpCaptions(), startUp);
+    const std::string startUp = "|COM SPEED|COM PORT|Set|Cancel|Tarn Beacon";
+    EXPECT_EQ(captions(frmMain()), "TarnBeacon ver1.003|The present firmware|QT-MVR|1.022|QT-KP42|2.301|"
+                                   "The rewriteing firmware|Verification|Loading file|Save the present firmware|"
+                                   "Start upgrade|End|Language|Japanese|English");
+    EXPECT_EQ(captions(frmStartUp()), startUp);
     EXPECT_EQ(frmMain().lblPresent.font, (Font{"Arial", 11.25, false, true}));
     EXPECT_EQ(frmMain().lblTitle[0].font, (Font{"ＭＳ Ｐゴシック", 9.75, false, false}));
     EXPECT_EQ(frmMain().chkVerify.font.name, "Arial");
@@ -128,24 +115,20 @@ TEST_F(Screen, SpeaksBothLanguages) {
     EXPECT_EQ(run.binFileFilter, "Bin File (*.bin)|*.bin||");
 
     selectLanguage(0);
-    EXPECT_EQ(captions(), (Captions{"Tarn Beacon", "現ソフト", "書換ソフト", "読込", "現在のソフトを保存", "書込開始",
-                                    "終了", "ベリファイ実行"}));
+    EXPECT_EQ(captions(frmMain()), "Tarn Beacon|現ソフト|QT-MVR|1.022|QT-KP42|2.301|書換ソフト|ベリファイ実行|読込|"
+                                   "現在のソフトを保存|書込開始|終了|Language|Japanese|English");
     EXPECT_EQ(frmMain().lblPresent.font, (Font{"ＭＳ Ｐゴシック", 11.25, false, true}));
     EXPECT_EQ(run.binFileFilter, "Binファイル (*.bin)|*.bin||");
-    EXPECT_EQ(startUpCaptions(), startUp); // keeps its texts
+    EXPECT_EQ(captions(frmStartUp()), startUp); // keeps its texts
     ResourceSetting::subSetFormText("frmStartUp");
-    EXPECT_EQ(startUpCaptions(), (Captions{"", "通信速度", "COMポート", "設定", "終了", "Tarn Beacon"}));
+    EXPECT_EQ(captions(frmStartUp()), "|通信速度|COMポート|設定|終了|Tarn Beacon");
     ResourceSetting::subSetFormText("frmOther");
-    EXPECT_EQ(frmWait().lblMsg.caption, "のソフトウェアを ver にアップデート中です。");
-    EXPECT_EQ(frmWait().title, "ターンビーコン");
-    EXPECT_EQ(frmWait().cmdCancel.caption, "キャンセル");
+    EXPECT_EQ(captions(frmWait()), "ターンビーコン|のソフトウェアを ver にアップデート中です。|キャンセル");
     unloadFrmWait();
 
     selectLanguage(1);
     EXPECT_EQ(frmMain().title, "Tarn Beacon"); // until the versions are shown again
-    EXPECT_EQ(frmWait().lblMsg.caption, "is under updating to ver.");
-    EXPECT_EQ(frmWait().title, "Tarn Beacon");
-    EXPECT_EQ(frmWait().cmdCancel.caption, "Cancel");
+    EXPECT_EQ(captions(frmWait()), "Tarn Beacon|is under updating to ver.|Cancel");
 }
 
 TEST_F(Screen, ComposesTheBoxes) {
@@ -155,6 +138,8 @@ TEST_F(Screen, ComposesTheBoxes) {
         const char* english;
         const char* japanese;
     };
+    const char* notAdapted =
+        "Since the loaded file is not adapted to the connected unit, firmware upgrade cannot be performed.";
     const char* notEffective = "現在の通信ポート(COM7)は有効ではありません";
     const Row rows[] = {
         {2002, "a", "aIt is a receiving timeout error.", "a受信タイムアウトエラーです。"},
@@ -163,14 +148,12 @@ TEST_F(Screen, ComposesTheBoxes) {
         {2004, "0000", "Application error.\r\nRES : 0000", "アプリケーションで異常が発生しました。\r\nRES : 0000"},
         {3031, "7", notEffective, notEffective},
         {3531, "7", notEffective, notEffective},
-        {2513, "x", "Since the loaded file is not adapted to the connected unit, firmware upgrade cannot be performed.",
-         "Since the loaded file is not adapted to the connected unit, firmware upgrade cannot be performed."},
+        {2513, "x", notAdapted, notAdapted},
         {2014, "",
          "I could not check that it communicate with a sensor normally. May I continue work ? \r\n( I recommend you to "
          "choose \"cancellation\" and perform again)",
          "センサと正常に通信できることを確認できませんでした。続行してよろしいですか？\r\n（「キャンセル」し、再度実行"
-         "すること"
-         "をお勧めします）"},
+         "することをお勧めします）"},
         {3023, "", "This application is already started.", "既にこのアプリケーションは起動されています。"},
     };
     for (const Row& row : rows) {
@@ -203,6 +186,7 @@ TEST_F(Screen, EndsBehindAFailureThatNothingHereRaises) {
 }
 
 TEST_F(Screen, SelectsTheRow) {
+    // Black or grey: the models, then the versions.
     const auto colours = [] {
         std::string letters;
         for (const auto& labels : {frmMain().lblTitle, frmMain().lblVersion}) {
@@ -210,15 +194,13 @@ TEST_F(Screen, SelectsTheRow) {
                 letters += label.textColour == windowText ? 'b' : label.textColour == greyText ? 'g' : '?';
             }
         }
-        return letters;
+        return letters + std::to_string(run.targetUnit);
     };
-    EXPECT_EQ(colours(), "bgbbgb");
-    EXPECT_EQ(run.targetUnit, 1);
+    EXPECT_EQ(colours(), "bgbbgb1");
     session.press("optPresent", 1);
-    EXPECT_EQ(colours(), "gbbgbb");
-    EXPECT_EQ(run.targetUnit, 0);
+    EXPECT_EQ(colours(), "gbbgbb0");
     session.press("optPresent", 0);
-    EXPECT_EQ(colours(), "bgbbgb");
+    EXPECT_EQ(colours(), "bgbbgb1");
 }
 
 TEST_F(Screen, EndsByButtonAndByCloseRequest) {

@@ -44,6 +44,17 @@ inline Preparation pulledAfter(Micros time) {
     return [=](World& world) { world.port.socket(3).pulledAt = world.clock.now() + time; };
 }
 
+// Boxes that several tests meet, as Session::boxes() gives them.
+namespace box {
+const std::string timeout = "Tarn Beacon|It is a receiving timeout error.|16>1\n";
+const std::string error = "Tarn Beacon|Application error.\r\nRES : "; // and what has failed
+const std::string lost = error + "COM3: the device has gone away|16>1\n";
+const std::string failed = "Tarn Beacon|Failed|64>1\n";
+const std::string portHeld = "Tarn Beacon|通信ポートが開けません。通信ポートを使用するアプリケーションを終了して再度"
+                             "起動して下さい。|16>1\n";
+const std::string goOn = "Tarn Beacon|通信で異常が発生しました。\r\nApplication is shut down by [cancel].\r\n|17>";
+} // namespace box
+
 class Session {
   public:
     explicit Session(WorldOptions options = {}) : world(std::move(options)) { world.line.record().keep(0); }
@@ -60,11 +71,10 @@ class Session {
         return end;
     }
 
-    // Start, load of the sample file, upgrade.
-    void upgrade() {
+    // Start, and load of the sample file.
+    void load() {
         start();
         press("cmdLoading");
-        press("cmdUpgrade");
     }
 
     // The boxes so far, one line each: "title|text|style>answer".

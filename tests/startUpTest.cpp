@@ -4,121 +4,100 @@
 
 namespace {
 
-const std::string timeout = "Tarn Beacon|It is a receiving timeout error.|16>1\n";
 const std::string portSetup = "Tarn Beacon|An error is in a setup of a COM port.Please check.|48>1\n";
 const std::string missing3 = "Tarn Beacon|現在の通信ポート(COM3)は有効ではありません|16>1\n";
 const std::string notEffective3 = "Tarn Beacon|現在の通信ポート(COM3)は有効ではありません|48>1\n";
-const std::string held =
-    "Tarn Beacon|通信ポートが開けません。通信ポートを使用するアプリケーションを終了して再度起動して"
-    "下さい。|16>1\n";
+const std::string unusual = "Tarn Beacon|Unit connection state is unusual.|16>1\n";
+const std::string tooMany = "Tarn Beacon|Since the sensor connected is two or more sets, firmware upgrade cannot be "
+                            "performed. Connect only one sensor and reboot the application software after resetting "
+                            "sensor power supply.|33>1\n";
 const std::string typeIni = "/tarnbeacon/TYPE.INI";
-const std::string settingIni = "/tarnbeacon/Setting.INI";
 
-enum class Screen { main, ports, none };
+// The window that stands, alone and whole.
+std::string shown(const Session& session) {
+    const FrmStartUp& start = frmStartUp();
+    const bool ports = start.lblCom.visible && start.cmbCom.visible && start.cmdTest.visible && start.cmdEnd.visible &&
+                       start.shpComm.visible && !start.cmbBps.visible && !start.lblBPS.visible;
+    if (start.visible == frmMain().visible || !session.world.desktop.violations().empty()) {
+        return "both or none, or a failure left an event";
+    }
+    return frmMain().visible ? "main" : ports ? "ports" : "the picture alone";
+}
 
-testing::AssertionResult shows(const Session& session, Screen screen) {
-    const bool start = session.world.desktop.form("frmStartUp") != nullptr && frmStartUp().visible;
-    const bool main = session.world.desktop.form("frmMain") != nullptr && frmMain().visible;
-    const bool buttons = start && frmStartUp().cmdTest.visible && frmStartUp().cmdEnd.visible &&
-                         frmStartUp().cmbCom.visible && frmStartUp().lblCom.visible && frmStartUp().shpComm.visible &&
-                         !frmStartUp().cmbBps.visible && !frmStartUp().lblBPS.visible;
-    const Screen shown = main && !start ? Screen::main : buttons && !main ? Screen::ports : Screen::none;
-    return shown == screen && session.world.desktop.violations().empty()
-               ? testing::AssertionSuccess()
-               : testing::AssertionFailure() << "start-up " << start << " ports " << buttons << " main " << main;
+Preparation answersWith(const char* command, const simulator::CommandAnswer& answer, int occurrence = 0) {
+    return unit([=](auto& options) { options.answers = {{command, occurrence, answer}}; });
+}
+
+Preparation sensors(const char* state, int count) {
+    return unit([=](auto& options) {
+        options.stateText = state;
+        options.sensorCount = count;
+    });
+}
+
+// The unit is on COM1, which a Setting.INI of that text does not name.
+Preparation setting(const std::string& text) {
+    return [=](World& world) {
+        world.files.put("/tarnbeacon/Setting.INI", text);
+        world.port.socket(1).line = &world.line;
+    };
 }
 
 TEST(StartUp, EndsInOneOfItsWays) {
     struct Row {
         const char* what;
-        std::function<void(World&)> prepare;
+        Preparation prepare;
         std::string boxes;
-        Screen screen; // none: the program has ended
+        std::string screen; // empty: the program has ended
         Micros lasts = 0;
     };
-    const auto answer = [](const char* prefix, const char* code, int occurrence = 0) {
-        return [=](World& world) { world.unit.options().answers = {{prefix, occurrence, {.resultCode = code}}}; };
-    };
-    const auto silent = [](const char* prefix, int occurrence) {
-        return [=](World& world) { world.unit.options().answers = {{prefix, occurrence, {.silent = true}}}; };
-    };
-    const auto unit = [](const char* state, int sensors) {
-        return [=](World& world) {
-            world.unit.options().stateText = state;
-            world.unit.options().sensorCount = sensors;
-        };
-    };
-    const std::string unusual = "Tarn Beacon|Unit connection state is unusual.|16>1\n";
-    const std::string tooMany =
-        "Tarn Beacon|Since the sensor connected is two or more sets, firmware upgrade cannot be "
-        "performed. Connect only one sensor and reboot the application software after resetting "
-        "sensor power supply.|33>1\n";
+    const auto withoutTypes = [](World& world) { world.files.remove(typeIni); };
+    const auto secondInstance = [](World& world) { world.desktop.otherInstance = true; };
+    const std::string noFile = "Tarn Beacon|INI file does not exist.|16>1\n";
     const Row rows[] = {
-        {"a unit", [](World&) {}, "", Screen::main},
-        {"no TYPE.INI", [](World& world) { world.files.remove(typeIni); },
-         "Tarn Beacon|INI file does not exist.|16>1\n", Screen::none},
-        {"a second instance", [](World& world) { world.desktop.otherInstance = true; },
-         "Tarn Beacon|This application is already started.|16>1\n", Screen::none},
-        {"no TYPE.INI and a second instance",
-         [](World& world) {
-             world.files.remove(typeIni);
-             world.desktop.otherInstance = true;
-         },
-         "Tarn Beacon|INI file does not exist.|16>1\n", Screen::none},
-        {"port missing", [](World& world) { world.port.removeSocket(3); }, missing3 + timeout + portSetup,
-         Screen::ports},
+        {"a unit", nothing, "", "main"},
+        {"no TYPE.INI", withoutTypes, noFile, ""},
+        {"a second instance", secondInstance, "Tarn Beacon|This application is already started.|16>1\n", ""},
+        {"both", [=](World& world) { withoutTypes(world), secondInstance(world); }, noFile, ""},
+        {"port missing", [](World& world) { world.port.removeSocket(3); }, missing3 + box::timeout + portSetup,
+         "ports"},
         {"port held", [](World& world) { world.port.socket(3).state = Socket::State::held; },
-         held + timeout + portSetup, Screen::ports},
-        {"silence", [](World& world) { world.unit.options().silentFrom = 0; }, portSetup, Screen::ports, seconds(5)},
-        {"2204 at the probe", answer("0501", "2204", 1), "", Screen::none},
-        {"1001 at the probe", answer("0501", "1001", 1), portSetup, Screen::ports},
-        {"state 1004", answer("0601", "1004"), "", Screen::main},
-        {"state 2204", answer("0601", "2204"), "", Screen::none},
-        {"state silent", silent("0601", 0), "", Screen::none, seconds(5)},
-        {"state 01, one sensor", unit("01", 1), unusual, Screen::none},
-        {"state 01, two sensors", unit("01", 2), unusual, Screen::none},
-        {"no sensor", unit("00", 0), unusual, Screen::none},
-        {"two sensors", unit("00", 2), tooMany, Screen::none},
-        {"state 02, one sensor", unit("02", 1), "", Screen::main},
-        {"count unreadable",
-         [](World& world) {
-             world.unit.options().answers = {{"0601", 0, {.data = "00x1"}}};
-         },
-         "Tarn Beacon|Application error.\r\nRES : 0000|16>1\n", Screen::none},
-        {"version 2204", answer("0101D4", "2204"), "", Screen::main},
-        {"version 1001", answer("0101D4", "1001"), "", Screen::none},
-        {"type 2204", answer("0101D5", "2204"), "", Screen::none},
-        {"second 0501 fails", answer("0501", "2204", 2), "", Screen::none},
-        {"raw version beyond 32 bits",
-         [](World& world) {
-             world.unit.options().answers = {{"0101D4", 0, {.data = "0000FFFFFFFF"}}};
-         },
-         "Tarn Beacon|Application error.\r\nRES : Overflow|16>1\n", Screen::main},
-        {"port 17", [](World& world) { world.files.put(settingIni, "[IFU]\nCOM=17\n"); },
-         "Tarn Beacon|Application error.\r\nRES : The list of ports has no COM17.|16>1\n", Screen::ports},
-        {"port 99999",
-         [](World& world) {
-             world.files.put(settingIni, "[IFU]\nCOM=99999\n");
-             world.port.socket(1).line = &world.line;
-         },
-         "Tarn Beacon|Application error.\r\nRES : Overflow|16>1\n", Screen::main},
+         box::portHeld + box::timeout + portSetup, "ports"},
+        {"silence", unit([](auto& options) { options.silentFrom = 0; }), portSetup, "ports", seconds(5)},
+        {"2204 at the probe", answers({{"0501", 1, "2204"}}), "", ""},
+        {"1001 at the probe", answers({{"0501", 1, "1001"}}), portSetup, "ports"},
+        {"state 1004", answers({{"0601", 0, "1004"}}), "", "main"},
+        {"state 2204", answers({{"0601", 0, "2204"}}), "", ""},
+        {"state silent", answersWith("0601", {.silent = true}), "", "", seconds(5)},
+        {"state 01, one sensor", sensors("01", 1), unusual, ""},
+        {"state 01, two sensors", sensors("01", 2), unusual, ""},
+        {"no sensor", sensors("00", 0), unusual, ""},
+        {"two sensors", sensors("00", 2), tooMany, ""},
+        {"state 02, one sensor", sensors("02", 1), "", "main"},
+        {"count unreadable", answersWith("0601", {.data = "00x1"}), box::error + "0000|16>1\n", ""},
+        {"version 2204", answers({{"0101D4", 0, "2204"}}), "", "main"},
+        {"version 1001", answers({{"0101D4", 0, "1001"}}), "", ""},
+        {"type 2204", answers({{"0101D5", 0, "2204"}}), "", ""},
+        {"second 0501 fails", answers({{"0501", 2, "2204"}}), "", ""},
+        {"raw version beyond 32 bits", answersWith("0101D4", {.data = "0000FFFFFFFF"}), box::error + "Overflow|16>1\n",
+         "main"},
+        {"port 17", setting("[IFU]\nCOM=17\n"), box::error + "The list of ports has no COM17.|16>1\n", "ports"},
+        {"port 99999", setting("[IFU]\nCOM=99999\n"), box::error + "Overflow|16>1\n", "main"},
         {"no Setting.INI",
          [](World& world) {
-             world.files.remove(settingIni);
-             world.port.socket(1).line = &world.line;
+             setting("")(world);
+             world.files.remove("/tarnbeacon/Setting.INI");
          },
-         "", Screen::main},
+         "", "main"},
     };
     for (const Row& row : rows) {
         Session session;
+        SCOPED_TRACE(row.what);
         row.prepare(session.world);
-        const RunEnd end = session.start();
-        EXPECT_EQ(end, row.screen == Screen::none ? RunEnd::programEnded : RunEnd::idle) << row.what;
-        EXPECT_EQ(session.boxes(), row.boxes) << row.what;
-        if (row.screen != Screen::none) {
-            EXPECT_TRUE(shows(session, row.screen)) << row.what;
-        }
-        EXPECT_GE(session.world.clock.now(), row.lasts) << row.what;
+        EXPECT_EQ(session.start(), row.screen.empty() ? RunEnd::programEnded : RunEnd::idle);
+        EXPECT_EQ(session.boxes(), row.boxes);
+        EXPECT_TRUE(row.screen.empty() || shown(session) == row.screen) << shown(session);
+        EXPECT_GE(session.world.clock.now(), row.lasts);
     }
 }
 
@@ -140,15 +119,15 @@ TEST(StartUp, OffersThePortsUntilAUnitAnswers) {
         return std::pair(session.boxes().substr(before), (world.clock.now() - start) / seconds(1));
     };
     EXPECT_EQ(trySet(4).first, "Tarn Beacon|現在の通信ポート(COM4)は有効ではありません|16>1\n");
-    EXPECT_EQ(trySet(5).first, held);
+    EXPECT_EQ(trySet(5).first, box::portHeld);
     EXPECT_EQ(trySet(3), std::pair(notEffective3, std::int64_t{11})); // two tries and the box
-    EXPECT_TRUE(shows(session, Screen::ports));
+    EXPECT_EQ(shown(session), "ports");
     world.unit.options().silentFrom.reset();
     world.unit.options().answers = {{"0501", 0, {.resultCode = "2204"}}};
     EXPECT_EQ(trySet(3).first, notEffective3);                      // does not end the program here
     world.unit.options().answers = {{"0501", 1, {.silent = true}}}; // wakes up between the two tries
     EXPECT_EQ(trySet(3).first, "");
-    EXPECT_TRUE(shows(session, Screen::main));
+    EXPECT_EQ(shown(session), "main");
     EXPECT_EQ(frmMain().lblTitle[0].caption, "QT-MVR");
 }
 
@@ -161,7 +140,7 @@ TEST(StartUp, TakesASecondPressOfSetAsNone) {
     world.desktop.schedule(world.clock.now() + seconds(2),
                            [&] { EXPECT_TRUE(world.person.perform(click("frmStartUp", "cmdTest"))); });
     world.desktop.run([&] { world.person.perform(click("frmStartUp", "cmdTest")); });
-    EXPECT_TRUE(shows(session, Screen::main));
+    EXPECT_EQ(shown(session), "main");
     EXPECT_EQ(world.unit.journal().frames.size(), 5u); // 0501, 0601, D4, D5, 0501
 }
 
@@ -180,62 +159,43 @@ TEST(StartUp, EndsAtPortChoiceByButtonAndByCloseBox) {
 TEST(Identification, FillsTheRowsFromWhatTheUnitSays) {
     struct Row {
         const char* what;
-        std::function<void(simulator::UnitOptions&)> prepare;
-        std::array<std::string, 4> rows; // amplifier, version, interface unit, version
+        Preparation prepare;
+        std::string rows; // amplifier and its version, interface unit and its version
+    };
+    const auto amplifier = [](char key, std::uint16_t version) {
+        return unit([=](auto& options) {
+            options.typeKey = key;
+            options.rawVersion = version;
+        });
+    };
+    const auto interfaceUnit = [](const char* model, const char* version) {
+        return unit([=](auto& options) {
+            options.modelText = model;
+            options.versionText = version;
+        });
     };
     const Row rows[] = {
-        {"the usual unit", [](auto&) {}, {"QT-MVR", "1.022", "QT-KP42", "2.301"}},
-        {"base of the range", [](auto& unit) { unit.rawVersion = 10000; }, {"QT-MVR", "0.000", "QT-KP42", "2.301"}},
-        {"end of the range", [](auto& unit) { unit.rawVersion = 19999; }, {"QT-MVR", "9.999", "QT-KP42", "2.301"}},
-        {"above it", [](auto& unit) { unit.rawVersion = 20000; }, {"", "", "QT-KP42", "2.301"}},
-        {"below it", [](auto& unit) { unit.rawVersion = 9999; }, {"", "", "QT-KP42", "2.301"}},
-        {"second range",
-         [](auto& unit) {
-             unit.typeKey = '2';
-             unit.rawVersion = 31000;
-         },
-         {"QT-MVS", "1.000", "QT-KP42", "2.301"}},
-        {"unknown type key", [](auto& unit) { unit.typeKey = 'F'; }, {"", "", "QT-KP42", "2.301"}},
-        {"short type reply",
-         [](auto& unit) {
-             unit.answers = {{"0101D5", 0, {.data = "000000"}}};
-         },
-         {"", "", "QT-KP42", "2.301"}},
-        {"unknown interface unit", [](auto& unit) { unit.modelText = "kp42 units"; }, {"QT-MVR", "1.022", "", ""}},
-        {"key in another case",
-         [](auto& unit) { unit.modelText = "kp42 Unit"; },
-         {"QT-MVR", "1.022", "QT-KP42", "2.301"}},
-        {"V as character 16",
-         [](auto& unit) {
-             unit.answers = {{"0501", 2, {.data = "KP42 UNIT      V12345678"}}};
-         },
-         {"QT-MVR", "1.022", "", ""}},
-        {"long version", [](auto& unit) { unit.versionText = "V1234567"; }, {"QT-MVR", "1.022", "QT-KP42", "123456"}},
-        {"no version", [](auto& unit) { unit.versionText = "v2.301"; }, {"QT-MVR", "1.022", "QT-KP42", ""}},
-        {"V at the end", [](auto& unit) { unit.versionText = "2.301V"; }, {"QT-MVR", "1.022", "QT-KP42", ""}},
-        {"short identification",
-         [](auto& unit) {
-             unit.answers = {{"0501", 2, {.data = "KP42 UNIT"}}};
-         },
-         {"QT-MVR", "1.022", "QT-KP42", ""}},
-        {"1004 at 0601",
-         [](auto& unit) {
-             unit.answers = {{"0601", 0, {.resultCode = "1004"}}};
-         },
-         {"", "", "", ""}},
-        {"2204 at D4",
-         [](auto& unit) {
-             unit.answers = {{"0101D4", 0, {.resultCode = "2204"}}};
-         },
-         {"", "", "", ""}},
+        {"the usual unit", nothing, "QT-MVR|1.022|QT-KP42|2.301"},
+        {"above the range", amplifier('1', 20000), "||QT-KP42|2.301"},
+        {"second range", amplifier('2', 31000), "QT-MVS|1.000|QT-KP42|2.301"},
+        {"unknown type key", amplifier('F', 11022), "||QT-KP42|2.301"},
+        {"short type reply", answersWith("0101D5", {.data = "000000"}), "||QT-KP42|2.301"},
+        {"unknown interface unit", interfaceUnit("kp42 units", "V2.301"), "QT-MVR|1.022||"},
+        {"key in another case", interfaceUnit("kp42 Unit", "V2.301"), "QT-MVR|1.022|QT-KP42|2.301"},
+        {"V as character 16", answersWith("0501", {.data = "KP42 UNIT      V12345678"}, 2), "QT-MVR|1.022||"},
+        {"long version", interfaceUnit("KP42 UNIT", "V1234567"), "QT-MVR|1.022|QT-KP42|123456"},
+        {"no version", interfaceUnit("KP42 UNIT", "v2.301"), "QT-MVR|1.022|QT-KP42|"},
+        {"V at the end", interfaceUnit("KP42 UNIT", "2.301V"), "QT-MVR|1.022|QT-KP42|"},
+        {"short identification", answersWith("0501", {.data = "KP42 UNIT"}, 2), "QT-MVR|1.022|QT-KP42|"},
+        {"1004 at 0601", answers({{"0601", 0, "1004"}}), "|||"},
+        {"2204 at D4", answers({{"0101D4", 0, "2204"}}), "|||"},
     };
     for (const Row& row : rows) {
         Session session;
-        row.prepare(session.world.unit.options());
+        row.prepare(session.world);
         session.start();
-        const FrmMain& form = frmMain();
-        EXPECT_EQ((std::array{form.lblTitle[0].caption, form.lblVersion[0].caption, form.lblTitle[1].caption,
-                              form.lblVersion[1].caption}),
+        const auto& [title, version] = std::tie(frmMain().lblTitle, frmMain().lblVersion);
+        EXPECT_EQ(title[0].caption + '|' + version[0].caption + '|' + title[1].caption + '|' + version[1].caption,
                   row.rows)
             << row.what;
         EXPECT_EQ(session.boxes(), "") << row.what;

@@ -5,9 +5,7 @@
 #include "tests/thinned.h"
 
 #include <algorithm>
-#include <ostream>
 #include <set>
-#include <span>
 
 namespace {
 
@@ -149,18 +147,12 @@ class Striker {
     int repliesThere_ = 0;
 };
 
-struct Struck {
-    End end = End::never;
-    int transmissions = 0;
-    std::size_t blocks = 0; // in the unit, all of them right; blockCount + 1 when one is wrong
-    bool operator==(const Struck&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& out, const Struck& struck) {
-    return out << "end " << static_cast<int>(struck.end) << ", " << struck.transmissions << " transmissions, "
-               << struck.blocks << " blocks";
+std::string described(End end, int transmissions, std::size_t blocks) {
+    const char* text = end == End::succeed ? "succeeds" : end == End::failed ? "fails" : "never ends";
+    return text + (", sent " + std::to_string(transmissions)) + " times, " + std::to_string(blocks) + " blocks stored";
 }
 
+// The blocks in the unit, or one more than there are when one of them is wrong.
 std::size_t blocksIn(const World& world) {
     const Bytes& stored = world.unit.receivedImage();
     const bool right =
@@ -168,36 +160,35 @@ std::size_t blocksIn(const World& world) {
     return right ? stored.size() / blockSize : blockCount + 1;
 }
 
-Struck expected(const Outcome& outcome, int place) {
+std::string expected(const Outcome& outcome, int place) {
     const auto ahead = static_cast<std::size_t>(place - 1);
     const std::size_t blocks = outcome.stored == Stored::all     ? blockCount
                                : outcome.stored == Stored::ahead ? ahead
                                                                  : std::min<std::size_t>(ahead + 1, blockCount);
-    return {place < outcome.succeedsFrom ? outcome.end : End::succeed, outcome.transmissions, blocks};
+    return described(place < outcome.succeedsFrom ? outcome.end : End::succeed, outcome.transmissions, blocks);
 }
 
 // What a receiver repeats its start byte after. With less than the 10 s of a reply wait see RepeatedStartBytes.
 constexpr Micros startPeriod = seconds(15);
 
-Struck write(const Fault& fault, int place, Lasting lasting, Micros period = startPeriod) {
+std::string write(const Fault& fault, int place, Lasting lasting, Micros period = startPeriod) {
     WorldOptions options;
     options.unit.crc = place % 2 != 0;
     options.unit.startPeriod = period;
     Session session(options);
     World& world = session.world;
-    session.start();
-    session.press("cmdLoading");
+    session.load();
     const Striker striker(world, fault, place, lasting);
     const bool never = lasting == Lasting::forGood && fault.forGood.end == End::never;
     world.clock.setLimit(seconds(never ? 3600 : 24 * 3600));
     const RunEnd end = world.desktop.run([&] { world.person.perform(click("frmMain", "cmdUpgrade")); });
     if (end == RunEnd::stuck) {
-        return {End::never, 0, blocksIn(world)};
+        return described(End::never, 0, blocksIn(world));
     }
     EXPECT_TRUE(session.atRest());
     const bool succeeded = world.desktop.boxes().back().text == "Succeed";
     world.desktop.sleep(60'000); // what the tool has sent may still be on the line
-    return {succeeded ? End::succeed : End::failed, striker.transmissions(), blocksIn(world)};
+    return described(succeeded ? End::succeed : End::failed, striker.transmissions(), blocksIn(world));
 }
 
 struct Share {
@@ -298,7 +289,8 @@ class EachOperation : public testing::TestWithParam<OperationShare> {
 
 TEST_P(EachOperation, LeavesTheOperatorAWayOn) {
     Session session;
-    session.upgrade();
+    session.load();
+    session.press("cmdUpgrade");
     const std::int64_t count = GetParam().gate(session.world).passed();
     const std::int64_t edge = 150; // start, checks and some blocks; some blocks and the end
     for (std::int64_t number = 1; number <= count && !HasFailure(); number += thinned ? 7 : 1) {

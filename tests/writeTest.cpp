@@ -9,13 +9,8 @@ using simulator::PacketAnswer;
 using Fate = PacketAnswer::Fate;
 
 const std::string succeed = "Tarn Beacon|Succeed|65>1\n";
-const std::string failed = "Tarn Beacon|Failed|64>1\n";
-const std::string error = "Tarn Beacon|Application error.\r\nRES : |16>1\n"; // without a failure in flight
-const std::string broken = error + failed;
+const std::string broken = box::error + "|16>1\n" + box::failed;
 const std::string all = "50 51 54 53 ";
-const std::string timeout = "Tarn Beacon|It is a receiving timeout error.|16>1\n";
-const std::string lost = "Tarn Beacon|Application error.\r\nRES : COM3: the device has gone away|16>1\n";
-const std::string goOn = "Tarn Beacon|通信で異常が発生しました。\r\nApplication is shut down by [cancel].\r\n|17>1\n";
 const std::string notChecked =
     "Tarn Beacon|I could not check that it communicate with a sensor normally. May I continue work ? \r\n( I recommend "
     "you to choose \"cancellation\" and perform again)|1>1\n";
@@ -59,13 +54,13 @@ TEST(Write, EndsInOneOfItsWays) {
         {"as it should be", nothing, succeed, all, true},
         {"checksum", unit([](auto& options) { options.crc = false; }), succeed, all, true},
         {"50 on its third try", answers({{"300550", 1, "1001"}, {"300550", 2, "1234"}}), succeed, all, true},
-        {"50 refused three times", answers({{"300550", 0, "1001"}}), failed, "54 53 ", false, 4},
-        {"50 refused with 1234: the third try asks", answers({{"300550", 0, "1234"}}), goOn + failed, "54 53 ", false,
-         4},
+        {"50 refused three times", answers({{"300550", 0, "1001"}}), box::failed, "54 53 ", false, 4},
+        {"50 refused with 1234: the third try asks", answers({{"300550", 0, "1234"}}), box::goOn + "1\n" + box::failed,
+         "54 53 ", false, 4},
         {"51 on its second try", answers({{"300551", 1, "2204"}}), succeed, all, true, 2},
         {"51 on its third try, 54 and 53 ask",
          answers({{"300551", 1, "2204"}, {"300551", 2, "2204"}, {"300554", 0, "1234"}, {"300553", 0, "1234"}}),
-         goOn + goOn + succeed, "50 51 ", true, 3},
+         box::goOn + "1\n" + box::goOn + "1\n" + succeed, "50 51 ", true, 3},
         {"51 refused three times", answers({{"300551", 0, "2204"}}), broken, "50 54 53 ", false, 4},
         {"silence at 51",
          [](World& world) {
@@ -94,7 +89,7 @@ TEST(Write, EndsInOneOfItsWays) {
          succeed, all, true},
         {"two CAN", answerFrom(4, 1, {Fate::cancels}), broken, all, false},
         {"noise ahead of each ACK", answerFrom(1, 1921, said({'n', 'C', 0x00, 0x06})), succeed, all, true},
-        {"adapter pulled while the tool waits", pulledAfter(seconds(5)), lost + failed, "50 51 ", false},
+        {"adapter pulled while the tool waits", pulledAfter(seconds(5)), box::lost + box::failed, "50 51 ", false},
         {"a write of a block fails once",
          [](World& world) {
              world.port.operations().add(failNth(Operation::writePort,
@@ -102,7 +97,8 @@ TEST(Write, EndsInOneOfItsWays) {
                                                  Lasting::once, Failure(failureNumber::portLost, "It broke.")));
          },
          "エラー|It broke.|16>1\n" + broken, all, false},
-        {"the port is gone before the start", pulledAfter(1), timeout + notChecked + lost + failed, "", false},
+        {"the port is gone before the start", pulledAfter(1), box::timeout + notChecked + box::lost + box::failed, "",
+         false},
         {"the format test", [](World&) { frmMain().LabelWriteProtect.visible = true; },
          "TarnBeacon|形式認識テストです　書込み処理はスキップします。|0>1\n", "", false},
         {"another model in the row", [](World&) { frmMain().lblTitle[0].caption = "qt-mvr"; }, notAdapted, "", false},
@@ -112,8 +108,7 @@ TEST(Write, EndsInOneOfItsWays) {
     for (const Row& row : rows) {
         Session session;
         World& world = session.world;
-        session.start();
-        session.press("cmdLoading");
+        session.load();
         SCOPED_TRACE(row.what);
         row.prepare(world);
         const Micros before = world.clock.now();
@@ -140,8 +135,7 @@ TEST(Write, EndsInOneOfItsWays) {
 
 TEST(Write, IsLeftByCancelAtTheQuestion) {
     Session session;
-    session.start();
-    session.press("cmdLoading");
+    session.load();
     answers({{"0101D4", 0, "1001"}})(session.world);
     session.world.desktop.answerBox = [](const Box&) { return boxAnswer::cancel; };
     session.press("cmdUpgrade");
@@ -168,8 +162,7 @@ TEST(Steps, DoNothingWhileOneRunsAndForStatesNotTheirs) {
 
 TEST(Write, GoesToTheSelectedRow) {
     Session session({.image = {.typeText = "KP42FIRM", .rawVersion = 3100}});
-    session.start();
-    session.press("cmdLoading");
+    session.load();
     session.press("optPresent", 1);
     session.press("cmdUpgrade");
     EXPECT_EQ(session.boxes(), succeed);
@@ -182,8 +175,7 @@ TEST(Write, GoesToTheSelectedRow) {
 TEST(Write, ShowsItsProgressAndKeepsTheOperatorOut) {
     Session session;
     World& world = session.world;
-    session.start();
-    session.press("cmdLoading");
+    session.load();
     std::vector<std::string> seen;
     const auto look = [&] {
         const FrmMain& form = frmMain();
@@ -200,7 +192,8 @@ TEST(Write, ShowsItsProgressAndKeepsTheOperatorOut) {
             EXPECT_FALSE(world.person.perform(deed)) << deed.control << ' ' << deed.form;
         }
     };
-    world.person.performAt(world.clock.now() + seconds(20), closing("frmWait")); // changes nothing
+    // The close box of the progress dialog changes nothing.
+    world.desktop.schedule(world.clock.now() + seconds(20), [&] { world.person.perform(closing("frmWait")); });
     world.desktop.schedule(world.clock.now() + seconds(30), look);
     world.desktop.boxStands = [&](const Box&) { look(); };
     session.press("cmdUpgrade");
@@ -214,8 +207,7 @@ TEST(Write, SendsItsBlocksByteForByte) {
         Session session;
         World& world = session.world;
         world.unit.options().crc = crc;
-        session.start();
-        session.press("cmdLoading");
+        session.load();
         std::fill(run.firmwareImage.begin(), run.firmwareImage.begin() + blockSize, std::uint8_t{0xFF});
         world.line.record().keep(10000);
         world.line.record().clear();
@@ -245,8 +237,7 @@ TEST(Write, ClosesInJapanese) {
                                                         {"300550", "Tarn Beacon|異常終了|64>1\n"}};
     for (const auto& [refused, boxes] : rows) {
         Session session;
-        session.start();
-        session.press("cmdLoading");
+        session.load();
         frmMain().fraLanguage.visible = true;
         session.press("optLanguage", 0);
         if (*refused != '\0') {
@@ -259,8 +250,7 @@ TEST(Write, ClosesInJapanese) {
 
 TEST(Write, EndsTheProgramAtOnceFromWithinABox) {
     Session session;
-    session.start();
-    session.press("cmdLoading");
+    session.load();
     answers({{"300550", 0, "1234"}})(session.world);
     session.world.desktop.answerBox = [](const Box&) { return boxAnswer::cancel; };
     EXPECT_EQ(session.press("cmdUpgrade"), RunEnd::programEnded);
