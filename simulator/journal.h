@@ -20,7 +20,6 @@ struct Journal {
     std::vector<std::string> operations; // two digits each, in order, refused ones included
 
     // As receiver; the counts run on over all transfers.
-    int starts = 0;
     int packets = 0; // packets heard, damaged ones and EOTs included
     int blocksAccepted = 0;
     int blocksRefused = 0;      // damaged

@@ -47,7 +47,6 @@ struct PacketAnswer {
     };
     Fate fate = Fate::asUsual;
     std::optional<Bytes> bytes = std::nullopt; // sent in place of ACK or NAK; empty for silence
-    Micros delay = 0;
 };
 
 struct UnitOptions {
@@ -69,12 +68,11 @@ struct UnitOptions {
     bool crc = true;                       // begins with 'C', else with NAK and checksums
     Micros startDelay = milliseconds(100); // from the reply to the first start byte
     Micros startPeriod = seconds(3);
-    int startLimit = 20;                    // start bytes sent before it gives up
-    Micros interByteLimit = seconds(1);     // a packet or frame that pauses longer is cut short
-    Micros packetLimit = seconds(15);       // silence between packets before it asks again with NAK
-    int retryLimit = 10;                    // failures in a row that it forgives, in both directions; then CAN CAN
-    Micros packetDelay = 0;                 // from the end of a packet to its answer
-    std::map<int, Bytes> startInstead = {}; // n-th start byte (from 1); empty for silence
+    int startLimit = 20;                // start bytes sent before it gives up
+    Micros interByteLimit = seconds(1); // a packet or frame that pauses longer is cut short
+    Micros packetLimit = seconds(15);   // silence between packets before it asks again with NAK
+    int retryLimit = 10;                // failures in a row that it forgives, in both directions; then CAN CAN
+    Micros packetDelay = 0;             // from the end of a packet to its answer
     std::map<int, PacketAnswer> packetAnswers = {}; // n-th packet heard (from 1), repeats and EOT included
 
     // As sender of its image.

@@ -99,9 +99,8 @@ void XmodemReceiver::sendStart(Micros now) {
         return;
     }
     ++starts_;
-    const auto instead = options_.startInstead.find(++journal_.starts);
-    const std::uint8_t usual = options_.crc ? crcStart : nak;
-    transmitter_.send(instead == options_.startInstead.end() ? Answer(&usual, 1) : Answer(instead->second), now);
+    const std::uint8_t start = options_.crc ? crcStart : nak;
+    transmitter_.send(Answer(&start, 1), now);
     phase_ = Phase::waiting;
     waitEnd_ = now + options_.startPeriod;
 }
@@ -120,7 +119,7 @@ void XmodemReceiver::endPacket(Micros now) {
     if (special != nullptr && special->bytes) {
         answer = *special->bytes;
     }
-    transmitter_.send(answer, now + options_.packetDelay + (special != nullptr ? special->delay : 0));
+    transmitter_.send(answer, now + options_.packetDelay);
 }
 
 XmodemReceiver::Answer XmodemReceiver::judgePacket() {

@@ -40,6 +40,10 @@ inline Preparation answers(const std::vector<Coded>& list) {
     });
 }
 
+inline Preparation answersWith(const char* command, const simulator::CommandAnswer& answer, int occurrence = 0) {
+    return unit([=](auto& options) { options.answers = {{command, occurrence, answer}}; });
+}
+
 inline Preparation pulledAfter(Micros time) {
     return [=](World& world) { world.port.socket(3).pulledAt = world.clock.now() + time; };
 }

@@ -24,10 +24,6 @@ std::string shown(const Session& session) {
     return frmMain().visible ? "main" : ports ? "ports" : "the picture alone";
 }
 
-Preparation answersWith(const char* command, const simulator::CommandAnswer& answer, int occurrence = 0) {
-    return unit([=](auto& options) { options.answers = {{command, occurrence, answer}}; });
-}
-
 Preparation sensors(const char* state, int count) {
     return unit([=](auto& options) {
         options.stateText = state;
@@ -35,10 +31,11 @@ Preparation sensors(const char* state, int count) {
     });
 }
 
-// The unit is on COM1, which a Setting.INI of that text does not name.
-Preparation setting(const std::string& text) {
+// The unit is on COM1, and Setting.INI says that, or is not there.
+Preparation setting(const std::optional<std::string>& text) {
     return [=](World& world) {
-        world.files.put("/tarnbeacon/Setting.INI", text);
+        const std::string path = "/tarnbeacon/Setting.INI";
+        text ? world.files.put(path, *text) : world.files.remove(path);
         world.port.socket(1).line = &world.line;
     };
 }
@@ -83,12 +80,7 @@ TEST(StartUp, EndsInOneOfItsWays) {
          "main"},
         {"port 17", setting("[IFU]\nCOM=17\n"), box::error + "The list of ports has no COM17.|16>1\n", "ports"},
         {"port 99999", setting("[IFU]\nCOM=99999\n"), box::error + "Overflow|16>1\n", "main"},
-        {"no Setting.INI",
-         [](World& world) {
-             setting("")(world);
-             world.files.remove("/tarnbeacon/Setting.INI");
-         },
-         "", "main"},
+        {"no Setting.INI", setting(std::nullopt), "", "main"},
     };
     for (const Row& row : rows) {
         Session session;
@@ -162,30 +154,24 @@ TEST(Identification, FillsTheRowsFromWhatTheUnitSays) {
         Preparation prepare;
         std::string rows; // amplifier and its version, interface unit and its version
     };
-    const auto amplifier = [](char key, std::uint16_t version) {
-        return unit([=](auto& options) {
-            options.typeKey = key;
-            options.rawVersion = version;
-        });
-    };
-    const auto interfaceUnit = [](const char* model, const char* version) {
-        return unit([=](auto& options) {
-            options.modelText = model;
-            options.versionText = version;
-        });
-    };
+    const auto model = [](const char* text) { return unit([=](auto& options) { options.modelText = text; }); };
+    const auto version = [](const char* text) { return unit([=](auto& options) { options.versionText = text; }); };
     const Row rows[] = {
         {"the usual unit", nothing, "QT-MVR|1.022|QT-KP42|2.301"},
-        {"above the range", amplifier('1', 20000), "||QT-KP42|2.301"},
-        {"second range", amplifier('2', 31000), "QT-MVS|1.000|QT-KP42|2.301"},
-        {"unknown type key", amplifier('F', 11022), "||QT-KP42|2.301"},
+        {"second range", unit([](auto& options) {
+             options.typeKey = '2';
+             options.rawVersion = 31000;
+         }),
+         "QT-MVS|1.000|QT-KP42|2.301"},
+        {"above the range", unit([](auto& options) { options.rawVersion = 20000; }), "||QT-KP42|2.301"},
+        {"unknown type key", unit([](auto& options) { options.typeKey = 'F'; }), "||QT-KP42|2.301"},
         {"short type reply", answersWith("0101D5", {.data = "000000"}), "||QT-KP42|2.301"},
-        {"unknown interface unit", interfaceUnit("kp42 units", "V2.301"), "QT-MVR|1.022||"},
-        {"key in another case", interfaceUnit("kp42 Unit", "V2.301"), "QT-MVR|1.022|QT-KP42|2.301"},
+        {"unknown interface unit", model("kp42 units"), "QT-MVR|1.022||"},
+        {"key in another case", model("kp42 Unit"), "QT-MVR|1.022|QT-KP42|2.301"},
         {"V as character 16", answersWith("0501", {.data = "KP42 UNIT      V12345678"}, 2), "QT-MVR|1.022||"},
-        {"long version", interfaceUnit("KP42 UNIT", "V1234567"), "QT-MVR|1.022|QT-KP42|123456"},
-        {"no version", interfaceUnit("KP42 UNIT", "v2.301"), "QT-MVR|1.022|QT-KP42|"},
-        {"V at the end", interfaceUnit("KP42 UNIT", "2.301V"), "QT-MVR|1.022|QT-KP42|"},
+        {"long version", version("V1234567"), "QT-MVR|1.022|QT-KP42|123456"},
+        {"no version", version("v2.301"), "QT-MVR|1.022|QT-KP42|"},
+        {"V at the end", version("2.301V"), "QT-MVR|1.022|QT-KP42|"},
         {"short identification", answersWith("0501", {.data = "KP42 UNIT"}, 2), "QT-MVR|1.022|QT-KP42|"},
         {"1004 at 0601", answers({{"0601", 0, "1004"}}), "|||"},
         {"2204 at D4", answers({{"0101D4", 0, "2204"}}), "|||"},
@@ -194,8 +180,8 @@ TEST(Identification, FillsTheRowsFromWhatTheUnitSays) {
         Session session;
         row.prepare(session.world);
         session.start();
-        const auto& [title, version] = std::tie(frmMain().lblTitle, frmMain().lblVersion);
-        EXPECT_EQ(title[0].caption + '|' + version[0].caption + '|' + title[1].caption + '|' + version[1].caption,
+        const auto& [title, number] = std::tie(frmMain().lblTitle, frmMain().lblVersion);
+        EXPECT_EQ(title[0].caption + '|' + number[0].caption + '|' + title[1].caption + '|' + number[1].caption,
                   row.rows)
             << row.what;
         EXPECT_EQ(session.boxes(), "") << row.what;
