@@ -3,29 +3,18 @@
 
 #include "common/profile.h"
 #include "common/text.h"
+#include "tests/failureOf.h"
 #include "tests/session.h"
 
 namespace {
 
 TEST(Ini, ReadsValuesAsPeopleWriteThem) {
-    const std::string text = "\xEF\xBB\xBF; a comment\r\n"
-                             "COM=9\r\n"
-                             "[ifu]\r\n"
-                             "no equals sign\r\n"
-                             "  com\t= 3 ' service notebook\r\n"
-                             "COM=4\r\n"
-                             "Empty=\n"
-                             "Comment=' only\n"
-                             "Tabs=\ta\tb\t\n"
-                             "Quoted=\"x y\"\n"
-                             "Key = with = signs\n"
-                             "[ Other ]\n"
-                             "COM=5\n"
-                             "[IFU]\n"
-                             "Again=6\n"
-                             "[Broken\n"
-                             "Lost=7\n" +
-                             std::string("Long=") + std::string(125, 'a') + "あ\n";
+    const std::string text = "\xEF\xBB\xBF; a comment\r\nCOM=9\r\n"
+                             "[ifu]\r\nno equals sign\r\n  com\t= 3 ' service notebook\r\nCOM=4\r\n"
+                             "Empty=\nComment=' only\nTabs=\ta\tb\t\nQuoted=\"x y\"\nKey = with = signs\n"
+                             "[ Other ]\nCOM=5\n"
+                             "[IFU]\nAgain=6\n"
+                             "[Broken\nLost=7\n";
     Session session;
     session.world.files.put("/x.ini", text);
     const std::array<const char*, 3> rows[] = {
@@ -70,36 +59,23 @@ TEST(Ini, LooksAmplifiersUp) {
         bool known;
         std::string model;
         std::int32_t version;
-        std::string failure = {};
+        int failure; // its number
     };
     const Row rows[] = {
-        {"1", 10000, true, "A", 0},
-        {"1", 19999, true, "A", 9999},
-        {"1", 20000, false, "", 0},
-        {"1", 9999, false, "", 0},
-        {"2", 20500, true, "B", 500},
-        {"2", 31000, true, "C", 1000},
-        {"2", 29999, true, "B", 9999},
-        {"2", 40000, false, "", 0},
-        {"3", 5, false, "", 0},
-        {"9", 5, false, "kept", 77},
-        {"4", 5, false, "kept", 77, "Overflow"},
-        {"5", 105, false, "kept", 5, "Subscript out of range"},
-        {"6", 16, true, "F", 16},
-        {"7", 20, true, "G", 5},
+        {"1", 10000, true, "A", 0, 0},    {"1", 19999, true, "A", 9999, 0}, {"1", 20000, false, "", 0, 0},
+        {"1", 9999, false, "", 0, 0},     {"2", 20500, true, "B", 500, 0},  {"2", 31000, true, "C", 1000, 0},
+        {"2", 29999, true, "B", 9999, 0}, {"2", 40000, false, "", 0, 0},    {"3", 5, false, "", 0, 0},
+        {"9", 5, false, "kept", 77, 0},   {"4", 5, false, "kept", 77, 6},   {"5", 105, false, "kept", 5, 9},
+        {"6", 16, true, "F", 16, 0},      {"7", 20, true, "G", 5, 0},
     };
     for (const Row& row : rows) {
         std::string model = "kept";
         std::int32_t version = 77;
-        std::string failure;
-        try {
-            EXPECT_EQ(Common::fncGetAmpType(row.key, row.raw, model, version), row.known) << row.key << ' ' << row.raw;
-        } catch (const Failure& raised) {
-            failure = raised.description();
-        }
-        EXPECT_EQ(model, row.model) << row.key << ' ' << row.raw;
-        EXPECT_EQ(version, row.version) << row.key << ' ' << row.raw;
-        EXPECT_EQ(failure, row.failure) << row.key << ' ' << row.raw;
+        SCOPED_TRACE(row.key + (' ' + std::to_string(row.raw)));
+        const auto look = [&] { EXPECT_EQ(Common::fncGetAmpType(row.key, row.raw, model, version), row.known); };
+        EXPECT_EQ(failureOf(look), row.failure);
+        EXPECT_EQ(model, row.model);
+        EXPECT_EQ(version, row.version);
     }
 }
 
@@ -109,23 +85,12 @@ TEST(Text, ReadsNumbersWholeOrByTheirBeginning) {
         std::optional<double> whole;
         double beginning;
     };
+    constexpr std::nullopt_t none = std::nullopt;
     const Row rows[] = {
-        {"12", 12, 12},
-        {" 12 ", 12, 12},
-        {"+3.5", 3.5, 3.5},
-        {"-.5", -.5, -.5},
-        {"1e3", 1000, 1000},
-        {"5.", 5, 5},
-        {"12a", std::nullopt, 12},
-        {"1e", std::nullopt, 1},
-        {"", std::nullopt, 0},
-        {"-", std::nullopt, 0},
-        {"0x10", std::nullopt, 0},
-        {"1,5", std::nullopt, 1},
-        {"nan", std::nullopt, 0},
-        {"1 2", std::nullopt, 1},
-        {".", std::nullopt, 0},
-        {"1.5.2", std::nullopt, 1.5},
+        {"12", 12, 12},      {" 12 ", 12, 12}, {"+3.5", 3.5, 3.5}, {"-.5", -.5, -.5},
+        {"1e3", 1000, 1000}, {"5.", 5, 5},     {"12a", none, 12},  {"1e", none, 1},
+        {"", none, 0},       {"-", none, 0},   {"0x10", none, 0},  {"1,5", none, 1},
+        {"nan", none, 0},    {"1 2", none, 1}, {".", none, 0},     {"1.5.2", none, 1.5},
     };
     for (const Row& row : rows) {
         EXPECT_EQ(readsAsNumber(row.text), row.whole) << row.text;
@@ -144,14 +109,8 @@ TEST(Text, ReadsNumbersWholeOrByTheirBeginning) {
 
 TEST(Settings, ChooseThePort) {
     const std::pair<const char*, int> rows[] = {
-        {"COM=3 ' service notebook", 3},
-        {"COM=", 1},
-        {"COM=x", 1},
-        {"COM=2.5", 2},
-        {"COM=-4", -4},
-        {"com = 16", 16},
-        {"COM=3 x", 1},
-        {"COM=40000", 1},
+        {"COM=3 ' note", 3}, {"COM=", 1},      {"COM=x", 1},   {"COM=2.5", 2},
+        {"COM=-4", -4},      {"com = 16", 16}, {"COM=3 x", 1}, {"COM=40000", 1},
     };
     for (const auto& [line, number] : rows) {
         Session session;

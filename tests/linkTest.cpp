@@ -12,6 +12,7 @@ using namespace Common;
 namespace {
 
 using simulator::CommandAnswer;
+using simulator::frameOf;
 
 // A program that has started and handed over; the tests send their commands from there.
 class Link : public testing::Test {
@@ -52,12 +53,8 @@ Bytes bytesOf(const std::string& text) {
     return Bytes(text.begin(), text.end());
 }
 
-Bytes frame(const std::string& text) {
-    return simulator::frameOf(text);
-}
-
 Bytes wrongCheck(const std::string& text) {
-    Bytes bytes = frame(text);
+    Bytes bytes = frameOf(text);
     bytes.back() ^= 1;
     return bytes;
 }
@@ -82,7 +79,7 @@ TEST_F(Link, SendsEachCommandInItsFrame) {
         {[] { return fncOperation("50", 0); }, "00000300550000000\x03\x30"},
         {[] { return fncOperation("51", 0); }, "00000300551000C00\x03\x42"},
     };
-    world.unit.options().answers = {{"01AB", 0, {.reply = frame("00000001AB0000")}}};
+    world.unit.options().answers = {{"01AB", 0, {.reply = frameOf("00000001AB0000")}}};
     for (const Row& row : rows) {
         world.line.record().clear();
         EXPECT_EQ(row.send(), "0000") << row.frame;
@@ -103,19 +100,18 @@ TEST_F(Link, GivesTheResultOfEachReply) {
         bool rawData = true;
     };
     const Row rows[] = {
-        {"good", frame("00000005010000KP42"), "0000"},
-        {"other response code", frame("00000F05011001"), "1001"},
-        {"lower-case digits", frame("000000050122ab"), "22AB"},
-        {"end code 0f", frame("00000f05010000"), "900f"},
-        {"end code 13, nothing stored", frame("000013"), "9999", false, "", box::timeout},
-        {"end code 13 with a command code", frame("0000130501"), "9013"},
+        {"good", frameOf("00000005010000KP42"), "0000"},
+        {"other response code", frameOf("00000F05011001"), "1001"},
+        {"lower-case digits", frameOf("000000050122ab"), "22AB"},
+        {"end code 0f", frameOf("00000f05010000"), "900f"},
+        {"end code 13, nothing stored", frameOf("000013"), "9999", false, "", box::timeout},
+        {"end code 13 with a command code", frameOf("0000130501"), "9013"},
         {"end code 11, any check", wrongCheck("000011"), "9011"},
         {"bad check", wrongCheck("000000050100001"), "", false, "S:True E:True B:True P:True U:4 A:05 01 00 00 31"},
         {"bad check, 0F", wrongCheck("00000F05010000"), ""},
         {"bad check, other end code", wrongCheck("0000220501"), "9022"},
         {"silence", {}, "9999", true},
-        {"cut short after the end code", bytesOf(stx + "00000005"), "", true,
-         "S:True E:False B:False P:False U:450 A:05"},
+        {"cut short", bytesOf(stx + "00000005"), "", true, "S:True E:False B:False P:False U:450 A:05"},
         {"one character of the end code", bytesOf(stx + "00000"), "900", true},
         {"no check byte", bytesOf(stx + "00000005010000\x03"), "", true,
          "S:True E:True B:False P:False U:450 A:05 01 00 00"},
@@ -124,13 +120,13 @@ TEST_F(Link, GivesTheResultOfEachReply) {
         {"noise ahead of STX moves the positions", bytesOf("x" + stx + "0000000501000\x03"), "", true,
          "S:True E:True B:False P:False U:450 A:00 50 10 00"},
         {"ETX ahead of STX ends at the next byte", {0x03, 0x02, '0'}, "9999", false, "", box::timeout},
-        {"no hexadecimal digits", frame("0000000g01"), "9999", false, "", box::timeout},
-        {"no response code", frame("0000000501"), "9999", false, "", box::timeout},
-        {"451 stored bytes", frame("00000005010000" + data447), "0000"},
-        {"452 stored bytes", frame("00000005010000x" + data447), "9999", false, "", box::timeout},
+        {"no hexadecimal digits", frameOf("0000000g01"), "9999", false, "", box::timeout},
+        {"no response code", frameOf("0000000501"), "9999", false, "", box::timeout},
+        {"451 stored bytes", frameOf("00000005010000" + data447), "0000"},
+        {"452 stored bytes", frameOf("00000005010000x" + data447), "9999", false, "", box::timeout},
         {"STX and ETX within raw data", bytesOf(stx + "00000005010000a" + stx + "b\x03\x03"), "", false,
          "S:True E:True B:True P:True U:5 A:05 01 00 00 61 62"},
-        {"hexadecimal data", frame("000000010100000000041A"), "0000", false, "", "", false},
+        {"hexadecimal data", frameOf("000000010100000000041A"), "0000", false, "", "", false},
     };
     for (const Row& row : rows) {
         for (const std::size_t piece : {0, 1, 7}) {
@@ -157,13 +153,13 @@ TEST_F(Link, GivesTheResultOfEachReply) {
 }
 
 TEST_F(Link, StoresTheDataOfAReplyInBothForms) {
-    EXPECT_EQ(resultOf({.reply = frame("000000010100000000041A")}, false), "0000");
+    EXPECT_EQ(resultOf({.reply = frameOf("000000010100000000041A")}, false), "0000");
     EXPECT_EQ(run.replyBytes, (Bytes{1, 1, 0, 0, 0, 0, 4, 0x1A}));
-    EXPECT_EQ(resultOf({.reply = frame("000000010100000000041A")}, true), "0000");
+    EXPECT_EQ(resultOf({.reply = frameOf("000000010100000000041A")}, true), "0000");
     EXPECT_EQ(run.replyBytes, (Bytes{1, 1, 0, 0, '0', '0', '0', '0', '0', '4', '1', 'A'}));
     EXPECT_EQ(resultOf({.reply = wrongCheck("000011ab")}), "9011");
     EXPECT_EQ(run.replyBytes.size(), 451u);
-    EXPECT_EQ(resultOf({.reply = frame("00000005010000"), .delay = seconds(1)}, true, 0), "9999");
+    EXPECT_EQ(resultOf({.reply = frameOf("00000005010000"), .delay = seconds(1)}, true, 0), "9999");
     EXPECT_EQ(sent().size(), 4 * 12u); // sent all the same
 }
 
@@ -202,7 +198,7 @@ TEST_F(Link, ReadsTheUnitState) {
         {"000000", "9999", "00", 0},    {"10040001", "1004", "", 0},
     };
     for (const Row& row : rows) {
-        world.unit.options().answers = {{"0601", 0, {.reply = frame(std::string("0000000601") + row.reply)}}};
+        world.unit.options().answers = {{"0601", 0, {.reply = frameOf(std::string("0000000601") + row.reply)}}};
         Bytes reply;
         EXPECT_EQ(fncReadUnitState("0601", reply), row.result) << row.reply;
         EXPECT_EQ(run.unitStateText, row.state) << row.reply;

@@ -7,6 +7,7 @@ namespace {
 constexpr std::size_t versionAt = 0x3BF05;
 constexpr std::size_t typeAt = 0x3BF10;
 const std::string path = World::firmwarePath;
+const std::string typeIni = "/tarnbeacon/TYPE.INI";
 
 class Load : public testing::Test {
   protected:
@@ -50,44 +51,36 @@ TEST_F(Load, ShowsWhatTheFileIs) {
         {"AMPFIRM", 19999, "QT-MVR|9.999"},
         {"AMPFIRM", 20000, "|"},
         {" AMPFIRM ", 11046, "QT-MVR|1.046"},
-        {"", 11046, "QT-MVR|1.046"}, // the key NULL
-        {std::string(" \0 \0", 4), 11046, "QT-MVR|1.046"},
         {"KP42FIRM", 1030, "QT-KP42|1.030"},
-        {"KP42FIRM", 0, "QT-KP42|0.000"},
+        {"", 11046, "QT-MVR|1.046"}, // the key NULL
         {"KP42FIRM", 0x8000, "QT-KP42|0.000", box::error + "Overflow|16>1\n"},
+        {std::string(" \0 \0", 4), 11046, "QT-MVR|1.046"},
+        {"KP42FIRM", 0, "QT-KP42|0.000"},
         {"AMPFIRM", 0xFFFF, "|", box::error + "Overflow|16>1\n"},
-        {"UNKNOWN", 11046, "|"},
-        {std::string("AM\0FIRM", 7), 11046, "|"},
-        {std::string("AM\0FIRM", 7), 11046, "M|0.046", "", "[AMP_BIN_TYPE]\nAM FIRM=1\n[AMP_TYPE]\n1=11000,M\n"},
-        {"\xE9T\xC9", 11046, "M|0.046", "", "[AMP_BIN_TYPE]\néTÉ=1\n[AMP_TYPE]\n1=11000,M\n"},
         {"AMPFIRM", 1030, "QT-KP42|1.030", "", both}, // interface-unit entries come first
+        {"UNKNOWN", 11046, "|"},
+        {std::string("AM\0FIRM", 7), 11046, "M|0.046", "", "[AMP_BIN_TYPE]\nAM FIRM=1\n[AMP_TYPE]\n1=11000,M\n"},
+        {std::string("AM\0FIRM", 7), 11046, "|"},
+        {"\xE9T\xC9", 11046, "M|0.046", "", "[AMP_BIN_TYPE]\néTÉ=1\n[AMP_TYPE]\n1=11000,M\n"},
         {"AMPFIRM", 11046, "|", box::error + "Subscript out of range|16>1\n",
          "[AMP_BIN_TYPE]\nAMPFIRM=1\n[AMP_TYPE]\n1=5\n"},
     };
+    const std::string usual = world.files.find(typeIni)->content;
     for (const Row& row : rows) {
-        Session fresh;
-        fresh.start();
-        if (!row.typeIni.empty()) {
-            fresh.world.files.put("/tarnbeacon/TYPE.INI", row.typeIni);
-        }
+        world.files.put(typeIni, row.typeIni.empty() ? usual : row.typeIni);
         putFile(row.type, row.version);
-        fresh.world.files.put(path, world.files.find(path)->content);
-        fresh.press("cmdLoading");
-        EXPECT_EQ(fileRow(), row.row) << row.type;
-        EXPECT_EQ(fresh.boxes(), row.box) << row.type;
+        EXPECT_EQ(load(), row.box) << row.type;
+        EXPECT_EQ(fileRow(), row.row) << row.type << row.version;
         EXPECT_TRUE(run.fileLoaded && frmMain().cmdUpgrade.enabled) << row.type;
         EXPECT_EQ(frmMain().mousePointer, MousePointer::arrow);
-        setDesktop(&world.desktop);
     }
 }
 
-TEST(LoadDialog, OffersThePathChosenLast) {
-    Session session;
-    session.start();
-    session.world.desktop.chooseFile = [](const AskedFile&) { return "/somewhere/else.bin"; };
+TEST_F(Load, OffersThePathChosenLast) {
+    world.desktop.chooseFile = [](const AskedFile&) { return "/somewhere/else.bin"; };
     session.press("cmdLoading");
     session.press("cmdLoading");
-    const AskedFile& asked = session.world.desktop.askedFiles().back();
+    const AskedFile& asked = world.desktop.askedFiles().back();
     EXPECT_EQ(asked.dialog.fileName, "/somewhere/else.bin");
     EXPECT_EQ(asked.dialog.initialDirectory, "/tarnbeacon/");
     EXPECT_EQ(asked.dialog.filter, "Bin File (*.bin)|*.bin||");
@@ -96,21 +89,19 @@ TEST(LoadDialog, OffersThePathChosenLast) {
 }
 
 TEST_F(Load, KeepsOrDropsTheFileLoadedBefore) {
-    enum class After { kept, dropped };
     struct Row {
         const char* what;
         std::function<void()> prepare;
         std::string box;
-        After after;
+        bool kept;
     };
     const Row rows[] = {
-        {"cancelled", [&] { world.desktop.chooseFile = [](const AskedFile&) { return std::nullopt; }; }, "",
-         After::kept},
-        {"one byte short", [&] { putFile("AMPFIRM", 11046, imageSize - 1); }, "", After::kept},
-        {"one byte long", [&] { putFile("AMPFIRM", 11046, imageSize + 1); }, "", After::kept},
-        {"missing", [&] { world.files.remove(path); }, box::error, After::kept},
-        {"unreadable", [&] { world.files.find(path)->unreadable = true; }, box::error, After::dropped},
-        {"breaks off", [&] { world.files.find(path)->readable = 1000; }, box::error, After::dropped},
+        {"cancelled", [&] { world.desktop.chooseFile = {}; }, "", true},
+        {"one byte short", [&] { putFile("AMPFIRM", 11046, imageSize - 1); }, "", true},
+        {"one byte long", [&] { putFile("AMPFIRM", 11046, imageSize + 1); }, "", true},
+        {"missing", [&] { world.files.remove(path); }, box::error, true},
+        {"unreadable", [&] { world.files.find(path)->unreadable = true; }, box::error, false},
+        {"breaks off", [&] { world.files.find(path)->readable = 1000; }, box::error, false},
     };
     for (const Row& row : rows) {
         world.desktop.chooseFile = [](const AskedFile&) { return path; };
@@ -119,11 +110,10 @@ TEST_F(Load, KeepsOrDropsTheFileLoadedBefore) {
         const Bytes before = run.firmwareImage;
         row.prepare();
         EXPECT_EQ(load().starts_with(row.box), true) << row.what;
-        const bool kept = row.after == After::kept;
-        EXPECT_EQ(fileRow(), kept ? "QT-MVR|1.046" : "|") << row.what;
-        EXPECT_EQ(run.fileLoaded, kept) << row.what;
-        EXPECT_EQ(frmMain().cmdUpgrade.enabled, kept) << row.what;
-        EXPECT_EQ(run.firmwareImage == before, kept) << row.what;
+        EXPECT_EQ(fileRow(), row.kept ? "QT-MVR|1.046" : "|") << row.what;
+        EXPECT_EQ(run.fileLoaded, row.kept) << row.what;
+        EXPECT_EQ(frmMain().cmdUpgrade.enabled, row.kept) << row.what;
+        EXPECT_EQ(run.firmwareImage == before, row.kept) << row.what;
     }
 }
 

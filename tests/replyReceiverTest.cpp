@@ -14,57 +14,49 @@ using replyOracle::Reads;
 constexpr int rightCheck = -1; // stands for the block check that would be right at its place
 constexpr std::array alphabet{0x02, 0x03, int{'0'}, int{'F'}, int{'1'}, int{'g'}, 0x00, rightCheck};
 
-Bytes bytesOf(std::string_view text) {
-    return Bytes(text.begin(), text.end());
-}
-
-class EachReply {
-  public:
-    EachReply(Bytes beginning, bool rawData) : bytes_(std::move(beginning)), fixed_(bytes_.size()), rawData_(rawData) {}
+struct EachReply {
+    std::string bytes; // the beginning, and what follows it at present
+    bool rawData;
+    std::size_t fixed = bytes.size();
 
     void tryAll(int depth) {
         trySplits();
         for (std::size_t next = 0; depth > 0 && next < alphabet.size(); ++next) {
-            bytes_.push_back(alphabet[next] == rightCheck ? check() : static_cast<std::uint8_t>(alphabet[next]));
+            bytes.push_back(alphabet[next] == rightCheck ? check() : static_cast<char>(alphabet[next]));
             tryAll(depth - 1);
-            bytes_.pop_back();
+            bytes.pop_back();
         }
     }
 
-  private:
-    std::uint8_t check() const {
-        std::uint8_t check = 0;
-        for (const std::uint8_t byte : bytes_) {
-            check ^= byte == 2 ? 0 : byte;
+    char check() const {
+        char check = 0;
+        for (const char byte : bytes) {
+            check = static_cast<char>(check ^ (byte == 2 ? 0 : byte));
         }
         return check;
     }
 
     // Each bit of the mask splits ahead of one of the free bytes.
     void trySplits() const {
-        for (unsigned mask = 0; mask < 1u << (bytes_.size() - fixed_) && !testing::Test::HasFailure(); ++mask) {
-            Reads reads{Bytes(bytes_.begin(), bytes_.begin() + static_cast<std::ptrdiff_t>(fixed_))};
-            for (std::size_t at = fixed_; at < bytes_.size(); ++at) {
-                if ((mask >> (at - fixed_) & 1) != 0) {
+        for (unsigned mask = 0; mask < 1u << (bytes.size() - fixed) && !testing::Test::HasFailure(); ++mask) {
+            Reads reads{Bytes(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(fixed))};
+            for (std::size_t at = fixed; at < bytes.size(); ++at) {
+                if ((mask >> (at - fixed) & 1) != 0) {
                     reads.emplace_back();
                 }
-                reads.back().push_back(bytes_[at]);
+                reads.back().push_back(static_cast<std::uint8_t>(bytes[at]));
             }
-            EXPECT_EQ(replyOracle::received(reads, rawData_), replyOracle::expected(reads, rawData_))
-                << testing::PrintToString(reads) << (rawData_ ? " raw" : "");
+            EXPECT_EQ(replyOracle::received(reads, rawData), replyOracle::expected(reads, rawData))
+                << testing::PrintToString(reads) << (rawData ? " raw" : "");
         }
     }
-
-    Bytes bytes_;
-    std::size_t fixed_;
-    bool rawData_;
 };
 
 class EachBeginning : public testing::TestWithParam<std::string_view> {};
 
 TEST_P(EachBeginning, AgreesWithTheOracle) {
     for (const bool rawData : {false, true}) {
-        EachReply(bytesOf(GetParam()), rawData).tryAll(thinned ? 3 : 4);
+        EachReply{std::string(GetParam()), rawData}.tryAll(thinned ? 3 : 4);
     }
 }
 
@@ -73,7 +65,7 @@ TEST(ReplyArray, AgreesWithTheOracleWhereItsArrayEnds) {
     for (const bool rawData : {false, true}) {
         const std::size_t full = rawData ? 447 : 894; // characters after the response code
         for (const std::size_t length : {full - 2, full - 1, full}) {
-            EachReply(bytesOf("\00200000001010000" + std::string(length, '1')), rawData).tryAll(thinned ? 2 : 3);
+            EachReply{"\00200000001010000" + std::string(length, '1'), rawData}.tryAll(thinned ? 2 : 3);
         }
     }
 }

@@ -191,42 +191,38 @@ std::string write(const Fault& fault, int place, Lasting lasting, Micros period 
     return described(succeeded ? End::succeed : End::failed, striker.transmissions(), blocksIn(world));
 }
 
-struct Share {
-    const Fault& fault;
-    Lasting lasting;
-    int firstPlace;
-    int step;
-};
+// A row of the tests: a fault that strikes once or for good.
+class EachPlace : public testing::TestWithParam<int> {
+  protected:
+    const Fault& fault = faults[GetParam() / 2];
+    const Lasting lasting = GetParam() % 2 == 0 ? Lasting::once : Lasting::forGood;
 
-std::string rowName(const testing::TestParamInfo<Share>& share) {
-    return share.param.fault.name + std::string(share.param.lasting == Lasting::once ? "Once" : "ForGood");
-}
+    // At the ends of the places and at one in so many of the others.
+    void tryPlaces(int step) const {
+        const Outcome& outcome = lasting == Lasting::once ? fault.once : fault.forGood;
+        std::set<int> places{1, 2, 256, 257, lastPlace - 1, lastPlace};
+        for (int place = 1 + GetParam() % step; place <= lastPlace; place += step) {
+            places.insert(place);
+        }
+        for (const int place : places) {
+            ASSERT_EQ(write(fault, place, lasting), expected(outcome, place)) << "at " << place;
+        }
+    }
+};
 
 constexpr int rowCount = 2 * static_cast<int>(std::size(faults));
 
-std::vector<Share> shares(int step) {
-    std::vector<Share> shares;
-    for (const Fault& fault : faults) {
-        for (const Lasting lasting : {Lasting::once, Lasting::forGood}) {
-            shares.push_back({fault, lasting, 1 + static_cast<int>(shares.size()) % step, step});
-        }
-    }
-    return shares;
-}
-
-class EachPlace : public testing::TestWithParam<Share> {};
-
 TEST_P(EachPlace, EndsAsItsRowSays) {
-    const auto& [fault, lasting, firstPlace, step] = GetParam();
-    const Outcome& outcome = lasting == Lasting::once ? fault.once : fault.forGood;
-    std::set<int> places{1, 2, 256, 257, lastPlace - 1, lastPlace};
-    for (int place = firstPlace; place <= lastPlace; place += step) {
-        places.insert(place);
-    }
-    for (const int place : places) {
-        ASSERT_EQ(write(fault, place, lasting), expected(outcome, place)) << "at " << place;
-    }
+    tryPlaces(rowCount * (thinned ? 8 : 1));
 }
+
+TEST_P(EachPlace, DISABLED_Full) {
+    tryPlaces(1);
+}
+
+INSTANTIATE_TEST_SUITE_P(Sweep, EachPlace, testing::Range(0, rowCount), [](const auto& row) {
+    return faults[row.param / 2].name + std::string(row.param % 2 == 0 ? "Once" : "ForGood");
+});
 
 // A "C" that comes again counts as noise and begins the wait for the reply anew, so that the first block is not
 // sent again before the unit has given up.
@@ -235,35 +231,22 @@ TEST(Sweep, RepeatedStartBytesHoldBackTheFirstBlock) {
     EXPECT_EQ(write(lost, 1, Lasting::once, seconds(3)), expected(unheard, 1));
 }
 
-INSTANTIATE_TEST_SUITE_P(Share, EachPlace, testing::ValuesIn(shares(rowCount*(thinned ? 8 : 1))), rowName);
-INSTANTIATE_TEST_SUITE_P(DISABLED_Full, EachPlace, testing::ValuesIn(shares(1)), rowName);
+constexpr auto ofPort = [](World& world) -> OperationGate& { return world.port.operations(); };
+constexpr auto ofDisk = [](World& world) -> OperationGate& { return world.files.operations(); };
 
 // One operation of the port or of the disk fails, once or it and all behind it, from the start of the program on.
-struct OperationShare {
-    const char* name;
-    OperationGate& (*gate)(World&);
-    Lasting lasting;
-};
-
-constexpr auto portOf = [](World& world) -> OperationGate& { return world.port.operations(); };
-constexpr auto diskOf = [](World& world) -> OperationGate& { return world.files.operations(); };
-
-class EachOperation : public testing::TestWithParam<OperationShare> {
+class EachOperation : public testing::TestWithParam<std::tuple<OperationGate& (*)(World&), Lasting>> {
   protected:
-    // Whatever has failed, the operator can go on, and a box tells the truth.
-    static void check(Session& session) {
-        World& world = session.world;
-        EXPECT_TRUE(session.atRest());
-        const bool succeeded = !world.desktop.boxes().empty() && world.desktop.boxes().back().text == "Succeed";
-        EXPECT_TRUE(!succeeded || blocksIn(world) == blockCount);
-    }
-
-    static void loadAndWrite(Session& session) {
+    // Whatever has failed, the operator can go on, and a box tells the truth. True when that is "Succeed".
+    static bool loadAndWrite(Session& session) {
         session.press("cmdLoading");
         if (frmMain().cmdUpgrade.enabled) {
             session.press("cmdUpgrade");
         }
-        check(session);
+        EXPECT_TRUE(session.atRest());
+        const bool succeeded = session.boxes().ends_with("|Succeed|65>1\n");
+        EXPECT_TRUE(!succeeded || blocksIn(session.world) == blockCount);
+        return succeeded;
     }
 
     static void runWithFailure(std::int64_t number) {
@@ -271,7 +254,8 @@ class EachOperation : public testing::TestWithParam<OperationShare> {
         Session session;
         World& world = session.world;
         const Failure failure(failureNumber::portLost, "broken");
-        GetParam().gate(world).add(failNthOfAll(number, GetParam().lasting, failure));
+        const auto& [gate, lasting] = GetParam();
+        gate(world).add(failNthOfAll(number, lasting, failure));
         if (session.start() == RunEnd::programEnded) {
             return;
         }
@@ -280,10 +264,9 @@ class EachOperation : public testing::TestWithParam<OperationShare> {
             return;
         }
         loadAndWrite(session);
-        GetParam().gate(world).removeHooks();
-        loadAndWrite(session);
+        gate(world).removeHooks();
         const bool modelKnown = !run.ampTypeName.empty(); // else the write is refused
-        EXPECT_EQ(world.desktop.boxes().back().text == "Succeed", modelKnown);
+        EXPECT_EQ(loadAndWrite(session), modelKnown);
     }
 };
 
@@ -291,7 +274,7 @@ TEST_P(EachOperation, LeavesTheOperatorAWayOn) {
     Session session;
     session.load();
     session.press("cmdUpgrade");
-    const std::int64_t count = GetParam().gate(session.world).passed();
+    const std::int64_t count = std::get<0>(GetParam())(session.world).passed();
     const std::int64_t edge = 150; // start, checks and some blocks; some blocks and the end
     for (std::int64_t number = 1; number <= count && !HasFailure(); number += thinned ? 7 : 1) {
         if (number <= edge || number > count - edge) {
@@ -301,10 +284,7 @@ TEST_P(EachOperation, LeavesTheOperatorAWayOn) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sweep, EachOperation,
-                         testing::Values(OperationShare{"PortOnce", portOf, Lasting::once},
-                                         OperationShare{"PortForGood", portOf, Lasting::forGood},
-                                         OperationShare{"DiskOnce", diskOf, Lasting::once},
-                                         OperationShare{"DiskForGood", diskOf, Lasting::forGood}),
-                         [](const auto& share) { return share.param.name; });
+                         testing::Combine(testing::Values(ofPort, ofDisk),
+                                          testing::Values(Lasting::once, Lasting::forGood)));
 
 } // namespace
