@@ -118,7 +118,8 @@ TEST(StartUp, OffersThePortsUntilAUnitAnswers) {
     world.unit.options().answers = {{"0501", 0, {.resultCode = "2204"}}};
     EXPECT_EQ(trySet(3).first, notEffective3);                      // does not end the program here
     world.unit.options().answers = {{"0501", 1, {.silent = true}}}; // wakes up between the two tries
-    EXPECT_EQ(trySet(3).first, "");
+    world.port.socket(6).line = &world.line;
+    EXPECT_EQ(trySet(6).first, "");
     EXPECT_EQ(shown(session), "main");
     EXPECT_EQ(frmMain().lblTitle[0].caption, "QT-MVR");
 }
@@ -163,12 +164,14 @@ TEST(Identification, FillsTheRowsFromWhatTheUnitSays) {
              options.rawVersion = 31000;
          }),
          "QT-MVS|1.000|QT-KP42|2.301"},
-        {"above the range", unit([](auto& options) { options.rawVersion = 20000; }), "||QT-KP42|2.301"},
+        {"two bytes ahead of the version", answersWith("0101D4", {.data = "FFFF2B0E"}), "QT-MVR|1.022|QT-KP42|2.301"},
         {"unknown type key", unit([](auto& options) { options.typeKey = 'F'; }), "||QT-KP42|2.301"},
         {"short type reply", answersWith("0101D5", {.data = "000000"}), "||QT-KP42|2.301"},
         {"unknown interface unit", model("kp42 units"), "QT-MVR|1.022||"},
         {"key in another case", model("kp42 Unit"), "QT-MVR|1.022|QT-KP42|2.301"},
-        {"V as character 16", answersWith("0501", {.data = "KP42 UNIT      V12345678"}, 2), "QT-MVR|1.022||"},
+        {"V as character 16", answersWith("0501", {.data = "KP42 UNIT      V12345678"}, 2),
+         "QT-MVR|1.022|QT-KP42|123456"},
+        {"V within the model", model("V42"), "QT-MVR|1.022|QT-KP42|2.301"},
         {"long version", version("V1234567"), "QT-MVR|1.022|QT-KP42|123456"},
         {"no version", version("v2.301"), "QT-MVR|1.022|QT-KP42|"},
         {"V at the end", version("2.301V"), "QT-MVR|1.022|QT-KP42|"},
@@ -179,6 +182,8 @@ TEST(Identification, FillsTheRowsFromWhatTheUnitSays) {
     for (const Row& row : rows) {
         Session session;
         row.prepare(session.world);
+        session.world.files.put(typeIni, session.world.files.find(typeIni)->content +
+                                             "[IFU_TYPE]\nV42=K42\nKP42 UNIT      V=K42\n");
         session.start();
         const auto& [title, number] = std::tie(frmMain().lblTitle, frmMain().lblVersion);
         EXPECT_EQ(title[0].caption + '|' + number[0].caption + '|' + title[1].caption + '|' + number[1].caption,
