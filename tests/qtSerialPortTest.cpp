@@ -9,6 +9,7 @@
 
 #include <QCoreApplication>
 
+#include <asm/ioctls.h>
 #include <cstdarg>
 #include <ctime>
 #include <filesystem>
@@ -16,7 +17,6 @@
 #include <linux/serial.h>
 #include <numeric>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <sys/syscall.h>
 #include <utility>
 
