@@ -199,7 +199,7 @@ TEST(StartUp, WouldRefuseAUnitInJapanese) {
     frmMain().optLanguage[0].value = 1;
     frmMain().optLanguage[1].value = 0;
     session.world.unit.options().sensorCount = 2;
-    EXPECT_EQ(session.world.desktop.run(StartUpWindow::subIdentifyUnit), RunEnd::programEnded);
+    ASSERT_EQ(session.world.desktop.run(StartUpWindow::subIdentifyUnit), RunEnd::programEnded);
     EXPECT_EQ(session.world.desktop.boxes().back().style, boxStyle::question);
 }
 
