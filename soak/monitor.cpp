@@ -255,7 +255,7 @@ void Monitor::eventRan() {
 
 // Without CommTimer nothing goes on by itself, so the operator must be able to.
 void Monitor::checkRest(const FrmMain& form) {
-    const std::array<std::pair<bool, const char*>, 7> demands{{
+    const std::array<std::pair<bool, const char*>, 8> demands{{
         {form.enabled, "the main window is left disabled"},
         {form.mousePointer != MousePointer::hourglass, "the pointer is left at the hourglass"},
         {!frmWaitLoaded(), "the progress dialog is left behind"},
