@@ -193,6 +193,29 @@ TEST_F(QtDesktopTest, ABoxShowsItsTextAsItIsAndGivesTheAnswer) {
     EXPECT_EQ(desktop_.msgBox("text", boxStyle::okCancel, "title"), boxAnswer::cancel);
 }
 
+TEST_F(QtDesktopTest, ABarIsPaintedNoOftenerThanAScreenShowsAndReachesItsLastValue) {
+    struct Paints : QObject {
+        int count = 0;
+        bool eventFilter(QObject*, QEvent* event) override {
+            count += event->type() == QEvent::Paint ? 1 : 0;
+            return false;
+        }
+    } paints;
+    auto* bar = find<QProgressBar>(form_.bar);
+    bar->installEventFilter(&paints);
+    form_.bar.max = 2000;
+    const std::int64_t start = desktop_.timeGetTime();
+    for (form_.bar.value = 0; form_.bar.value < form_.bar.max; ++form_.bar.value) { // as on a line without delay
+        desktop_.doEvents();
+    }
+    EXPECT_LE(paints.count, (desktop_.timeGetTime() - start) / 16 + 2);
+    const std::int64_t patience = desktop_.timeGetTime() + 1000;
+    while (bar->value() < bar->maximum() && desktop_.timeGetTime() < patience) {
+        desktop_.waitForEvents(patience);
+    }
+    EXPECT_EQ(bar->value(), bar->maximum());
+}
+
 TEST_F(QtDesktopTest, TimersTickAlsoWithinTheirOwnTickAndNotAtAnIntervalOfNone) {
     int ticks = 0;
     int depth = 0;

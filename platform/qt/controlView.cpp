@@ -22,6 +22,9 @@ namespace {
 
 constexpr int barSteps = 500; // of a progress bar, about a pixel each: screen readers hear of every one
 
+// A bar is shown no more often than a screen can: a fast line moves it twenty times as often.
+constexpr Micros screenTime = 16'000;
+
 // What a widget shows of its control, in two parts: what hardly ever changes, and what does.
 auto looks(const Control& control) {
     return std::tie(control.place, control.caption, control.accessibleName, control.font, control.textColour,
@@ -129,9 +132,13 @@ bool ControlView::sync() {
     if (widget_ == nullptr || (!newLooks && state(*shown_) == state(*control_))) {
         return false;
     }
+    const Micros now = clockMicros();
     if (newLooks) { // many calls, and the toolkit paints the widget anew
         showLooks();
+    } else if (control_->kind == ControlKind::progressBar && now < shownAt_ + screenTime) {
+        return false; // the next look will do
     }
+    shownAt_ = shown_ ? now : 0;
     showItems();
     showValue();
     widget_->setVisible(control_->visible);

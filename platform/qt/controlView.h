@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/form.h"
+#include "platform/qt/clock.h"
 
 #include <QWidget>
 
@@ -40,6 +41,7 @@ class ControlView {
     Control* control_;
     QWidget* widget_ = nullptr; // owned by its parent
     std::optional<Control> shown_;
+    Micros shownAt_ = 0; // when it was changed last
 };
 
 } // namespace platform
