@@ -338,6 +338,8 @@ TEST_F(Poll, StoresNoPieceAtAWrongPlace) {
     const Bytes b3 = block(3, 'c');
     const Bytes head = part(b2, 0, 50);
     const Bytes rest = part(b2, 50, 132);
+    const Bytes cut128 = part(b2, 0, 128);
+    const Bytes rest128 = part(b2, 128, 132);
     const Bytes most = part(b2, 0, 131); // all but the checksum
     const Bytes check = part(b2, 131, 132);
     const Bytes begun = check + part(b3, 0, 2);
@@ -352,8 +354,9 @@ TEST_F(Poll, StoresNoPieceAtAWrongPlace) {
         {"in three pieces", {{part(b2, 0, 1), 6}, {part(b2, 1, 50), 6}, {rest, 6}, {b2, 1}}, "ab", false},
         {"a piece, noise late, no block", {{head, 6}, {{'n'}, 6, late}, {{0x06}, 2, late}}, "a", true},
         {"a piece, then EOT late", {{head, 6}, {{0x04}, 4, late}}, "a", true},
-        {"cut at 128, the rest ahead of the next", {{part(b2, 0, 128), 1}, {part(b2, 128, 132) + b3, 1}}, "abc", true},
-        {"cut at 128, the rest lost, the next late", {{part(b2, 0, 128), 1}, {b3, 1, late}}, "abc", true},
+        {"cut at 128, the rest ahead of the next", {{cut128, 1}, {rest128 + b3, 1}}, "abc", true},
+        {"cut at 128, the longest rest", {{cut128, 1}, {rest128 + Bytes{'q'} + b3, 1}}, "abc", true},
+        {"cut at 128, the rest lost, the next late", {{cut128, 1}, {b3, 1, late}}, "abc", true},
         {"the checksum ahead of the next", {{most, 1}, {check + b3, 1}}, "abc", false},
         {"the checksum alone", {{most, 1}, {check, 6}, {b3, 1}}, "abc", false},
         {"the checksum lost, then EOT", {{most, 1}, {{0x04}, 4}}, "ab", false},
