@@ -205,7 +205,7 @@ bool FormWindow::event(QEvent* event) {
     const bool handled = QWidget::event(event);
     if (event->type() == QEvent::UpdateRequest) {
         changed_ = false;
-    } else if (event->type() == QEvent::ApplicationPaletteChange) {
+    } else if (event->type() == QEvent::ApplicationPaletteChange && form_ != nullptr) {
         for (const auto& view : views_) {
             view->showColours();
         }
