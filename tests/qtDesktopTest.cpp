@@ -1,9 +1,8 @@
 // The real desktop, on the toolkit's offscreen screen: a form of every kind of control, worked by mouse and keyboard.
-#include "platform/qt/qtDesktop.h"
-
 #include "platform/qt/instanceLock.h"
 #include "tests/failureOf.h"
 #include "tests/otherProcess.h"
+#include "tests/realDesktop.h"
 #include "tests/testForm.h"
 
 #include <QComboBox>
@@ -24,20 +23,7 @@
 
 using namespace platform;
 
-// What the font library keeps for itself is no leak of ours.
-extern "C" const char* __lsan_default_suppressions() { // NOLINT(bugprone-reserved-identifier): the sanitizer's name
-    return "leak:libfontconfig";
-}
-
 namespace {
-
-QtDesktop& theDesktop() {
-    static QtDesktop* const desktop = [] {
-        ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        return new QtDesktop; // for the rest of the process, as in the program
-    }();
-    return *desktop;
-}
 
 class QtDesktopTest : public testing::Test {
   protected:

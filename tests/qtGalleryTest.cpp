@@ -1,6 +1,7 @@
 // The program's own windows on the toolkit's offscreen screen: what each shows uncut and readable under any theme, says
 // to a screen reader and reaches by the Tab key.
 #include "gallery/scenes.h"
+#include "tests/realDesktop.h"
 
 #include <QAbstractButton>
 #include <QAccessible>
@@ -9,7 +10,6 @@
 #include <QTest>
 
 #include <cmath>
-#include <cstdlib>
 #include <gtest/gtest.h>
 
 using gallery::Language;
@@ -86,9 +86,7 @@ void expectLegible(const QWidget& window) {
 }
 
 TEST(Windows, AreLegibleReachableAndSpoken) {
-    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    auto& desktop = *new platform::QtDesktop; // for the rest of the process, as in the program
-    platform::setDesktop(&desktop);
+    platform::setDesktop(&theDesktop());
     const QPalette lightTheme = QApplication::palette();
     struct Row {
         Language language;
@@ -121,7 +119,7 @@ TEST(Windows, AreLegibleReachableAndSpoken) {
     };
     for (const Language language : {Language::english, Language::japanese}) {
         std::size_t scenes = 0;
-        gallery::showAll(desktop, language, [&](const std::string& scene, QWidget& window) {
+        gallery::showAll(theDesktop(), language, [&](const std::string& scene, QWidget& window) {
             ++scenes;
             if (scene.ends_with("dialog")) { // wholly the toolkit's own
                 return;
