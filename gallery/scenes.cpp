@@ -134,7 +134,7 @@ void showTransfer(const Walk& walk) {
     lookAt(walk, "main-window-disabled", frmMain());
     FrmWait& form = frmWait();
     form.prbComm.max = imageSize;
-    form.prbComm.value = imageSize / 3;
+    form.prbComm.value = 0.34 * imageSize;
     walk.desktop.show(form);
     lookAt(walk, "progress", form);
     unloadFrmWait();
@@ -197,7 +197,6 @@ QPalette darkPalette() {
     palette.setColor(QPalette::Window, QColor(45, 45, 45));
     palette.setColor(QPalette::Button, QColor(60, 60, 60));
     palette.setColor(QPalette::Base, QColor(30, 30, 30));
-    palette.setColor(QPalette::PlaceholderText, QColor(light.red(), light.green(), light.blue(), 128));
     palette.setColor(QPalette::Highlight, QColor(42, 130, 218));
     return palette;
 }

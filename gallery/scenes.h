@@ -21,7 +21,7 @@ using Look = std::function<void(const std::string& scene, QWidget& window)>;
 // that needs a unit; nothing is loaded afterwards.
 void showAll(platform::QtDesktop& desktop, Language language, const Look& look);
 
-// The colours of a dark desktop.
+// The colours of a dark desktop, which names no more of them than most do.
 QPalette darkPalette();
 
 } // namespace gallery

@@ -29,9 +29,13 @@ QFont fontOf(const Font& font) {
 
 QColor colourOf(const Colour& colour) {
     const QPalette desktop = QApplication::palette();
+    const QColor text = desktop.color(QPalette::Active, QPalette::WindowText);
     switch (colour.source) {
-    case Colour::Source::windowText: return desktop.color(QPalette::Active, QPalette::WindowText);
-    case Colour::Source::greyText: return desktop.color(QPalette::Active, QPalette::PlaceholderText); // still readable
+    case Colour::Source::windowText: return text;
+    case Colour::Source::greyText: { // half of it: still readable, which a theme's own grey need not be
+        constexpr int half = 128;
+        return {text.red(), text.green(), text.blue(), half};
+    }
     case Colour::Source::buttonFace: return desktop.color(QPalette::Active, QPalette::Window);
     case Colour::Source::fixed: break;
     }
