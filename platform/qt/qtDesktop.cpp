@@ -37,6 +37,7 @@ QtDesktop::QtDesktop()
     std::setlocale(LC_MESSAGES, "C");
     QCoreApplication::setApplicationName(program::name);
     QCoreApplication::setApplicationVersion(QString("%1.%2").arg(program::major).arg(program::minor));
+    QGuiApplication::setDesktopFileName("tarnbeacon"); // whose icon a desktop shows that takes none from the window
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QFont::insertSubstitutions("ＭＳ Ｐゴシック", {"IPAPGothic", "VL PGothic", "Noto Sans CJK JP"});
     QApplication::setStyle(QStyleFactory::create("Fusion")); // the places of the controls fit its widgets
