@@ -104,7 +104,7 @@ void FormWindow::setTabOrder() {
 }
 
 void FormWindow::sync() {
-    if (form_ == nullptr) {
+    if (form_ == nullptr || (!form_->visible && !isVisible())) { // what is not up shows nothing
         return;
     }
     bool controlsChanged = false;

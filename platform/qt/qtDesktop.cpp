@@ -82,7 +82,6 @@ void QtDesktop::doEvents() {
         sync();
         QCoreApplication::processEvents(QEventLoop::AllEvents, longest);
     } while (windowComingUp());
-    sync();
     paintChanges();
 }
 
@@ -90,8 +89,9 @@ void QtDesktop::doEvents() {
 // takes. Window events wait for it 20 ms at most, which no one sees.
 void QtDesktop::waitForEvents(std::int64_t until) {
     constexpr Micros glance = 20'000;
-    sync();
+    timers_.sync();
     if (!port_.waitForNews(std::min({microsOf(until), timers_.due(), clockMicros() + glance}))) {
+        sync();
         QCoreApplication::processEvents(QEventLoop::AllEvents);
         timers_.tickDue();
     }

@@ -263,8 +263,11 @@ void QtSerialPort::send() {
 }
 
 std::int16_t QtSerialPort::countReceived() {
+    const bool fetched = !newsDue_ && !received_.empty(); // by the wait that has told of it
     use();
-    fetch();
+    if (!fetched) {
+        fetch();
+    }
     if (lost_ && received_.empty()) {
         raiseLost();
     }
@@ -340,9 +343,9 @@ bool QtSerialPort::tellNews() {
 }
 
 bool QtSerialPort::waitForNews(Micros until) {
-    for (bool news = hasNews();; news = tellNews()) {
-        if (news || clockMicros() >= until) {
-            return news;
+    for (bool late = false; !tellNews(); late = clockMicros() >= until) {
+        if (late) {
+            return false;
         }
         const bool there = open_ && !lost_;
         const short events = static_cast<short>(unsent_.empty() ? POLLIN : POLLIN | POLLOUT);
@@ -353,6 +356,7 @@ bool QtSerialPort::waitForNews(Micros until) {
             send();
         }
     }
+    return true;
 }
 
 } // namespace platform
