@@ -1,4 +1,5 @@
-# Sourced by run and the checks of the package: the demo's folder, the simulated unit, the program, and what is left to see afterwards.
+# Sourced by what runs the program against a simulated unit: the demo's folder, the unit, the program, and what is left
+# to see afterwards.
 # shellcheck shell=bash
 
 # The unit takes this long for each block, so that the bar can be watched: some 10 seconds for an image. A real unit
@@ -6,8 +7,10 @@
 readonly packetDelay=4
 # And this long for a reply, so that the start-up picture can be seen.
 readonly replyDelay=300
-# Of the main window.
-readonly mainTitle="TarnBeacon ver1.003"
+# Of the main window, with the version that CMakeLists.txt names.
+mainTitle="$(sed -n 's/^project(TarnBeacon VERSION \([0-9]*\)\.\([0-9]*\) .*/\1 \2/p' "$root/CMakeLists.txt" |
+    xargs printf 'TarnBeacon ver%d.%03d')"
+readonly mainTitle
 
 # Makes the folder with the program, its two INI files and a firmware file for the unit.
 prepareDemo() { # preset, name of the folder if it shall have another

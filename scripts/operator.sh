@@ -1,4 +1,4 @@
-# Sourced by run: what the scripted operator does in every job. Places are those of the forms, in twips.
+# Sourced by what has a scripted operator: what this one does in every job. Places are those of the forms, in twips.
 # shellcheck shell=bash
 
 readonly lblVersion0=(2040 480 1455 255)

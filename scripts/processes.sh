@@ -1,4 +1,4 @@
-# Sourced by run: starts processes and ends every one of them, by its id, when the script ends.
+# Sourced by commands that start processes: stopAllProcesses, for their way out, ends every one of them by its id.
 # shellcheck shell=bash
 
 startedProcesses=()

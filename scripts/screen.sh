@@ -1,4 +1,4 @@
-# Sourced by run: a virtual display, and the hands and eyes of an operator on it.
+# Sourced by commands that need a screen: a virtual display, and the hands and eyes of an operator on it.
 # shellcheck shell=bash
 
 # A pixel is 15 twips; the window positions below are those of the forms.
@@ -86,7 +86,7 @@ enterText() { # window, text
 
 screenshotCount=0
 
-# Saves what the screen shows, once it has been painted, under the next number and a name.
+# Saves what the screen shows, once it has been painted, under the next number and a name in the folder $screenshots.
 screenshot() { # name
     sleep 0.3
     import -window root "$screenshots/$((++screenshotCount))-$1.png"

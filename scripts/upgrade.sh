@@ -1,4 +1,5 @@
-# Sourced by run: the main job. A firmware file is loaded and written into the unit, and the program is ended.
+# Sourced by run and scripts/tryPackage: the main job. A firmware file is loaded and written into the unit, and the
+# program is ended.
 # shellcheck shell=bash
 
 # By the person at the screen.
