@@ -126,8 +126,8 @@ bool exchange() {
     constexpr int times = 3000;
     Micros asleep = 0;
     Micros polling = 0;
-    for (int count = 0; count < times;
-         ++count) { // turn by turn, or what else the machine does would fall on one of them
+    // Turn by turn, or what else the machine does would fall on one of them.
+    for (int count = 0; count < times; ++count) {
         const Micros start = clockMicros();
         const bool good = CommonComm::fncExchange("0501", true, 5000) == "0000";
         const Micros middle = clockMicros();

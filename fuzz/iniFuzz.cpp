@@ -1,5 +1,5 @@
-// The INI reader, the list and the model lookups. The first line of an input is the key that is looked up, the second one
-// a raw version; what follows is the text of both INI files.
+// The INI reader, the list and the model lookups. The first line of an input is the key that is looked up, the second
+// one a raw version; what follows is the text of both INI files.
 #include "app/program.h"
 #include "common/profile.h"
 #include "common/variables.h"
@@ -27,7 +27,8 @@ bool continuesCharacter(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-// A value is the beginning of what stands in the file, shorter by no more than the rest of one character where it is cut.
+// A value is the beginning of what stands in the file; where it is cut, no more than the rest of one character is lost
+// below the limit.
 void checkCut(const std::string& value, const std::string& whole) {
     check(whole.starts_with(value), "a value is the beginning of what the file has");
     check(value.size() <= profileValueLimit, "a value keeps its limit");
@@ -55,8 +56,8 @@ std::vector<std::string> itemsOf(std::string list) {
     return items;
 }
 
-// The value as the program sees it; nothing when it is cut.
-std::optional<std::string> cleanedValue(const Entries& entries, const std::string& section, const std::string& key) {
+// The value as the program takes it; nothing when it is cut.
+std::optional<std::string> uncutValue(const Entries& entries, const std::string& section, const std::string& key) {
     const std::string whole = valueOf(entries, section, key);
     return whole.size() > profileValueLimit ? std::nullopt : std::optional(cleaned(whole));
 }
@@ -77,7 +78,7 @@ void checkList(std::string list) {
 }
 
 void checkAmplifier(const Entries& entries, const std::string& key, std::int32_t rawVersion) {
-    const auto value = cleanedValue(entries, "AMP_TYPE", key);
+    const auto value = uncutValue(entries, "AMP_TYPE", key);
     std::string typeName = "before";
     std::int32_t version = -1;
     try {
@@ -100,10 +101,10 @@ void checkAmplifier(const Entries& entries, const std::string& key, std::int32_t
 }
 
 void checkInterfaceUnit(const Entries& entries, const std::string& key) {
-    const auto unitKey = cleanedValue(entries, "IFU_TYPE", key);
+    const auto unitKey = uncutValue(entries, "IFU_TYPE", key);
     const std::string model = Common::fncGetIfuType(key, "IFU_TYPE");
     if (unitKey) {
-        const auto expected = unitKey->empty() ? unitKey : cleanedValue(entries, "IFU_DEFINE", itemsOf(*unitKey)[0]);
+        const auto expected = unitKey->empty() ? unitKey : uncutValue(entries, "IFU_DEFINE", itemsOf(*unitKey)[0]);
         check(!expected || model == *expected, "an interface unit gets its model");
     }
 }

@@ -18,12 +18,12 @@ constexpr const char* formatTest = "形式認識テストです　書込み処�
 } // namespace messageText
 
 // Shows the text of `id`, moved to the English row when English is selected and `id` stands in the Japanese half, under
-// the title "Tarn Beacon". `msg1` goes in front of the texts 2002 and 2003, after the text 2004 and into the text
-// 3031. Gives 1 for OK, 2 for Cancel; 0 after a failure of its own, which it has shown in a box.
+// the title "Tarn Beacon". `msg1` goes in front of receiveTimeout and shutDownByCancel, after applicationError and into
+// portNotEffective1. Gives 1 for OK, 2 for Cancel; 0 after a failure of its own, which it has shown in a box.
 int fncMsgBox(std::int32_t id, std::int32_t style, const std::string& msg1 = {});
 
-// Shows the failure in flight (text 2004 and its description, nothing after it when there is none). A failure that no
-// operation of the platform raises counts as unexpected, and ends the program after its box.
+// Shows the failure in flight: applicationError and its description, nothing after it when there is none. A failure
+// that no operation of the platform raises counts as unexpected, and ends the program after its box.
 void subReportError();
 
 // The failure in flight, of any kind; number 0 and no text when there is none.

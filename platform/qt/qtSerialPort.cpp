@@ -24,6 +24,7 @@ namespace platform {
 namespace {
 
 constexpr const char* deviceGone = "the device has gone away";
+
 std::string causeText(int systemError) {
     return std::generic_category().message(systemError);
 }
