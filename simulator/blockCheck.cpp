@@ -6,6 +6,7 @@
 #include <numeric>
 
 namespace simulator {
+
 namespace {
 
 constexpr std::array<std::uint16_t, 256> makeCrcTable() {

@@ -1,6 +1,7 @@
 #include "simulator/frame.h"
 
 namespace simulator {
+
 namespace {
 
 constexpr std::size_t longestText = 256;

@@ -4,6 +4,7 @@
 #include <random>
 
 namespace simulator {
+
 namespace {
 
 constexpr std::size_t leadOffset = 0x3BF00;
@@ -28,7 +29,7 @@ Bytes makeSampleImage(const SampleImage& sample) {
     putText(image, leadOffset, leadLength, sample.leadText, ' ');
     image[versionOffset] = static_cast<std::uint8_t>(sample.rawVersion);
     image[versionOffset + 1] = static_cast<std::uint8_t>(sample.rawVersion >> 8);
-    putText(image, typeTextOffset, typeTextLength, sample.typeText, sample.zeroFilled ? '\0' : ' ');
+    putText(image, typeTextOffset, typeTextLength, sample.typeText, '\0');
     return image;
 }
 

@@ -11,10 +11,9 @@ inline constexpr std::size_t typeTextOffset = 0x3BF10;
 inline constexpr std::size_t typeTextLength = 16;
 
 struct SampleImage {
-    std::string typeText = "AMPFIRM"; // up to 16 characters
+    std::string typeText = "AMPFIRM"; // up to 16 characters; zero bytes fill it up
     std::uint16_t rawVersion = 11046;
     std::string leadText = "TARN0"; // up to 5 characters, at the head of the identification block
-    bool zeroFilled = true;         // what fills the type text up: zero bytes, else blanks
     std::uint32_t seed = 1;         // of the bytes that stand for the firmware; the same seed gives the same bytes
 };
 

@@ -1,10 +1,12 @@
 #include "simulator/unit.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <utility>
 
 namespace simulator {
+
 namespace {
 
 constexpr std::string_view amplifierField = "01";

@@ -8,7 +8,6 @@
 #include "simulator/xmodemReceiver.h"
 #include "simulator/xmodemSender.h"
 
-#include <array>
 #include <optional>
 #include <span>
 #include <string>

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 namespace simulator {
+
 namespace {
 
 constexpr std::array<std::uint8_t, 1> ackAnswer{ack};

@@ -109,8 +109,8 @@ void FaultInjector::switchOn(Running& running) {
     }
     count(running.fault);
     switch (running.fault.kind) {
-    case FaultKind::earlyAnswer:
-    case FaultKind::noiseFlood: hitLine(running); break;
+    case FaultKind::earlyAnswer: answerEarly(running); break;
+    case FaultKind::noiseFlood: floodLine(running); break;
     case FaultKind::portFailsOnce: hitPort(running, Lasting::once); break;
     case FaultKind::portFailsForGood: hitPort(running, Lasting::forGood); break;
     case FaultKind::adapterPulled: pullAdapter(running, false); break;
@@ -153,10 +153,6 @@ void FaultInjector::stirOperator(Running& running, std::int64_t deeds) {
         moment += milliseconds(running.random.spread(1, 10'000));
         world_.desktop.schedule(moment, [this, close] { act(close); });
     }
-}
-
-void FaultInjector::hitLine(Running& running) {
-    running.fault.kind == FaultKind::noiseFlood ? floodLine(running) : answerEarly(running);
 }
 
 void FaultInjector::answerEarly(Running& running) {

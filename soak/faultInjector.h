@@ -54,7 +54,6 @@ class FaultInjector {
     void switchOff(const Running& running);
     void wakeUnit();
     void stirOperator(Running& running, std::int64_t deeds);
-    void hitLine(Running& running);
     void hitUnit(Running& running);
     void hitPort(Running& running, platform::Lasting lasting);
     void hitDisk(Running& running, platform::Lasting lasting);

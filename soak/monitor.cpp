@@ -9,7 +9,7 @@ namespace soak {
 
 using platform::Box;
 using platform::Direction;
-using platform::FormEvent;
+using platform::FormChange;
 using platform::MousePointer;
 using platform::Passage;
 using simulator::milliseconds;
@@ -169,10 +169,10 @@ void Monitor::signOfLife(Micros until) {
 
 // Windows.
 
-void Monitor::formChanges(const platform::Form& form, FormEvent::What what) {
+void Monitor::formChanges(const platform::Form& form, FormChange change) {
     constexpr std::array<std::string_view, 4> changes{" loaded", " shown", " hidden", " unloaded"};
-    log_.note(form.name + std::string(changes[static_cast<std::size_t>(what)]));
-    if (form.name == "frmMain" && what == FormEvent::What::shown && !operation_) {
+    log_.note(form.name + std::string(changes[static_cast<std::size_t>(change)]));
+    if (form.name == "frmMain" && change == FormChange::shown && !operation_) {
         order_.rest(); // the hand-over
     }
 }

@@ -40,7 +40,7 @@ class Monitor {
     void strayBytes(Micros until);
     void portFailed() { portFailed_ = true; }
 
-    void formChanges(const platform::Form& form, platform::FormEvent::What what);
+    void formChanges(const platform::Form& form, platform::FormChange change);
     void deedBegins(const platform::Deed& deed); // one that is possible
     void eventRan();
     void ranTo(platform::RunEnd end);

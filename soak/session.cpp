@@ -10,7 +10,7 @@ namespace soak {
 using platform::AskedFile;
 using platform::Box;
 using platform::Deed;
-using platform::FormEvent;
+using platform::FormChange;
 using platform::Passage;
 using platform::World;
 
@@ -103,9 +103,9 @@ void Session::bindWorld() {
     };
     desktop.chooseFile = [this](const AskedFile& asked) { return fileFor(asked); };
     desktop.eventRan = [this] { monitor_.eventRan(); };
-    desktop.formChanges = [this](platform::Form& form, FormEvent::What what) {
+    desktop.formChanges = [this](platform::Form& form, FormChange change) {
         showHidden(form);
-        monitor_.formChanges(form, what);
+        monitor_.formChanges(form, change);
     };
 }
 

@@ -28,11 +28,6 @@ struct AskedFile {
 };
 
 // What the program did with a window.
-struct FormEvent {
-    enum class What { loaded, shown, hidden, unloaded };
-    std::string form;
-    What what = What::loaded;
-    Micros at = 0;
-};
+enum class FormChange { loaded, shown, hidden, unloaded };
 
 } // namespace platform

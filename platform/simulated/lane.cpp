@@ -3,6 +3,7 @@
 #include <algorithm>
 
 namespace platform {
+
 namespace {
 
 constexpr Micros bitsOfByte = 10; // start bit, eight data bits, stop bit

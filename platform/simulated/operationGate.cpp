@@ -1,6 +1,7 @@
 #include "platform/simulated/operationGate.h"
 
 namespace platform {
+
 namespace {
 
 bool hit(std::int64_t count, std::int64_t n, Lasting lasting) {
@@ -8,15 +9,6 @@ bool hit(std::int64_t count, std::int64_t n, Lasting lasting) {
 }
 
 } // namespace
-
-std::string_view operationName(Operation operation) {
-    static constexpr std::array<std::string_view, operationCount> names{
-        "choosePort",  "setSettings",  "openPort",  "closePort",     "setBufferSizes", "countReceived", "clearReceived",
-        "clearUnsent", "setReadLimit", "readPort",  "writePort",     "fileExists",     "fileLength",    "openFile",
-        "readFile",    "writeFile",    "closeFile", "readWholeFile", "appendLine",
-    };
-    return names[static_cast<std::size_t>(operation)];
-}
 
 void OperationGate::pass(Operation operation) {
     const OperationCall call{operation, ++counts_[static_cast<std::size_t>(operation)], ++passed_, clock_.now()};

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <functional>
-#include <string_view>
 #include <vector>
 
 namespace platform {
@@ -33,8 +32,6 @@ enum class Operation {
     appendLine,
 };
 constexpr std::size_t operationCount = static_cast<std::size_t>(Operation::appendLine) + 1;
-
-std::string_view operationName(Operation operation);
 
 // An operation about to be carried out. Both counts begin at 1.
 struct OperationCall {

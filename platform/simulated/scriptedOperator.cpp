@@ -3,6 +3,7 @@
 #include <algorithm>
 
 namespace platform {
+
 namespace {
 
 Control* find(const Form& form, std::string_view name, int index) {

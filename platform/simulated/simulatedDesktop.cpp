@@ -9,6 +9,7 @@
 #include <exception>
 
 namespace platform {
+
 namespace {
 
 constexpr int deepestNesting = 50;
@@ -235,14 +236,13 @@ Form* SimulatedDesktop::form(std::string_view name) const {
 }
 
 // Notes what the program does with a form that it must have loaded.
-void SimulatedDesktop::require(Form& form, FormEvent::What what) {
+void SimulatedDesktop::require(Form& form, FormChange change) {
     enter();
-    formEvents_.push_back({form.name, what, clock_.now()});
     if (std::ranges::find(forms_, &form) == forms_.end()) {
         violations_.push_back(form.name + " is shown, hidden or unloaded and was not loaded");
     }
     if (formChanges) {
-        formChanges(form, what);
+        formChanges(form, change);
     }
 }
 
@@ -251,22 +251,22 @@ void SimulatedDesktop::load(Form& form) {
         violations_.push_back(form.name + " is loaded twice");
     }
     forms_.push_back(&form);
-    require(form, FormEvent::What::loaded);
+    require(form, FormChange::loaded);
     timers_.add(form);
 }
 
 void SimulatedDesktop::show(Form& form) {
-    require(form, FormEvent::What::shown);
+    require(form, FormChange::shown);
     form.visible = true;
 }
 
 void SimulatedDesktop::hide(Form& form) {
-    require(form, FormEvent::What::hidden);
+    require(form, FormChange::hidden);
     form.visible = false;
 }
 
 void SimulatedDesktop::unload(Form& form) {
-    require(form, FormEvent::What::unloaded);
+    require(form, FormChange::unloaded);
     form.visible = false;
     timers_.remove(form);
     std::erase(forms_, &form);

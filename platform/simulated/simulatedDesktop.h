@@ -51,13 +51,12 @@ class SimulatedDesktop : public Desktop {
 
     // For those who watch. The first is called when the program has loaded a form and before it does anything else with
     // one, the second after every window event that ran inside no other.
-    std::function<void(Form&, FormEvent::What)> formChanges;
+    std::function<void(Form&, FormChange)> formChanges;
     std::function<void()> eventRan;
 
     // What has happened so far.
     const std::deque<Box>& boxes() const { return boxes_; }
     const std::deque<AskedFile>& askedFiles() const { return askedFiles_; }
-    const std::vector<FormEvent>& formEvents() const { return formEvents_; }
     // Failures that left an event's handler, and uses of the desktop that no real one would bear.
     const std::vector<std::string>& violations() const { return violations_; }
     bool modalStands() const { return modalDepth_ > 0; }
@@ -101,7 +100,7 @@ class SimulatedDesktop : public Desktop {
     void moveTo(Micros moment);
     void react();
     void askForFile(FileDialog& dialog, bool save);
-    void require(Form& form, FormEvent::What what);
+    void require(Form& form, FormChange change);
 
     VirtualClock& clock_;
     SimulatedPort& port_;
@@ -111,7 +110,6 @@ class SimulatedDesktop : public Desktop {
     std::multimap<Micros, Handler> scheduled_;
     std::deque<Box> boxes_;
     std::deque<AskedFile> askedFiles_;
-    std::vector<FormEvent> formEvents_;
     std::vector<std::string> violations_;
     int modalDepth_ = 0;
     int eventDepth_ = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 namespace platform {
+
 namespace {
 
 [[noreturn]] void fail(int number, const std::string& path, const std::string& cause) {

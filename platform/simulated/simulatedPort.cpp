@@ -4,6 +4,7 @@
 #include <limits>
 
 namespace platform {
+
 namespace {
 
 constexpr const char* onlySettings = "38400,n,8,1"; // what the unit at the other end understands

@@ -1,6 +1,7 @@
 #include "platform/simulated/virtualClock.h"
 
 namespace platform {
+
 namespace {
 
 constexpr int mostLooks = 100'000;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 namespace platform {
+
 namespace {
 
 Micros intervalOf(const Timer& timer) {
@@ -17,8 +18,8 @@ Micros firstTick(const Timer& timer, Micros now) {
 
 void WindowTimers::add(Form& form) {
     for (Timer* timer : form.timers) {
-        running_.push_back({&form, timer, timer->settings(), noMoment});
-        running_.back().settings = ~timer->settings(); // so that the next look takes it up
+        const std::uint64_t neverSeen = ~timer->settings(); // so that the next look takes it up
+        running_.push_back({&form, timer, neverSeen, noMoment});
     }
 }
 

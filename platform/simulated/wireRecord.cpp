@@ -8,6 +8,7 @@
 #include <string_view>
 
 namespace platform {
+
 namespace {
 
 constexpr std::size_t longestShown = 48;

@@ -1,6 +1,7 @@
 #include "platform/simulated/world.h"
 
 namespace platform {
+
 namespace {
 
 constexpr const char* typeIni = "[AMP_TYPE]\r\n"

@@ -4,8 +4,6 @@
 #include "platform/simulated/scriptedOperator.h"
 #include "simulator/sampleImage.h"
 
-#include <string>
-
 namespace platform {
 
 struct WorldOptions {

@@ -13,6 +13,7 @@
 #include <time.h>
 
 namespace simulator {
+
 namespace {
 
 constexpr Micros bitsPerByte = 10; // start, eight data, stop

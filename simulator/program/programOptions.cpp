@@ -9,6 +9,7 @@
 #include <string>
 
 namespace simulator {
+
 namespace {
 
 [[noreturn]] void refuse(std::string_view option, std::string_view value) {

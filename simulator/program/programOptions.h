@@ -4,7 +4,6 @@
 #include "simulator/unitOptions.h"
 
 #include <filesystem>
-#include <optional>
 #include <string_view>
 
 namespace simulator {

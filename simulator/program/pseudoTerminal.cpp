@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 namespace simulator {
+
 namespace {
 
 template <typename Number>
