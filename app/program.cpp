@@ -9,6 +9,8 @@
 #include "ui/messages.h"
 #include "ui/resourceSetting.h"
 
+#include <functional>
+
 namespace program {
 
 namespace {

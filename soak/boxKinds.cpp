@@ -3,7 +3,6 @@
 #include "ui/messages.h"
 #include "ui/stringTable.h"
 
-#include <algorithm>
 #include <array>
 
 namespace soak {

@@ -6,6 +6,7 @@
 #include "platform/desktop.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
+#include "ui/forms.h"
 #include "ui/language.h"
 #include "ui/messages.h"
 #include "ui/stringTable.h"
@@ -26,8 +27,8 @@ constexpr std::int64_t restGap = 1000;      // after a longer pause, a lone cont
 constexpr std::int32_t packetSize = xModem::headerSize + blockSize + 1;
 constexpr std::int32_t allDataReceived = packetSize - 1; // the last byte is the checksum
 
-// How long a poll waits for the next byte of a block. Adapters hand bytes over in lumps, up to 16 ms apart; after a whole
-// block, the second check byte of the other form follows at once or not at all.
+// How long a poll waits for the next byte of a block. Adapters hand bytes over in lumps, up to 16 ms apart; after a
+// whole block, the second check byte of the other form follows at once or not at all.
 constexpr int lumpGap = 20; // milliseconds
 constexpr int checkByteGap = 2;
 constexpr int longestHold = 100;
@@ -77,8 +78,8 @@ bool beginsAsBlock(std::span<const std::uint8_t> bytes) {
     return std::ssize(bytes) >= xModem::headerSize && bytes[0] == xModem::soh && (bytes[1] ^ bytes[2]) == 0xFF;
 }
 
-// The first poll to find something after one that caught a block in the middle. Takes the rest of that block off `bytes`;
-// nothing is left when all of them may belong to it.
+// The first poll to find something after one that caught a block in the middle. Takes the rest of that block off
+// `bytes`; nothing is left when all of them may belong to it.
 void dropRest(std::span<const std::uint8_t>& bytes, bool rightAfter) {
     const bool stored = run.blockLength >= blockSize;
     if ((stored || !rightAfter) && bytes.size() == 1 && controlResult(bytes[0]) != found::nothing) {

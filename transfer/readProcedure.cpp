@@ -3,7 +3,6 @@
 #include "common/flagMark.h"
 #include "common/variables.h"
 #include "firmware/binaryFile.h"
-#include "link/commPort.h"
 #include "link/resultCodes.h"
 #include "platform/desktop.h"
 #include "transfer/blockReader.h"
@@ -11,7 +10,6 @@
 #include "transfer/rawByte.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
-#include "ui/language.h"
 #include "ui/messages.h"
 
 namespace FirmComm {

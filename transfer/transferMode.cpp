@@ -8,6 +8,7 @@
 #include "transfer/blockReader.h"
 #include "transfer/rawByte.h"
 #include "transfer/xModem.h"
+#include "ui/forms.h"
 #include "ui/language.h"
 #include "ui/messages.h"
 

@@ -6,6 +6,7 @@
 #include "transfer/programState.h"
 #include "transfer/readProcedure.h"
 #include "transfer/transferMode.h"
+#include "ui/forms.h"
 #include "ui/language.h"
 #include "ui/messages.h"
 

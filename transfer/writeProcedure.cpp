@@ -7,6 +7,7 @@
 #include "transfer/programState.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
+#include "ui/forms.h"
 #include "ui/language.h"
 #include "ui/messages.h"
 

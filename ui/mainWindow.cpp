@@ -7,6 +7,7 @@
 #include "ui/resourceSetting.h"
 #include "ui/stringTable.h"
 
+#include <array>
 #include <cstdio>
 
 using platform::desktop;
