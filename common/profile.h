@@ -15,7 +15,7 @@ constexpr std::size_t profileValueLimit = 126;
 // first of two equal keys wins. At most profileValueLimit bytes are given, never half a character.
 std::string profileValue(std::string_view text, std::string_view section, std::string_view key);
 
-// A value as the program takes it: what stands ahead of the first apostrophe, tabs as blanks, without blanks at both ends.
+// A value as the program takes it: ahead of the first apostrophe, tabs as blanks, without blanks at both ends.
 std::string cleanedValue(std::string_view value);
 
 // profileValue of a file; empty when the file is missing or cannot be read.

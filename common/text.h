@@ -21,8 +21,8 @@ std::string hexText(std::uint32_t value, std::size_t digits);
 // Value of one hexadecimal digit of either case; nothing for any other character.
 std::optional<std::uint8_t> hexDigit(char character);
 
-// The number that the whole text reads as, blanks at both ends allowed: sign, digits, decimal point, exponent. Fails with
-// failureNumber::overflow for a number too large for a double, as the next routine does.
+// The number that the whole text reads as, blanks at both ends allowed: sign, digits, decimal point, exponent. Fails
+// with failureNumber::overflow for a number too large for a double, as the next routine does.
 std::optional<double> readsAsNumber(std::string_view text);
 
 // The number that the longest numeric beginning of the text reads as, 0 when there is none.

@@ -17,8 +17,8 @@ constexpr std::int32_t replyData = 4;     // to the end
 constexpr std::uint8_t stx = 0x02;
 constexpr std::uint8_t etx = 0x03;
 
-// Reads one reply. It counts a position over every byte that is neither STX nor ETX, noise ahead of STX included, and the
-// position alone decides what a byte is:
+// Reads one reply. It counts a position over every byte that is neither STX nor ETX, noise ahead of STX included, and
+// the position alone decides what a byte is:
 //
 //   1 to 4     node number and sub-address, not looked at
 //   5, 6       end code
@@ -34,8 +34,8 @@ class ReplyReceiver {
 
     // Takes the bytes of one read up to a block check byte; what stands after that one is not looked at. True when the
     // block check was right, so that all else that has come is to be thrown away. Fails when there is no room left to
-    // store, at a pair that is not hexadecimal, and at the block check of a frame that stored too little to be cut or to
-    // hold a response code.
+    // store, at a pair that is not hexadecimal, and at the block check of a frame that stored too little to be cut or
+    // to hold a response code.
     bool take(std::span<const std::uint8_t> bytes);
 
     // A block check byte has ended the frame, good or bad.

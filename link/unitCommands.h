@@ -1,6 +1,6 @@
 // The commands that the unit knows. Each goes out once per call and gives its result code; none lets a failure out: a
-// run-time failure is shown in a box and gives "9999". `reply` receives run.replyBytes, whatever the unit answered; a run-time failure
-// during the exchange leaves it.
+// run-time failure is shown in a box and gives "9999". `reply` receives run.replyBytes, whatever the unit answered; a
+// run-time failure during the exchange leaves it.
 #pragma once
 
 #include "platform/serialPort.h"

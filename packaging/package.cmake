@@ -33,7 +33,8 @@ foreach(size 16 32 48 64 128 256)
 endforeach()
 install(FILES ui/art/icon.svg DESTINATION share/icons/hicolor/scalable/apps RENAME tarnbeacon.svg)
 install(FILES ${generated}/tarnbeacon.1.gz DESTINATION share/man/man1)
-install(FILES README.md CHANGELOG.md packaging/debian/copyright ${generated}/changelog.gz DESTINATION share/doc/tarnbeacon)
+install(FILES README.md CHANGELOG.md packaging/debian/copyright ${generated}/changelog.gz
+        DESTINATION share/doc/tarnbeacon)
 install(FILES packaging/60-tarnbeacon-adapter.rules DESTINATION share/doc/tarnbeacon/examples)
 
 set(CPACK_GENERATOR DEB)

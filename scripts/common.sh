@@ -29,7 +29,8 @@ needPackages() {
         return
     fi
     for package in "$@"; do
-        dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed || missing+=("$package")
+        dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed ||
+            missing+=("$package")
     done
     if ((${#missing[@]} == 0)); then
         return

@@ -1,5 +1,5 @@
-# Reads what gcov prints, "count:line:text" for each line; sums up over the folders above the seam. A line with nothing but
-# a closing brace does not count: it stands for the clean-up behind a failure.
+# Reads what gcov prints, "count:line:text" for each line; sums up over the folders above the seam. A line with nothing
+# but a closing brace does not count: it stands for the clean-up behind a failure.
 
 BEGIN { FS = ":" }
 
@@ -29,11 +29,12 @@ END {
         }
     }
     close("sort -t: -k1,1 -k2,2n")
+    row = "%-10s %5d of %5d lines reached, %6.2f %%\n"
     for (folder in all) {
-        printf "%-10s %5d of %5d lines reached, %6.2f %%\n", folder, hit[folder], all[folder], 100 * hit[folder] / all[folder] | "sort"
+        printf row, folder, hit[folder], all[folder], 100 * hit[folder] / all[folder] | "sort"
         lines += all[folder]
         hits += hit[folder]
     }
     close("sort")
-    printf "%-10s %5d of %5d lines reached, %6.2f %%\n", "together", hits, lines, 100 * hits / lines
+    printf row, "together", hits, lines, 100 * hits / lines
 }

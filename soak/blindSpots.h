@@ -58,7 +58,7 @@ class WriteAccount {
     // The last byte that the tool took was the ACK of EOT.
     bool acknowledged() const { return ended_ && answer_ == simulator::ack; }
 
-    // True when the difference between what the unit has received and the file is the work of a blind spot that was met.
+    // True when a blind spot that was met accounts for all in which the unit's image differs from the file.
     bool explains(const Bytes& received, const Bytes& file) const;
     int unearned() const { return unearned_; }
 

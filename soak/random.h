@@ -8,7 +8,7 @@
 
 namespace soak {
 
-// All chance of a session. The language's standard fixes the sequence of the engine, so a seed means the same everywhere.
+// All chance of a session. The language's standard fixes the engine's sequence, so a seed means the same everywhere.
 class Random {
   public:
     explicit Random(std::uint64_t seed) : engine_(seed) {}

@@ -1,5 +1,5 @@
-// Setting.INI and TYPE.INI, in the program's directory, read only. Nothing is cached: an edit of TYPE.INI takes effect at
-// the next lookup.
+// Setting.INI and TYPE.INI, in the program's directory, read only. Nothing is cached: an edit of TYPE.INI takes effect
+// at the next lookup.
 #pragma once
 
 #include <cstdint>
@@ -7,12 +7,12 @@
 
 namespace Common {
 
-// The value of `key` in `section` of the file: what stands ahead of the first apostrophe, tabs as blanks, without blanks
-// at both ends. Empty when there is none.
+// The value of `key` in `section` of the file: what stands ahead of the first apostrophe, tabs as blanks, without
+// blanks at both ends. Empty when there is none.
 std::string fncGetIniString(const std::string& section, const std::string& key, const std::string& path);
 
-// Splits `text` at its commas into run.iniList, blanks at the ends of the items removed, and gives the number of items: at
-// least 1, at most 101, the rest is dropped. Tabs in `text` become blanks.
+// Splits `text` at its commas into run.iniList, blanks at the ends of the items removed, and gives the number of items:
+// at least 1, at most 101, the rest is dropped. Tabs in `text` become blanks.
 std::int16_t fncSplitList(std::string& text);
 
 // Looks the amplifier type key up and gives True when `rawVersion` lies in a range of it: then `typeName` is the model

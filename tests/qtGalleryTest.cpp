@@ -16,7 +16,7 @@ using gallery::Language;
 
 namespace {
 
-// Role, name and, in brackets, description or name of the label; one line for each object that can be seen and says anything.
+// Role, name and, in brackets, description or name of the label; a line for each object that is seen and says anything.
 void hear(QAccessibleInterface* object, std::string& heard) {
     if (object == nullptr || object->state().invisible) {
         return;

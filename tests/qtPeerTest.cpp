@@ -21,8 +21,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Starts "rx" at the far end. It flushes its terminal right after each answer, for which a line without any delay is too
-// fast: it hears through a pipe.
+// Starts "rx" at the far end. It flushes its terminal right after each answer, for which a line without any delay is
+// too fast: it hears through a pipe.
 std::FILE* startReceiver(int end, const std::string& mode, const fs::path& file) {
     const std::string far = std::to_string(end);
     const std::string pipe = "exec 2>/dev/null; cat <&" + far + " | rx " + mode + " '" + file.string() + "' >&" + far;

@@ -1,4 +1,4 @@
-// The lock that keeps the computer awake, on a bus of this test's own (tests/CMakeLists.txt) with a login manager in it.
+// The lock that keeps the computer awake, on a bus of this test's own (tests/CMakeLists.txt), with a login manager.
 #include "platform/qt/sleepInhibitor.h"
 
 #include <QCoreApplication>

@@ -1,5 +1,5 @@
-// The XMODEM sender against the rules of the protocol, written as two tables: every short sequence of what a receiver can
-// answer, from the start of a transfer and from places near its limits and its end.
+// The XMODEM sender against the rules of the protocol, written as two tables: every short sequence of what a receiver
+// can answer, from the start of a transfer and from places near its limits and its end.
 #include "tests/session.h"
 #include "transfer/xModem.h"
 

@@ -1,6 +1,6 @@
-// A write in which something fails at one place: at one of the blocks or at EOT after them, once or for good. Each fault
-// has a row that says how such a write ends, wherever the place is. A usual run takes a share of the places, which the
-// rows divide among themselves; the disabled tests take them all (scripts/sweep).
+// A write in which something fails at one place: at one of the blocks or at EOT after them, once or for good. Each
+// fault has a row that says how such a write ends, wherever the place is. A usual run takes a share of the places,
+// which the rows divide among themselves; the disabled tests take them all (scripts/sweep).
 #include "tests/session.h"
 #include "tests/thinned.h"
 

@@ -1,5 +1,5 @@
-// The XMODEM receiver: one look at the port for each call. It checks neither header nor check bytes and never asks for a
-// block again. A block of which a look catches fewer than 128 bytes is lost until the unit sends it again by itself.
+// The XMODEM receiver: one look at the port for each call. It checks neither header nor check bytes and never asks for
+// a block again. A block of which a look catches fewer than 128 bytes is lost until the unit sends it again by itself.
 #pragma once
 
 #include <cstdint>

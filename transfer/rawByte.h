@@ -12,8 +12,8 @@ std::int32_t writeShowingFailure(const platform::Bytes& bytes);
 
 namespace FirmComm {
 
-// Sends raw characters, one control byte as a rule, and notes the moment as a sign of life of the transfer. Gives 0, or the
-// number of a failure that has been shown; callers go on all the same.
+// Sends raw characters, one control byte as a rule, and notes the moment as a sign of life of the transfer. Gives 0, or
+// the number of a failure that has been shown; callers go on all the same.
 std::int32_t subSendRaw(const std::string& text);
 std::int32_t subSendRaw(std::uint8_t controlByte);
 

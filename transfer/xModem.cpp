@@ -106,7 +106,8 @@ std::int32_t giveUp(std::int32_t result) {
     return result;
 }
 
-// Waits for the receiver's first byte. Gives 0 and whether it wants CRC, or the result of a transfer that does not begin.
+// Waits for the receiver's first byte. Gives 0 and whether it wants CRC, or the result of a transfer that does not
+// begin.
 std::int32_t awaitStart(bool& crc) {
     int unknownBytes = 0;
     int cancels = 0;
