@@ -2,6 +2,7 @@
 # shellcheck shell=bash
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+cd "$root" || exit # wherever a command is called from
 
 buildPackages=(cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libsystemd-dev libgtest-dev dbus-daemon)
 # A stand-in for each of the two fonts that the windows ask for.
@@ -65,7 +66,6 @@ quietly() {
 buildPreset() {
     local preset="$1"
     shift
-    cd "$root" || return
     if [[ ! -f build/$preset/build.ninja ]]; then
         say "Configuring the $preset build"
         quietly cmake --preset "$preset"
