@@ -1,3 +1,4 @@
+// The check bytes of a block, worked out apart from the tool's own, so that neither hides a fault of the other.
 #pragma once
 
 #include <cstdint>
