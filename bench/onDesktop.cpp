@@ -12,6 +12,7 @@
 #include "link/exchange.h"
 #include "link/replyReceiver.h"
 #include "platform/qt/qtDesktop.h"
+#include "transfer/programState.h"
 #include "transfer/transferCommands.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
@@ -88,7 +89,7 @@ bool read(const std::string& path) {
     enterPath(path, start);
     whenShown<QMessageBox>([](QMessageBox& box) { box.accept(); });
     MainWindow::cmdPresent_Click();
-    while (run.programState != 0) {
+    while (run.programState != FirmComm::state::idle) {
         desktop().waitForEvents(platform::never);
     }
     print("read_ms", clockMicros() - start);

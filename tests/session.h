@@ -4,6 +4,7 @@
 #include "app/program.h"
 #include "common/variables.h"
 #include "platform/simulated/world.h"
+#include "transfer/programState.h"
 #include "ui/forms.h"
 
 #include <functional>
@@ -102,7 +103,9 @@ class Session {
     // True when the operator can go on: the window is back, nothing is under way.
     testing::AssertionResult atRest() const {
         const FrmMain& form = frmMain();
-        const bool resting = run.programState == 0 || run.programState == 6 || run.programState == 14;
+        using namespace FirmComm::state;
+        const bool resting =
+            run.programState == idle || run.programState == idleAfterWrite || run.programState == verified;
         if (form.visible && form.enabled && form.mousePointer != MousePointer::hourglass && !frmWaitLoaded() &&
             !world.desktop.keptAwake() && !form.CommTimer.running() && !run.stepBusy && resting &&
             world.desktop.violations().empty()) {
