@@ -13,30 +13,34 @@ namespace soak {
 
 using simulator::Bytes;
 
-enum class BlindSpot { agreeingBlock, unearnedAck, storedDamage, unseenEnd, repeatedBlock };
-
-struct BlindSpotRow {
-    std::string_view name;
-    std::string_view what;     // can pass without anybody's fault
-    std::string_view evidence; // that it has passed in this very transfer; without it the invariants bite
+// What can pass without anybody's fault, and the evidence that it has passed in this very transfer; without that the
+// invariants bite.
+enum class BlindSpot {
+    // The unit stores a block whose check bytes fit its damaged data. The data that the unit holds stand in a damaged
+    // packet that reached it.
+    agreeingBlock,
+    // The tool takes a damaged or stray byte, or the answer to an earlier sending, for the ACK of what the unit lacks.
+    // It read ACK while the unit had not accepted so much, after a touch of the line or a packet sent again.
+    unearnedAck,
+    // The tool's receiver compares nothing and stores 128 bytes of every block as they come, a late reply ahead of it
+    // too. Those bytes reached the tool, at this place of the transfer.
+    storedDamage,
+    // The tool's receiver takes what begins with EOT for the end of the image. Such bytes reached the tool twice, and
+    // the image is zero from there on.
+    unseenEnd,
+    // The tool's receiver stores a block that the unit sends a second time once more. The block reached the tool a
+    // second time.
+    repeatedBlock,
 };
 
 // In the order of BlindSpot.
-constexpr std::array<BlindSpotRow, 5> blindSpots{{
-    {"damaged block with an agreeing check", "the unit stores a block whose check bytes fit its damaged data",
-     "the data that the unit holds stand in a damaged packet that reached it"},
-    {"ACK not earned",
-     "the tool takes a damaged or stray byte, or the answer to an earlier sending, for the ACK of what the unit lacks",
-     "the tool read ACK while the unit had not accepted so much, after a touch of the line or a packet sent again"},
-    {"damaged block stored",
-     "the tool's receiver compares nothing and stores 128 bytes of every block as they come, a late reply ahead of it "
-     "too",
-     "those bytes reached the tool, at this place of the transfer"},
-    {"end that was none", "the tool's receiver takes what begins with EOT for the end of the image",
-     "such bytes reached the tool twice, and the image is zero from there on"},
-    {"repeated block stored", "the tool's receiver stores a block that the unit sends a second time once more",
-     "the block reached the tool a second time"},
-}};
+constexpr std::array<std::string_view, 5> blindSpotNames{
+    "damaged block with an agreeing check",
+    "ACK not earned",
+    "damaged block stored",
+    "end that was none",
+    "repeated block stored",
+};
 
 // One image on its way into the unit.
 class WriteAccount {

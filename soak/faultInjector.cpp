@@ -18,8 +18,6 @@ namespace failureNumber = platform::failureNumber;
 
 namespace {
 
-constexpr int comPort = 3; // where the unit is
-
 // Pieces with a few bytes on one side of the cut are the tricky ones.
 simulator::Pieces somePieces(Random& random) {
     constexpr std::array<std::size_t, 11> tricky{1, 2, 3, 4, 5, 126, 127, 128, 129, 130, 131};
@@ -215,7 +213,7 @@ void FaultInjector::hitDisk(Running& running, Lasting lasting) {
 }
 
 void FaultInjector::pullAdapter(Running& running, bool back) {
-    platform::Socket& socket = world_.port.socket(comPort);
+    platform::Socket& socket = world_.port.socket(platform::usualComPort);
     socket.pulledAt = world_.clock.now() + running.random.spread(1, milliseconds(200));
     if (back) {
         socket.backAt = socket.pulledAt + milliseconds(running.random.spread(10, 10'000));
@@ -290,7 +288,7 @@ Micros FaultInjector::stop() {
     world_.port.operations().removeHooks();
     world_.files.operations().removeHooks();
     world_.files.setRoom({});
-    platform::Socket& socket = world_.port.socket(comPort);
+    platform::Socket& socket = world_.port.socket(platform::usualComPort);
     if (socket.pulledAt > world_.clock.now()) {
         socket.pulledAt = platform::noMoment;
     }

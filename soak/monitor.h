@@ -19,7 +19,7 @@ using platform::Micros;
 struct Tally {
     std::int64_t upgrades = 0; // writes after which the unit held the file
     std::int64_t saves = 0;    // files that hold the unit's image
-    std::array<std::int64_t, blindSpots.size()> blindSpotsMet{};
+    std::array<std::int64_t, blindSpotNames.size()> blindSpotsMet{};
     std::map<std::string, std::int64_t> outcomes;
 };
 

@@ -16,7 +16,6 @@ using platform::World;
 
 namespace {
 
-constexpr int comPort = 3;
 constexpr int mostPresses = 4; // of the set button, before the operator gives up
 
 class Session {
@@ -175,7 +174,7 @@ void Session::start() {
 // As long as the program offers the ports.
 void Session::choosePort() {
     for (int press = 0; press < mostPresses && operatorWaits() && !mainForm(world_.desktop)->visible; ++press) {
-        act(platform::choose("frmStartUp", "cmbCom", comPort - 1));
+        act(platform::choose("frmStartUp", "cmbCom", platform::usualComPort - 1));
         if (operatorWaits() && !act(platform::click("frmStartUp", "cmdTest"))) {
             log_.violation("start-up leaves the operator without a button");
         }

@@ -29,7 +29,7 @@ void Summary::add(const SessionResult& result) {
     }
     tally_.upgrades += result.tally.upgrades;
     tally_.saves += result.tally.saves;
-    for (std::size_t spot = 0; spot < blindSpots.size(); ++spot) {
+    for (std::size_t spot = 0; spot < blindSpotNames.size(); ++spot) {
         tally_.blindSpotsMet[spot] += result.tally.blindSpotsMet[spot];
     }
     for (const auto& [outcome, count] : result.tally.outcomes) {
@@ -48,8 +48,8 @@ std::string Summary::text(double realSeconds) const {
         text += countLine(count, outcome);
     }
     text += "Blind spots of the protocols met:\n";
-    for (std::size_t spot = 0; spot < blindSpots.size(); ++spot) {
-        text += countLine(tally_.blindSpotsMet[spot], blindSpots[spot].name);
+    for (std::size_t spot = 0; spot < blindSpotNames.size(); ++spot) {
+        text += countLine(tally_.blindSpotsMet[spot], blindSpotNames[spot]);
     }
     text += "In all:\n" + countLine(sessions_, "sessions");
     text += countLine(tally_.upgrades, "upgrades that left the file in the unit");

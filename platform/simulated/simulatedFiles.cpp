@@ -87,7 +87,6 @@ void SimulatedFiles::store(const std::string& path, SimulatedFile& file, std::si
     if (room_) {
         *room_ -= end - present;
     }
-    ++file.writes;
     file.content.resize(end);
     std::ranges::copy(bytes, file.content.begin() + static_cast<std::ptrdiff_t>(std::min(offset, end)));
     if (!fits) {

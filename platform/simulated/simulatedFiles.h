@@ -15,7 +15,6 @@ struct SimulatedFile {
     bool readOnly = false;
     bool unreadable = false;
     std::optional<std::size_t> readable = std::nullopt; // a read beyond so many bytes fails
-    int writes = 0;                                     // made by the program
 };
 
 class SimulatedFiles : public Files {

@@ -6,10 +6,12 @@
 
 namespace platform {
 
+constexpr int usualComPort = 3; // in Setting.INI and where the unit is
+
 struct WorldOptions {
     simulator::UnitOptions unit = {};
     LinePace pace = {};
-    int comPort = 3; // in Setting.INI and where the unit is
+    int comPort = usualComPort;
     simulator::SampleImage image = {};
 };
 
