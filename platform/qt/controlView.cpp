@@ -34,7 +34,7 @@ auto state(const Control& control) {
     return std::tie(control.visible, control.value, control.min, control.max, control.items, control.listIndex);
 }
 
-// An option that the Tab key reaches also while another one of its group is on, so that it can be read before it is chosen.
+// An option that the Tab key reaches also while another one of its group is on: it can be read before it is chosen.
 class OptionButton : public QRadioButton {
   public:
     using QRadioButton::QRadioButton;
@@ -67,7 +67,7 @@ QWidget* makeWidget(const Control& control, QWidget* parent) {
     }
     case ControlKind::line:
     case ControlKind::rectangle:
-    case ControlKind::picture: return new Drawing(control, parent);
+    case ControlKind::picture: return new Drawing(control.kind, parent);
     case ControlKind::menu: break;
     }
     return nullptr;
@@ -90,7 +90,7 @@ QFont fittedFont(const Control& control) {
     return font;
 }
 
-// Turns the colours of an option's circle and of a check box round on a dark window, where the style all but loses them.
+// Turns the colours of an option's circle and a check box round on a dark window, where the style all but loses them.
 void setIndicator(QPalette& palette) {
     const QPalette desktop = QApplication::palette();
     for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {

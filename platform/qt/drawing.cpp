@@ -64,7 +64,7 @@ QIcon iconOf(int number) {
     return icon;
 }
 
-Drawing::Drawing(const Control& control, QWidget* parent) : QWidget(parent), kind_(control.kind) {
+Drawing::Drawing(ControlKind kind, QWidget* parent) : QWidget(parent), kind_(kind) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setFocusPolicy(Qt::NoFocus);
 }

@@ -30,8 +30,7 @@ QIcon iconOf(int number);
 // A line, a rectangle or a picture. It takes no input.
 class Drawing : public QWidget {
   public:
-    // `control` must outlive the drawing's last paint event.
-    Drawing(const Control& control, QWidget* parent);
+    Drawing(ControlKind kind, QWidget* parent);
 
     // Takes over what the control says now.
     void show(const Control& control);

@@ -51,7 +51,7 @@ FormWindow::FormWindow(Form& form, Deliver deliver)
     setWindowIcon(iconOf(form.icon));
     client_->setGeometry(rect());
     if (form.backPicture != 0) {
-        (new Drawing(backPictureOf(form), client_))->show(backPictureOf(form));
+        (new Drawing(ControlKind::picture, client_))->show(backPictureOf(form));
     }
     buildControls();
     nameLists();

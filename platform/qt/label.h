@@ -1,4 +1,4 @@
-// A label: a line of plain text that no stand-in font cuts, within a border that keeps its colour where the text is grey.
+// A label: a line of plain text that no stand-in font cuts; its border keeps its colour where the text is grey.
 #pragma once
 
 #include "platform/form.h"

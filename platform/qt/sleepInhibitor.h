@@ -1,5 +1,5 @@
-// Keeps the computer from going to sleep by itself, by a lock of the login manager. The system bus is spoken to by sd-bus,
-// which never blocks; Qt's own module stops the thread until a bus has answered, and one that hangs never does.
+// Keeps the computer from going to sleep by itself, by a lock of the login manager. The system bus is spoken to by
+// sd-bus, which never blocks; Qt's own module stops the thread until a bus has answered, and one that hangs never does.
 #pragma once
 
 #include <cstddef>
@@ -17,8 +17,8 @@ class SleepInhibitor {
     SleepInhibitor& operator=(const SleepInhibitor&) = delete;
     ~SleepInhibitor() { drop(); }
 
-    // Asks for the lock and waits 100 ms at the most. An answer that comes later is taken by the toolkit's events. Where
-    // there is no login manager, or none that grants the lock, the computer goes to sleep as it likes.
+    // Asks for the lock and waits 100 ms at the most. An answer that comes later is taken by the toolkit's events.
+    // Where there is no login manager, or none that grants the lock, the computer goes to sleep as it likes.
     void hold();
 
     // Gives the lock back, also one that has been asked for and not come yet.
