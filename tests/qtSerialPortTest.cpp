@@ -241,8 +241,8 @@ TEST_F(QtSerialPortTest, APortThatGoesAwayIsToldOnceItsBytesAreRead) {
     EXPECT_EQ(failureOf([&] { port_.clearReceived(); }), failureNumber::portLost);
     EXPECT_EQ(failureOf([&] { port_.clearUnsent(); }), failureNumber::portLost);
     EXPECT_TRUE(port_.isOpen());
-    EXPECT_TRUE(port_.hasNews()); // once for each use
-    EXPECT_FALSE(port_.hasNews());
+    EXPECT_TRUE(port_.waitForNews(0)); // once for each use
+    EXPECT_FALSE(port_.waitForNews(0));
     port_.close();
     EXPECT_EQ(failureOf([&] { port_.read(); }), failureNumber::portNotOpen);
 }
@@ -267,8 +267,8 @@ TEST_F(QtSerialPortTest, AWaitEndsWithAByteOrOnTimeAndSleepsBetween) {
     EXPECT_LT(clockMicros(), start + second);
     EXPECT_EQ(port_.countReceived(), 1);
     ::wait(nullptr);
-    EXPECT_TRUE(port_.hasNews());  // nobody has read it yet
-    EXPECT_FALSE(port_.hasNews()); // nor asked for it since
+    EXPECT_TRUE(port_.waitForNews(0));  // nobody has read it yet
+    EXPECT_FALSE(port_.waitForNews(0)); // nor asked for it since
 }
 
 } // namespace

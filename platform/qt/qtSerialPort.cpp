@@ -332,11 +332,6 @@ void QtSerialPort::write(std::span<const std::uint8_t> bytes) {
     }
 }
 
-bool QtSerialPort::hasNews() {
-    fetch();
-    return tellNews();
-}
-
 bool QtSerialPort::tellNews() {
     const bool news = newsDue_ && (lost_ || !received_.empty());
     newsDue_ = newsDue_ && !news;

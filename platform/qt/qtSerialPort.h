@@ -35,11 +35,9 @@ class QtSerialPort : public SerialPort {
     Bytes read() override;
     void write(std::span<const std::uint8_t> bytes) override;
 
-    // True when received bytes or a failure wait to be fetched. Says so once: again only after the port has been
-    // used or more bytes have come, so that a wait does not turn into a busy loop where nobody fetches them.
-    bool hasNews();
-
-    // Sleeps in the kernel until there is news, which it says, or the clock has reached `until`.
+    // Sleeps in the kernel until there is news, received bytes or a failure, or the clock has reached `until`; says
+    // whether there is. News is told once: again only after the port has been used or more bytes have come, so that a
+    // wait does not turn into a busy loop where nobody fetches them.
     bool waitForNews(Micros until);
 
     // What is left to do before the process stops at once.
