@@ -1,8 +1,8 @@
 #include "app/program.h"
 
-#include "common/variables.h"
 #include "firmware/loadCommand.h"
 #include "startup/startUpWindow.h"
+#include "state/variables.h"
 #include "transfer/transferCommands.h"
 #include "ui/forms.h"
 #include "ui/mainWindow.h"
@@ -63,7 +63,7 @@ void bindEvents() {
 
 void start() {
     forgetForms();
-    run = Variables();
+    shared = SharedVariables();
     bindEvents();
     frmStartUp();
 }

@@ -1,10 +1,10 @@
 // What the tool's own work costs, without the line: the time that a block or a reply takes in the program, and whole
-// upgrades on the simulated desktop, which bound the number of sessions that a soak can run.
+// upgrades on the simulated desktop, which bound the number of sessions that a soak can shared.
 #include "app/program.h"
-#include "common/variables.h"
 #include "link/replyReceiver.h"
 #include "platform/simulated/world.h"
 #include "simulator/frame.h"
+#include "state/variables.h"
 #include "transfer/xModem.h"
 
 #include <benchmark/benchmark.h>
@@ -12,7 +12,7 @@
 namespace {
 
 void crcOfOneBlock(benchmark::State& state) {
-    const platform::Bytes block(blockSize, 0x5A);
+    const Bytes block(blockSize, 0x5A);
     for (auto _ : state) {
         benchmark::DoNotOptimize(xModem::pCrcCalc(blockSize, block, 0));
     }
@@ -24,8 +24,8 @@ BENCHMARK(crcOfOneBlock);
 void reply(benchmark::State& state) {
     const bool longest = state.range(0) != 0;
     const bool byteByByte = state.range(1) != 0;
-    const platform::Bytes frame = simulator::frameOf("00000001010000" + std::string(longest ? 894 : 8, '1'));
-    platform::Bytes stored;
+    const Bytes frame = simulator::frameOf("00000001010000" + std::string(longest ? 894 : 8, '1'));
+    Bytes stored;
     for (auto _ : state) {
         CommonComm::ReplyReceiver receiver(stored, false);
         const std::span<const std::uint8_t> bytes(frame);

@@ -5,13 +5,13 @@
 //   onDesktop exchange    exchanges a command with the unit, many times, and the same by a tight poll
 // The port is COM3 of the Setting.INI beside this program. Prints lines of the form "name value".
 #include "app/program.h"
-#include "common/variables.h"
 #include "firmware/binaryFile.h"
 #include "firmware/loadCommand.h"
 #include "link/commPort.h"
 #include "link/exchange.h"
 #include "link/replyReceiver.h"
 #include "platform/qt/qtDesktop.h"
+#include "state/variables.h"
 #include "transfer/programState.h"
 #include "transfer/transferCommands.h"
 #include "transfer/xModem.h"
@@ -29,9 +29,9 @@
 #include <string_view>
 #include <sys/resource.h>
 
+using Micros;
 using platform::clockMicros;
 using platform::desktop;
-using platform::Micros;
 
 namespace {
 
@@ -75,7 +75,7 @@ bool send(const std::string& path) {
     desktop().show(frmWait());
     desktop().doEvents();
     frmWait().prbComm.max = imageSize;
-    if (FirmComm::fncBinaryFile(path, run.firmwareImage, FirmComm::FileMode::read) != imageSize || !openPort()) {
+    if (FirmComm::fncBinaryFile(path, shared.firmwareImage, FirmComm::FileMode::read) != imageSize || !openPort()) {
         return false;
     }
     return xModem::xModemS() == 0;
@@ -89,11 +89,11 @@ bool read(const std::string& path) {
     enterPath(path, start);
     whenShown<QMessageBox>([](QMessageBox& box) { box.accept(); });
     MainWindow::cmdPresent_Click();
-    while (run.programState != FirmComm::state::idle) {
-        desktop().waitForEvents(platform::never);
+    while (shared.programState != FirmComm::state::idle) {
+        desktop().waitForEvents(never);
     }
     print("read_ms", clockMicros() - start);
-    return run.readBackCount == imageSize;
+    return shared.readBackCount == imageSize;
 }
 
 bool load(const std::string& path) {
@@ -104,14 +104,14 @@ bool load(const std::string& path) {
     desktop().doEvents();
     print("button_to_dialog_ms", acceptedAt - start);
     print("dialog_to_row_ms", clockMicros() - acceptedAt);
-    return run.fileLoaded && !frmMain().lblTitle[2].caption.empty();
+    return shared.fileLoaded && !frmMain().lblTitle[2].caption.empty();
 }
 
 // The exchange without its sleep.
 bool exchangeByTightPoll() {
     CommonComm::subClearInput();
     CommonComm::subSendFrame("0501");
-    CommonComm::ReplyReceiver receiver(run.replyBytes, true);
+    CommonComm::ReplyReceiver receiver(shared.replyBytes, true);
     for (const Micros limit = clockMicros() + 1'000'000; !receiver.frameGood() && clockMicros() < limit;) {
         if (CommonComm::serialPort().countReceived() > 0) {
             receiver.take(CommonComm::serialPort().read());

@@ -1,6 +1,6 @@
 #include "firmware/binaryFile.h"
 
-#include "common/text.h"
+#include "base/text.h"
 #include "platform/desktop.h"
 #include "ui/messages.h"
 
@@ -8,7 +8,7 @@
 
 namespace FirmComm {
 
-std::int32_t fncBinaryFile(const std::string& path, platform::Bytes& image, FileMode mode) {
+std::int32_t fncBinaryFile(const std::string& path, Bytes& image, FileMode mode) {
     try {
         const std::span moved = std::span(image).first(image.size() - 1);
         const auto file = platform::desktop().files().openBinary(

@@ -1,8 +1,8 @@
 #include "firmware/fileDialog.h"
 
-#include "common/variables.h"
+#include "base/failure.h"
 #include "platform/desktop.h"
-#include "platform/failure.h"
+#include "state/variables.h"
 #include "ui/forms.h"
 #include "ui/messages.h"
 
@@ -15,7 +15,7 @@ void askForPath(DialogKind kind, std::string& path) {
     dialog.flags = platform::FileDialog::overwritePrompt; // passed over by an open dialog
     dialog.initialDirectory = desktop().programDirectory();
     dialog.fileName = path;
-    dialog.filter = run.binFileFilter;
+    dialog.filter = shared.binFileFilter;
     dialog.cancelError = true;
     if (kind == DialogKind::open) {
         desktop().showOpen(dialog);
@@ -26,7 +26,7 @@ void askForPath(DialogKind kind, std::string& path) {
 }
 
 void reportUnlessCancelled() {
-    if (failureInFlight().number != platform::failureNumber::dialogCancelled) {
+    if (failureInFlight().number != failureNumber::dialogCancelled) {
         subReportError();
     }
 }

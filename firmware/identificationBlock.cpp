@@ -1,8 +1,8 @@
 #include "firmware/identificationBlock.h"
 
-#include "common/checked.h"
-#include "common/text.h"
-#include "common/variables.h"
+#include "base/checked.h"
+#include "base/text.h"
+#include "state/variables.h"
 #include "ui/messages.h"
 
 #include <algorithm>
@@ -19,14 +19,14 @@ constexpr std::int32_t typeTextFirst = 0xFBF10;
 constexpr std::int32_t typeTextLast = 0xFBF1F;
 
 std::int16_t rawVersion() {
-    const std::int32_t high = at(run.firmwareImage, versionHigh - imageBase);
-    const std::int32_t low = at(run.firmwareImage, versionLow - imageBase);
+    const std::int32_t high = at(shared.firmwareImage, versionHigh - imageBase);
+    const std::int32_t low = at(shared.firmwareImage, versionLow - imageBase);
     return narrow<std::int16_t>(high * 256 + low);
 }
 
 } // namespace
 
-std::string fncImageText(const platform::Bytes& image, std::int32_t first, std::int32_t last, std::int32_t base) {
+std::string fncImageText(const Bytes& image, std::int32_t first, std::int32_t last, std::int32_t base) {
     const std::int32_t end = std::min(last - base + 1, static_cast<std::int32_t>(image.size()));
     std::string bytes;
     for (std::int32_t index = first - base; index < end; ++index) {
@@ -38,9 +38,10 @@ std::string fncImageText(const platform::Bytes& image, std::int32_t first, std::
 std::string fncGetFileField(FileField field) {
     try {
         switch (field) {
-        case FileField::leadText: return fncImageText(run.firmwareImage, leadTextFirst, leadTextLast, imageBase);
+        case FileField::leadText: return fncImageText(shared.firmwareImage, leadTextFirst, leadTextLast, imageBase);
         case FileField::rawVersion: return std::to_string(rawVersion());
-        case FileField::typeText: return trim(fncImageText(run.firmwareImage, typeTextFirst, typeTextLast, imageBase));
+        case FileField::typeText:
+            return trim(fncImageText(shared.firmwareImage, typeTextFirst, typeTextLast, imageBase));
         }
     } catch (const std::exception&) {
         subReportError();

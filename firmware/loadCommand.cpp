@@ -1,12 +1,12 @@
 #include "firmware/loadCommand.h"
 
-#include "common/text.h"
-#include "common/variables.h"
+#include "base/text.h"
 #include "firmware/binaryFile.h"
 #include "firmware/fileDialog.h"
 #include "firmware/identificationBlock.h"
 #include "platform/desktop.h"
 #include "startup/configuration.h"
+#include "state/variables.h"
 #include "ui/forms.h"
 #include "ui/mainWindow.h"
 #include "ui/messages.h"
@@ -20,16 +20,16 @@ namespace MainWindow {
 namespace {
 
 void blankFileRow(FrmMain& form) {
-    run.fileVersionText.clear();
-    run.fileTypeName.clear();
+    shared.fileVersionText.clear();
+    shared.fileTypeName.clear();
     form.lblTitle[2].caption.clear();
     form.lblVersion[2].caption.clear();
     desktop().doEvents();
 }
 
 bool readImage() {
-    std::ranges::fill(run.firmwareImage, std::uint8_t{0});
-    return FirmComm::fncBinaryFile(run.loadFilePath, run.firmwareImage, FirmComm::FileMode::read) == imageSize;
+    std::ranges::fill(shared.firmwareImage, std::uint8_t{0});
+    return FirmComm::fncBinaryFile(shared.loadFilePath, shared.firmwareImage, FirmComm::FileMode::read) == imageSize;
 }
 
 // Key of the image's type text in TYPE.INI.
@@ -44,25 +44,25 @@ void takeModelAndVersion() {
     const std::string versionText = FirmComm::fncGetFileField(FirmComm::FileField::rawVersion);
     const std::string typeText = typeTextKey();
     const std::int32_t rawVersion = roundToWhole(numericBeginning(versionText));
-    run.fileTypeName = Common::fncGetIfuType(typeText, "IFU_BIN_TYPE");
-    run.fileVersionText = thousandthsText(rawVersion);
-    if (!run.fileTypeName.empty()) {
+    shared.fileTypeName = Common::fncGetIfuType(typeText, "IFU_BIN_TYPE");
+    shared.fileVersionText = thousandthsText(rawVersion);
+    if (!shared.fileTypeName.empty()) {
         return;
     }
     const std::string ampType = Common::fncGetAmpBinType(typeText);
     if (!ampType.empty()) {
         std::int32_t version = 0;
-        Common::fncGetAmpType(ampType, rawVersion, run.fileTypeName, version);
-        run.fileVersionText = thousandthsText(version);
+        Common::fncGetAmpType(ampType, rawVersion, shared.fileTypeName, version);
+        shared.fileVersionText = thousandthsText(version);
     }
 }
 
 void loadImage() {
-    run.fileLoaded = readImage();
-    if (run.fileLoaded) {
+    shared.fileLoaded = readImage();
+    if (shared.fileLoaded) {
         takeModelAndVersion();
     } else {
-        run.fileVersionText.clear();
+        shared.fileVersionText.clear();
     }
 }
 
@@ -71,8 +71,8 @@ void loadImage() {
 void cmdLoading_Click() {
     FrmMain& form = frmMain();
     try {
-        askForPath(DialogKind::open, run.loadFilePath);
-        if (desktop().files().length(run.loadFilePath) != imageSize) {
+        askForPath(DialogKind::open, shared.loadFilePath);
+        if (desktop().files().length(shared.loadFilePath) != imageSize) {
             return;
         }
         form.enabled = false;
@@ -85,7 +85,7 @@ void cmdLoading_Click() {
         reportUnlessCancelled();
     }
     form.enabled = true;
-    form.cmdUpgrade.enabled = run.fileLoaded;
+    form.cmdUpgrade.enabled = shared.fileLoaded;
     form.mousePointer = platform::MousePointer::arrow;
 }
 

@@ -2,7 +2,7 @@
 
 namespace MainWindow {
 
-// The load button: asks for a firmware file, reads it into run.firmwareImage and shows what it is in row 2. A file of
+// The load button: asks for a firmware file, reads it into shared.firmwareImage and shows what it is in row 2. A file of
 // another size than an image is passed over without a word, and what was loaded before stays.
 void cmdLoading_Click();
 

@@ -1,12 +1,12 @@
 // The load of a firmware file. An input gives what the file is: its first byte the length (0: right, else wrong by so
 // much), the next 32 the identification block, the rest TYPE.INI.
 #include "app/program.h"
-#include "common/profile.h"
-#include "common/text.h"
-#include "common/variables.h"
+#include "base/text.h"
 #include "fuzz/check.h"
 #include "fuzz/profileOracle.h"
+#include "platform/profile.h"
 #include "platform/simulated/world.h"
+#include "state/variables.h"
 #include "ui/forms.h"
 
 #include <cstring>
@@ -83,23 +83,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string& file = changeFile(world, data[0], block);
     world.files.put(world.desktop.directory + "TYPE.INI", typeIni);
     FrmMain& form = frmMain();
-    form.lblTitle[2].caption = run.fileTypeName = "before";
-    run.fileLoaded = form.cmdUpgrade.enabled = false;
+    form.lblTitle[2].caption = shared.fileTypeName = "before";
+    shared.fileLoaded = form.cmdUpgrade.enabled = false;
     const std::size_t boxesBefore = world.desktop.boxes().size();
 
     world.desktop.run([&] { world.person.perform(platform::click("frmMain", "cmdLoading")); });
 
     const std::size_t boxes = world.desktop.boxes().size() - boxesBefore;
     check(form.enabled && form.mousePointer != platform::MousePointer::hourglass, "the window comes back");
-    check(form.cmdUpgrade.enabled == run.fileLoaded, "what is loaded can be written");
-    check(run.fileLoaded == (data[0] == 0), "a file of the right size is loaded, any other is not");
+    check(form.cmdUpgrade.enabled == shared.fileLoaded, "what is loaded can be written");
+    check(shared.fileLoaded == (data[0] == 0), "a file of the right size is loaded, any other is not");
     check(world.desktop.violations().empty(), "no failure leaves an event");
-    if (!run.fileLoaded) {
+    if (!shared.fileLoaded) {
         check(boxes == 0 && form.lblTitle[2].caption == "before", "a file of another size changes nothing");
         return 0;
     }
     check(boxes <= 2, "a version and an entry can be reported");
-    check(std::memcmp(file.data(), run.firmwareImage.data(), file.size()) == 0, "the image is the file");
+    check(std::memcmp(file.data(), shared.firmwareImage.data(), file.size()) == 0, "the image is the file");
     checkRow(typeIni, block);
     return 0;
 }

@@ -1,12 +1,12 @@
 // The INI reader, the list and the model lookups. The first line of an input is the key that is looked up, the second
 // one a raw version; what follows is the text of both INI files.
 #include "app/program.h"
-#include "common/profile.h"
-#include "common/variables.h"
 #include "fuzz/check.h"
 #include "fuzz/profileOracle.h"
+#include "platform/profile.h"
 #include "platform/simulated/world.h"
 #include "startup/configuration.h"
+#include "state/variables.h"
 
 #include <optional>
 #include <string_view>
@@ -74,7 +74,7 @@ void checkReader(const std::string& text, const Entries& entries, const std::str
 
 void checkList(std::string list) {
     const std::vector<std::string> items = itemsOf(list);
-    check(Common::fncSplitList(list) == std::ssize(items) && run.iniList == items, "a list is split at its commas");
+    check(Common::fncSplitList(list) == std::ssize(items) && shared.iniList == items, "a list is split at its commas");
 }
 
 void checkAmplifier(const Entries& entries, const std::string& key, std::int32_t rawVersion) {
@@ -94,8 +94,8 @@ void checkAmplifier(const Entries& entries, const std::string& key, std::int32_t
             const auto items = itemsOf(*value);
             check(typeName == items.at(1) || (items.size() > 4 && typeName == items[4]), "a model is one of the two");
         }
-    } catch (const platform::Failure& failure) {
-        check(failure.number() == platform::failureNumber::overflow || !value || itemsOf(*value).size() < 2,
+    } catch (const Failure& failure) {
+        check(failure.number() == failureNumber::overflow || !value || itemsOf(*value).size() < 2,
               "only a missing model and a number out of its width fail");
     }
 }
@@ -112,7 +112,7 @@ void checkInterfaceUnit(const Entries& entries, const std::string& key) {
 void checkSetting(const platform::SimulatedDesktop& desktop) {
     const bool fits = Common::fncReadSetting();
     check(fits == desktop.boxes().empty(), "a port number that does not fit is reported");
-    check(fits || run.comPortNumber == 1, "the port is then 1");
+    check(fits || shared.comPortNumber == 1, "the port is then 1");
 }
 
 } // namespace

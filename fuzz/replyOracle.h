@@ -1,8 +1,8 @@
 // What the reply receiver must make of a reply, worked out from all reads at once by the layout of the frame.
 #pragma once
 
+#include "base/failure.h"
 #include "link/replyReceiver.h"
-#include "platform/failure.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -12,7 +12,6 @@
 
 namespace replyOracle {
 
-using platform::Bytes;
 using Reads = std::vector<Bytes>;
 
 struct Outcome {
@@ -47,7 +46,7 @@ inline Outcome received(const Reads& reads, bool rawData) {
         for (std::size_t next = 0; next < reads.size() && !receiver.frameGood(); ++next) {
             outcome.clearsInput |= receiver.take(reads[next]);
         }
-    } catch (const platform::Failure&) {
+    } catch (const Failure&) {
         return {.failed = true, .stored = outcome.stored};
     }
     outcome.done = receiver.frameDone();

@@ -1,8 +1,8 @@
 #include "gallery/scenes.h"
 
-#include "common/variables.h"
-#include "platform/failure.h"
+#include "base/failure.h"
 #include "platform/qt/text.h"
+#include "state/variables.h"
 #include "ui/forms.h"
 #include "ui/mainWindow.h"
 #include "ui/messages.h"
@@ -34,7 +34,7 @@ QWidget& windowOf(const platform::Form& form) {
             return *window;
         }
     }
-    throw platform::Failure(platform::failureNumber::objectNotSet, "There is no window " + form.name + ".");
+    throw Failure(failureNumber::objectNotSet, "There is no window " + form.name + ".");
 }
 
 void lookAt(const Walk& walk, const std::string& scene, const platform::Form& form) {
@@ -57,7 +57,7 @@ void lookAtDialog(const Walk& walk, const std::string& scene) {
 
 void loadForms(const Walk& walk) {
     forgetForms();
-    run = Variables();
+    shared = SharedVariables();
     const auto nothing = [](auto& form) { form.load = [] {}; };
     setFormBinders(
         {nothing, nothing, [](FrmWait& form) { form.load = [] { ResourceSetting::subSetFormText("frmWait"); }; }});
@@ -65,7 +65,7 @@ void loadForms(const Walk& walk) {
     form.optLanguage[0].value = walk.inJapanese() ? 1 : 0;
     form.optLanguage[1].value = walk.inJapanese() ? 0 : 1;
     ResourceSetting::optLanguage_Click();
-    form.chkVerify.font.name = run.screenFontName;
+    form.chkVerify.font.name = shared.screenFontName;
     MainWindow::optPresent_Click(0);
 }
 
@@ -101,17 +101,17 @@ void showStartUp(const Walk& walk) {
 
 void showMain(const Walk& walk) {
     FrmMain& form = frmMain();
-    run.ampTypeName = "QT-MVR";
-    run.ampVersionText = "1.022";
-    run.ifuTypeName = "QT-KP42";
-    run.ifuVersionText = "1.200";
+    shared.ampTypeName = "QT-MVR";
+    shared.ampVersionText = "1.022";
+    shared.ifuTypeName = "QT-KP42";
+    shared.ifuVersionText = "1.200";
     form.cmdUpgrade.enabled = false;
     MainWindow::subSetAllVersion();
     walk.desktop.show(form);
     lookAt(walk, "main-window", form);
 
-    run.fileTypeName = "QT-MVR";
-    run.fileVersionText = "1.123";
+    shared.fileTypeName = "QT-MVR";
+    shared.fileVersionText = "1.123";
     form.cmdUpgrade.enabled = true;
     MainWindow::subSetAllVersion();
     lookAt(walk, "file-loaded", form);
@@ -167,7 +167,7 @@ void showTableBoxes(const Walk& walk) {
 
 void showLiteralBoxes(const Walk& walk) {
     lookAtDialog(walk, "box-port-setup");
-    walk.desktop.msgBox(run.portSetupText, boxStyle::exclamation, messageText::title);
+    walk.desktop.msgBox(shared.portSetupText, boxStyle::exclamation, messageText::title);
     lookAtDialog(walk, "box-end");
     walk.desktop.msgBox(walk.inJapanese() ? messageText::succeedJapanese : messageText::succeed,
                         boxStyle::information + (walk.inJapanese() ? boxStyle::ok : boxStyle::okCancel),
@@ -176,7 +176,7 @@ void showLiteralBoxes(const Walk& walk) {
 
 void showFileDialogs(const Walk& walk) {
     platform::FileDialog& dialog = frmMain().cmdSoft;
-    dialog.filter = run.binFileFilter;
+    dialog.filter = shared.binFileFilter;
     dialog.initialDirectory = platform::toUtf8(QDir::currentPath());
     lookAtDialog(walk, "load-dialog");
     walk.desktop.showOpen(dialog);

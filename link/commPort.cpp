@@ -1,13 +1,12 @@
 #include "link/commPort.h"
 
-#include "common/variables.h"
+#include "base/failure.h"
 #include "platform/desktop.h"
-#include "platform/failure.h"
+#include "state/variables.h"
 #include "ui/messages.h"
 #include "ui/stringTable.h"
 
 using platform::desktop;
-using platform::Failure;
 using platform::SerialPort;
 
 namespace CommonComm {
@@ -49,15 +48,15 @@ void closeIfOpen(SerialPort& port) {
 } // namespace
 
 SerialPort& serialPort() {
-    if (run.serialPort == nullptr) {
-        throw Failure(platform::failureNumber::objectNotSet, "No serial port is in use.");
+    if (shared.serialPort == nullptr) {
+        throw Failure(failureNumber::objectNotSet, "No serial port is in use.");
     }
-    return *run.serialPort;
+    return *shared.serialPort;
 }
 
 bool fncOpenPort(std::int16_t portNumber, const std::string& settings) {
-    run.serialPort = &desktop().commPort();
-    SerialPort& port = *run.serialPort;
+    shared.serialPort = &desktop().commPort();
+    SerialPort& port = *shared.serialPort;
     tryStep([&] { port.choosePort(portNumber); });
     if (port.isOpen()) {
         showOpenFailure(loadText(textId::portDoesNotOpen));
@@ -69,7 +68,7 @@ bool fncOpenPort(std::int16_t portNumber, const std::string& settings) {
     tryStep(failure, [&] { port.read(); });
     if (failure != 0) {
         closeIfOpen(port);
-        showOpenFailure(failure == platform::failureNumber::portMissing
+        showOpenFailure(failure == failureNumber::portMissing
                             ? loadText(textId::portMissing1) + std::to_string(portNumber) +
                                   loadText(textId::portMissing2)
                             : loadText(textId::portDoesNotOpen));
@@ -81,10 +80,10 @@ bool fncOpenPort(std::int16_t portNumber, const std::string& settings) {
 }
 
 void subClosePort() {
-    if (run.serialPort != nullptr) {
-        closeIfOpen(*run.serialPort);
+    if (shared.serialPort != nullptr) {
+        closeIfOpen(*shared.serialPort);
     }
-    run.serialPort = nullptr;
+    shared.serialPort = nullptr;
 }
 
 void subClearInput() {

@@ -1,10 +1,10 @@
 #include "link/exchange.h"
 
-#include "common/text.h"
-#include "common/variables.h"
+#include "base/text.h"
 #include "link/commPort.h"
 #include "link/replyReceiver.h"
 #include "platform/desktop.h"
+#include "state/variables.h"
 #include "ui/messages.h"
 #include "ui/stringTable.h"
 
@@ -60,22 +60,22 @@ void subSendFrame(const std::string& command) {
     }
     platform::SerialPort& port = serialPort();
     port.write(std::array{stx});
-    port.write(platform::Bytes(text.begin(), text.end()));
+    port.write(Bytes(text.begin(), text.end()));
     port.write(std::array{etx});
     port.write(std::array{blockCheck});
 }
 
 std::string fncExchange(const std::string& command, bool rawData, std::int32_t timeoutMs) {
-    if (run.commBusy) {
+    if (shared.commBusy) {
         return "9998";
     }
-    run.commBusy = true;
+    shared.commBusy = true;
     const std::int64_t deadline = desktop().timeGetTime() + timeoutMs;
     subClearInput();
     subSendFrame(command);
-    ReplyReceiver receiver(run.replyBytes, rawData);
+    ReplyReceiver receiver(shared.replyBytes, rawData);
     receiveReply(receiver, deadline);
-    run.commBusy = false;
+    shared.commBusy = false;
     if (receiver.brokenAnswer()) {
         subWriteLog(receiver.logText());
     }
@@ -84,22 +84,22 @@ std::string fncExchange(const std::string& command, bool rawData, std::int32_t t
 
 void subWaitLinkFree(std::int32_t timeoutMs) {
     const std::int64_t deadline = desktop().timeGetTime() + timeoutMs;
-    while (run.commBusy && desktop().timeGetTime() <= deadline) {
+    while (shared.commBusy && desktop().timeGetTime() <= deadline) {
         desktop().waitForEvents(deadline + 1); // the clock has to pass it
     }
-    run.commBusy = false;
+    shared.commBusy = false;
 }
 
 void subWriteLog(const std::string& text) {
     desktop().files().appendLine(desktop().programDirectory() + "KelpLog.txt", desktop().dateAndTime() + ' ' + text);
 }
 
-std::string fncSendCommand(const std::string& command, bool rawData, platform::Bytes& reply, std::int32_t timeoutMs,
+std::string fncSendCommand(const std::string& command, bool rawData, Bytes& reply, std::int32_t timeoutMs,
                            bool suppressMessage) {
     subWaitLinkFree(linkFreeLimit);
     const std::string result = fncExchange(command, rawData, timeoutMs);
-    reply = run.replyBytes;
-    if (!suppressMessage && result == "1234" && run.commRetry >= reportedTry) {
+    reply = shared.replyBytes;
+    if (!suppressMessage && result == "1234" && shared.commRetry >= reportedTry) {
         return fncCheckResult(result);
     }
     return result;

@@ -1,8 +1,8 @@
 #include "link/replyReceiver.h"
 
-#include "common/checked.h"
-#include "common/text.h"
-#include "platform/failure.h"
+#include "base/checked.h"
+#include "base/failure.h"
+#include "base/text.h"
 
 namespace CommonComm {
 
@@ -16,7 +16,7 @@ std::uint8_t hexPair(std::uint8_t high, std::uint8_t low) {
     const auto highDigit = hexDigit(static_cast<char>(high));
     const auto lowDigit = hexDigit(static_cast<char>(low));
     if (!highDigit || !lowDigit) {
-        throw platform::Failure(platform::failureNumber::typeMismatch, "The reply holds no hexadecimal digits.");
+        throw Failure(failureNumber::typeMismatch, "The reply holds no hexadecimal digits.");
     }
     return static_cast<std::uint8_t>(*highDigit << 4 | *lowDigit);
 }
@@ -27,7 +27,7 @@ const char* word(bool value) {
 
 } // namespace
 
-ReplyReceiver::ReplyReceiver(platform::Bytes& replyBytes, bool rawData) : replyBytes_(replyBytes), rawData_(rawData) {
+ReplyReceiver::ReplyReceiver(Bytes& replyBytes, bool rawData) : replyBytes_(replyBytes), rawData_(rawData) {
     replyBytes_.assign(replyCapacity, 0);
 }
 
@@ -77,7 +77,7 @@ bool ReplyReceiver::takeBlockCheck(std::uint8_t byte) {
     }
     bodyEnded_ = true;
     if (lastIndex_ < 0) {
-        throw platform::Failure(platform::failureNumber::outOfRange, "The reply holds nothing.");
+        throw Failure(failureNumber::outOfRange, "The reply holds nothing.");
     }
     replyBytes_.resize(static_cast<std::size_t>(lastIndex_) + 1);
     frameDone_ = true;

@@ -1,7 +1,7 @@
 // The receive state machine of the command frames: STX, text, ETX, block check.
 #pragma once
 
-#include "platform/serialPort.h"
+#include "base/bytes.h"
 
 #include <cstdint>
 #include <span>
@@ -30,7 +30,7 @@ constexpr std::uint8_t etx = 0x03;
 class ReplyReceiver {
   public:
     // Stores into `replyBytes`, which it re-creates with replyCapacity bytes of 0.
-    ReplyReceiver(platform::Bytes& replyBytes, bool rawData);
+    ReplyReceiver(Bytes& replyBytes, bool rawData);
 
     // Takes the bytes of one read up to a block check byte; what stands after that one is not looked at. True when the
     // block check was right, so that all else that has come is to be thrown away. Fails when there is no room left to
@@ -60,7 +60,7 @@ class ReplyReceiver {
     bool takeBlockCheck(std::uint8_t byte);
     void store(std::uint8_t byte);
 
-    platform::Bytes& replyBytes_;
+    Bytes& replyBytes_;
     bool rawData_;
     std::int16_t position_ = 0;
     std::int16_t lastIndex_ = -1; // of the byte stored last

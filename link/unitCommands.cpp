@@ -1,13 +1,13 @@
 #include "link/unitCommands.h"
 
-#include "common/checked.h"
-#include "common/text.h"
-#include "common/variables.h"
+#include "base/checked.h"
+#include "base/failure.h"
+#include "base/text.h"
 #include "link/exchange.h"
 #include "link/replyReceiver.h"
 #include "link/resultCodes.h"
 #include "platform/desktop.h"
-#include "platform/failure.h"
+#include "state/variables.h"
 #include "ui/messages.h"
 #include "ui/stringTable.h"
 
@@ -15,7 +15,6 @@
 
 using CommonComm::fncSendCommand;
 using CommonComm::replyData;
-using platform::Bytes;
 
 namespace Common {
 
@@ -45,7 +44,7 @@ std::string twoCharacters(const Bytes& reply, std::int32_t index) {
 std::int32_t wholeNumber(const std::string& text) {
     const auto number = readsAsNumber(text);
     if (!number) {
-        throw platform::Failure(platform::failureNumber::typeMismatch, "\"" + text + "\" is no number.");
+        throw Failure(failureNumber::typeMismatch, "\"" + text + "\" is no number.");
     }
     return roundToWhole(*number);
 }
@@ -59,12 +58,12 @@ std::string fncCommand(const std::string& command, Bytes& reply) {
 
 std::string fncReadUnitState(const std::string& command, Bytes& reply) {
     return commandRoutine([&](std::string& result) {
-        run.unitStateText.clear();
-        run.sensorCount = 0;
+        shared.unitStateText.clear();
+        shared.sensorCount = 0;
         result = fncSendCommand(command, true, reply, commandTimeout, false);
         if (result == "0000") {
-            run.unitStateText = twoCharacters(reply, replyData);
-            run.sensorCount = wholeNumber(twoCharacters(reply, replyData + 2));
+            shared.unitStateText = twoCharacters(reply, replyData);
+            shared.sensorCount = wholeNumber(twoCharacters(reply, replyData + 2));
         }
     });
 }

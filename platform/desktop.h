@@ -2,6 +2,7 @@
 // real desktop (platform/qt) and the simulated one (platform/simulated). All of it runs on one thread.
 #pragma once
 
+#include "base/time.h"
 #include "platform/files.h"
 #include "platform/form.h"
 #include "platform/serialPort.h"
@@ -37,9 +38,6 @@ struct FileDialog {
     std::string filter;       // pairs of description and pattern, separated and ended by "|"
     bool cancelError = false; // raise failureNumber::dialogCancelled when the operator cancels
 };
-
-// A moment that no clock reaches, for waits without a limit.
-constexpr std::int64_t never = INT64_MAX;
 
 class Desktop {
   public:

@@ -92,7 +92,7 @@ struct Control {
 };
 
 // A timer on the window's event queue. It ticks every `interval` milliseconds while it is enabled and the
-// interval is above 0; also again while its own tick still runs, if that tick lets window events run.
+// interval is above 0; also again while its own tick still runs, if that tick lets window events shared.
 // Setting either property starts the interval anew.
 class Timer {
   public:

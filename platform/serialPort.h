@@ -2,14 +2,13 @@
 // device and the cause; use of a port that is not open is such a failure.
 #pragma once
 
+#include "base/bytes.h"
+
 #include <cstdint>
 #include <span>
 #include <string>
-#include <vector>
 
 namespace platform {
-
-using Bytes = std::vector<std::uint8_t>;
 
 class SerialPort {
   public:

@@ -5,7 +5,7 @@ BEGIN { FS = ":" }
 
 $2 ~ /^ *0$/ && $3 == "Source" {
     source = $4
-    wanted = source ~ /^(common|ui|link|startup|firmware|transfer|app)\//
+    wanted = source ~ /^(base|state|ui|link|startup|firmware|transfer|app)\//
     next
 }
 

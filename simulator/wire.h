@@ -1,23 +1,12 @@
-// The bytes, sizes and times of the line that the unit knows.
+// The bytes, and sizes of the line that the unit knows.
 #pragma once
 
+#include "base/bytes.h"
+#include "base/time.h"
+
 #include <cstddef>
-#include <cstdint>
-#include <vector>
 
 namespace simulator {
-
-using Bytes = std::vector<std::uint8_t>;
-
-// A moment or a length of time in microseconds, on whatever clock the owner of the unit keeps.
-using Micros = std::int64_t;
-
-constexpr Micros milliseconds(Micros count) {
-    return count * 1000;
-}
-constexpr Micros seconds(Micros count) {
-    return count * 1'000'000;
-}
 
 inline constexpr std::uint8_t soh = 0x01;
 inline constexpr std::uint8_t stx = 0x02;

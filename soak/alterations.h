@@ -8,8 +8,6 @@
 
 namespace soak {
 
-using simulator::Bytes;
-
 void flipBits(Bytes& bytes, Random& random);
 void loseBytes(Bytes& bytes, Random& random);
 void doubleByte(Bytes& bytes, Random& random);

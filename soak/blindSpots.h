@@ -11,8 +11,6 @@
 
 namespace soak {
 
-using simulator::Bytes;
-
 // What can pass without anybody's fault, and the evidence that it has passed in this very transfer; without that the
 // invariants bite.
 enum class BlindSpot {

@@ -8,13 +8,10 @@
 namespace soak {
 
 using platform::Direction;
-using platform::Failure;
 using platform::Lasting;
 using platform::Passage;
 using platform::World;
-using simulator::milliseconds;
-using simulator::seconds;
-namespace failureNumber = platform::failureNumber;
+namespace failureNumber = failureNumber;
 
 namespace {
 
@@ -290,7 +287,7 @@ Micros FaultInjector::stop() {
     world_.files.setRoom({});
     platform::Socket& socket = world_.port.socket(platform::usualComPort);
     if (socket.pulledAt > world_.clock.now()) {
-        socket.pulledAt = platform::noMoment;
+        socket.pulledAt = never;
     }
     simulator::UnitOptions& unit = world_.unit.options();
     const simulator::UnitOptions usual;

@@ -1,6 +1,6 @@
 #include "soak/monitor.h"
 
-#include "common/variables.h"
+#include "state/variables.h"
 #include "transfer/programState.h"
 
 #include <algorithm>
@@ -12,8 +12,6 @@ using platform::Direction;
 using platform::FormChange;
 using platform::MousePointer;
 using platform::Passage;
-using simulator::milliseconds;
-using simulator::seconds;
 
 namespace {
 
@@ -236,7 +234,7 @@ void Monitor::checkWindows() {
 
 void Monitor::eventRan() {
     deed_.reset();
-    if (run.stepBusy || run.settingPort) {
+    if (shared.stepBusy || shared.settingPort) {
         log_.violation("a mark of work under way is left behind");
     }
     const FrmMain* form = mainForm(world_.desktop);
@@ -246,7 +244,7 @@ void Monitor::eventRan() {
     if (!form->CommTimer.running()) {
         checkRest(*form);
         endOperation();
-    } else if (resting(run.programState)) {
+    } else if (resting(shared.programState)) {
         log_.violation("CommTimer runs while nothing is under way");
     } else if (!world_.desktop.keptAwake()) {
         log_.violation("the computer may go to sleep between two steps");
@@ -260,9 +258,10 @@ void Monitor::checkRest(const FrmMain& form) {
         {form.mousePointer != MousePointer::hourglass, "the pointer is left at the hourglass"},
         {!frmWaitLoaded(), "the progress dialog is left behind"},
         {!world_.desktop.keptAwake(), "the computer is left kept awake"},
-        {resting(run.programState), "the procedures are left in the midst of something"},
-        {!run.verifying, "a verification is left under way"},
-        {run.programState != FirmComm::state::verified || run.serialPort == nullptr, "a verification keeps the port"},
+        {resting(shared.programState), "the procedures are left in the midst of something"},
+        {!shared.verifying, "a verification is left under way"},
+        {shared.programState != FirmComm::state::verified || shared.serialPort == nullptr,
+         "a verification keeps the port"},
         {portBad() || !operation_ || order_.settled(verifying()), "the unit is not told that the procedure is over"},
     }};
     for (const auto& [met, complaint] : demands) {

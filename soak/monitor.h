@@ -13,7 +13,6 @@
 
 namespace soak {
 
-using platform::Micros;
 
 // What came of sessions.
 struct Tally {

@@ -6,8 +6,6 @@
 
 namespace soak {
 
-using simulator::milliseconds;
-
 namespace {
 
 constexpr std::array<const char*, 7> jobNames{"start", "load", "write", "save", "verification", "language", "row"};

@@ -51,7 +51,7 @@ struct Plan {
     std::vector<Fault> faults;
     JobKind last = JobKind::write; // or a save; done without faults after all others
     int cancelPercent = 0;         // of boxes and file dialogs that the operator cancels
-    platform::Micros reaction = 0;
+    Micros reaction = 0;
 };
 
 Plan planOf(std::uint64_t seed);

@@ -1,7 +1,7 @@
 #include "soak/session.h"
 
 #include "app/program.h"
-#include "common/variables.h"
+#include "state/variables.h"
 
 #include <algorithm>
 
@@ -40,7 +40,7 @@ class Session {
     void finish();
     void requireSuccess(JobKind kind);
     bool operatorWaits() const;
-    bool portLives() const { return run.serialPort != nullptr && world_.port.isOpen() && !world_.port.lost(); }
+    bool portLives() const { return shared.serialPort != nullptr && world_.port.isOpen() && !world_.port.lost(); }
 
     const Plan& plan_;
     World world_;
@@ -133,7 +133,7 @@ bool Session::operatorWaits() const {
     return !world_.desktop.ended() && log_.violations().empty();
 }
 
-// Does it, and lets all that follows run. False when it was not possible.
+// Does it, and lets all that follows shared. False when it was not possible.
 bool Session::act(const Deed& deed) {
     if (!world_.person.refusal(deed).empty()) {
         return false;

@@ -35,7 +35,7 @@ constexpr std::array<WordRow, 15> words{{
     {Word::unknown, "something unknown", {}},
 }};
 
-bool isFrameOf(const simulator::Bytes& message, std::string_view command) {
+bool isFrameOf(const Bytes& message, std::string_view command) {
     std::string text = "00000" + std::string(command);
     const std::size_t unit = text.find("uu");
     if (unit == std::string::npos) {
@@ -45,7 +45,7 @@ bool isFrameOf(const simulator::Bytes& message, std::string_view command) {
            message == simulator::frameOf(text.replace(unit, 2, "00"));
 }
 
-Word frameWord(const simulator::Bytes& message) {
+Word frameWord(const Bytes& message) {
     const auto row = std::ranges::find_if(words, [&](const WordRow& candidate) {
         return !candidate.command.empty() && isFrameOf(message, candidate.command);
     });

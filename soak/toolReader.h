@@ -43,10 +43,10 @@ class ToolReader {
     void dropFrame() { frameParts_ = 0; }
 
     // The bytes of the latest message.
-    const simulator::Bytes& message() const { return message_; }
+    const Bytes& message() const { return message_; }
 
   private:
-    simulator::Bytes message_;
+    Bytes message_;
     int frameParts_ = 0; // writes of the frame under way
 };
 

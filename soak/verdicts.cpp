@@ -1,6 +1,6 @@
 // What the monitor makes of the end of an operation and of the end of the program.
-#include "common/variables.h"
 #include "soak/monitor.h"
+#include "state/variables.h"
 
 #include <algorithm>
 
@@ -22,7 +22,7 @@ std::span<const std::uint8_t> imagePart(const Bytes& variable) {
 
 const Bytes& Monitor::unitImage() const {
     const simulator::UnitOptions& unit = world_.unit.options();
-    return run.targetUnit == 1 ? unit.amplifierImage : unit.interfaceUnitImage;
+    return shared.targetUnit == 1 ? unit.amplifierImage : unit.interfaceUnitImage;
 }
 
 void Monitor::succeeded() {
@@ -40,10 +40,10 @@ void Monitor::succeeded() {
 }
 
 void Monitor::compared(bool equal) {
-    if (equal != (run.readBackImage == run.firmwareImage)) {
+    if (equal != (shared.readBackImage == shared.firmwareImage)) {
         log_.violation("the verification tells of another comparison");
     }
-    if (!portBad() && !read_.holds(imagePart(run.readBackImage))) {
+    if (!portBad() && !read_.holds(imagePart(shared.readBackImage))) {
         log_.violation("what was read back is not what arrived");
     }
     const bool held = unitImage() == loaded_;
@@ -57,18 +57,18 @@ void Monitor::compared(bool equal) {
 
 void Monitor::checkLoaded() {
     const FrmMain& form = *mainForm(world_.desktop);
-    if (form.cmdUpgrade.enabled != run.fileLoaded) {
+    if (form.cmdUpgrade.enabled != shared.fileLoaded) {
         log_.violation("the upgrade button does not fit the file");
     }
     const platform::SimulatedFile* file = operation_->file();
     const bool fits = file != nullptr && file->content.size() == simulator::imageSize;
-    const auto present = imagePart(run.firmwareImage);
+    const auto present = imagePart(shared.firmwareImage);
     const Bytes named = fits ? Bytes(file->content.begin(), file->content.end()) : Bytes();
-    if (fits && operation_->boxCount() == 0 && !run.fileLoaded) {
+    if (fits && operation_->boxCount() == 0 && !shared.fileLoaded) {
         log_.violation("a file is not loaded and nobody says why");
-    } else if (run.fileLoaded && fits && std::ranges::equal(present, named)) {
+    } else if (shared.fileLoaded && fits && std::ranges::equal(present, named)) {
         loaded_ = named;
-    } else if (run.fileLoaded && (!std::ranges::equal(present, loaded_) || (fits && operation_->boxCount() == 0))) {
+    } else if (shared.fileLoaded && (!std::ranges::equal(present, loaded_) || (fits && operation_->boxCount() == 0))) {
         log_.violation("what is loaded is not the file");
     }
 }
@@ -125,7 +125,7 @@ void Monitor::endOperation() {
     operation_.reset();
 }
 
-// The end of a run.
+// The end of a shared.
 
 void Monitor::ranTo(RunEnd end) {
     const auto& violations = world_.desktop.violations();

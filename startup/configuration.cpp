@@ -1,10 +1,10 @@
 #include "startup/configuration.h"
 
-#include "common/checked.h"
-#include "common/profile.h"
-#include "common/text.h"
-#include "common/variables.h"
+#include "base/checked.h"
+#include "base/text.h"
 #include "platform/desktop.h"
+#include "platform/profile.h"
+#include "state/variables.h"
 #include "ui/messages.h"
 
 using platform::desktop;
@@ -21,14 +21,14 @@ std::string iniPath(const char* fileName) {
 }
 
 std::string typeValue(const std::string& section, const std::string& key) {
-    run.iniFilePath = iniPath("TYPE.INI");
-    return fncGetIniString(section, key, run.iniFilePath);
+    shared.iniFilePath = iniPath("TYPE.INI");
+    return fncGetIniString(section, key, shared.iniFilePath);
 }
 
-// Takes the range whose base stands in item `base` of run.iniList; the model name stands in the next.
+// Takes the range whose base stands in item `base` of shared.iniList; the model name stands in the next.
 bool takeRange(std::int32_t base, std::int32_t rawVersion, std::string& typeName, std::int32_t& version) {
-    version = roundToWhole(rawVersion - numericBeginning(at(run.iniList, base)));
-    typeName = at(run.iniList, base + 1);
+    version = roundToWhole(rawVersion - numericBeginning(at(shared.iniList, base)));
+    typeName = at(shared.iniList, base + 1);
     return version >= 0 && version <= highestVersion;
 }
 
@@ -40,17 +40,17 @@ std::string fncGetIniString(const std::string& section, const std::string& key, 
 
 std::int16_t fncSplitList(std::string& text) {
     text = replaceAll(text, '\t', ' ');
-    run.iniList.clear();
+    shared.iniList.clear();
     std::size_t start = 0;
-    while (run.iniList.size() < mostItems) {
+    while (shared.iniList.size() < mostItems) {
         const std::size_t comma = text.find(',', start);
-        run.iniList.push_back(trim(std::string_view(text).substr(start, comma - start)));
+        shared.iniList.push_back(trim(std::string_view(text).substr(start, comma - start)));
         if (comma == std::string::npos) {
             break;
         }
         start = comma + 1;
     }
-    return static_cast<std::int16_t>(run.iniList.size());
+    return static_cast<std::int16_t>(shared.iniList.size());
 }
 
 bool fncGetAmpType(const std::string& key, std::int32_t rawVersion, std::string& typeName, std::int32_t& version) {
@@ -76,7 +76,7 @@ std::string fncGetIfuType(const std::string& key, const std::string& section) {
         return {};
     }
     fncSplitList(value);
-    return typeValue("IFU_DEFINE", at(run.iniList, 0));
+    return typeValue("IFU_DEFINE", at(shared.iniList, 0));
 }
 
 std::string fncGetAmpBinType(const std::string& typeText) {
@@ -85,18 +85,18 @@ std::string fncGetAmpBinType(const std::string& typeText) {
 
 bool fncReadSetting() {
     try {
-        run.targetUnit = 1;
-        run.iniFilePath = iniPath("Setting.INI");
-        run.bpsText = "38400";
-        run.comPortNumber = 1;
-        if (const auto number = readsAsNumber(fncGetIniString("IFU", "COM", run.iniFilePath))) {
-            run.comPortNumber = narrow<std::int16_t>(roundToWhole(*number));
+        shared.targetUnit = 1;
+        shared.iniFilePath = iniPath("Setting.INI");
+        shared.bpsText = "38400";
+        shared.comPortNumber = 1;
+        if (const auto number = readsAsNumber(fncGetIniString("IFU", "COM", shared.iniFilePath))) {
+            shared.comPortNumber = narrow<std::int16_t>(roundToWhole(*number));
         }
-        run.loadFilePath.clear();
-        run.saveFilePath.clear();
-        run.ampVersionText.clear();
-        run.ifuVersionText.clear();
-        run.fileVersionText.clear();
+        shared.loadFilePath.clear();
+        shared.saveFilePath.clear();
+        shared.ampVersionText.clear();
+        shared.ifuVersionText.clear();
+        shared.fileVersionText.clear();
         return true;
     } catch (const std::exception&) {
         subReportError();

@@ -11,7 +11,7 @@ namespace Common {
 // blanks at both ends. Empty when there is none.
 std::string fncGetIniString(const std::string& section, const std::string& key, const std::string& path);
 
-// Splits `text` at its commas into run.iniList, blanks at the ends of the items removed, and gives the number of items:
+// Splits `text` at its commas into shared.iniList, blanks at the ends of the items removed, and gives the number of items:
 // at least 1, at most 101, the rest is dropped. Tabs in `text` become blanks.
 std::int16_t fncSplitList(std::string& text);
 
@@ -26,7 +26,7 @@ std::string fncGetIfuType(const std::string& key, const std::string& section);
 // Key of the amplifier type that a firmware file's type text stands for; empty when it is not known.
 std::string fncGetAmpBinType(const std::string& typeText);
 
-// Fills the start values of a run. False, after a report, when the port number does not fit into 16 bits.
+// Fills the start values of a shared. False, after a report, when the port number does not fit into 16 bits.
 bool fncReadSetting();
 
 } // namespace Common

@@ -1,18 +1,17 @@
 #include "startup/identification.h"
 
-#include "common/checked.h"
-#include "common/text.h"
-#include "common/variables.h"
+#include "base/checked.h"
+#include "base/text.h"
 #include "link/replyReceiver.h"
 #include "link/unitCommands.h"
 #include "platform/desktop.h"
 #include "startup/configuration.h"
+#include "state/variables.h"
 #include "ui/language.h"
 #include "ui/messages.h"
 #include "ui/stringTable.h"
 
 using CommonComm::replyData;
-using platform::Bytes;
 using platform::desktop;
 namespace boxStyle = platform::boxStyle;
 
@@ -36,9 +35,9 @@ void refuseUnit(std::int32_t id, std::int32_t japaneseStyle, std::int32_t englis
 }
 
 void requireOneSensor() {
-    if (run.unitStateText == "01" || run.sensorCount == 0) {
+    if (shared.unitStateText == "01" || shared.sensorCount == 0) {
         refuseUnit(textId::unitNotConnected, boxStyle::critical, boxStyle::critical);
-    } else if (run.sensorCount != 1) {
+    } else if (shared.sensorCount != 1) {
         refuseUnit(textId::notOnlyOneSensor, boxStyle::question, boxStyle::question + boxStyle::okCancel);
     }
 }
@@ -56,20 +55,20 @@ void takeAmplifier(std::int32_t rawVersion, const Bytes& typeReply) {
     std::int32_t version = 0;
     if (typeReply.size() > typeKeyByte) {
         const std::string typeKey = hexText(typeReply[typeKeyByte], 2).substr(0, 1);
-        Common::fncGetAmpType(typeKey, rawVersion, run.ampTypeName, version);
+        Common::fncGetAmpType(typeKey, rawVersion, shared.ampTypeName, version);
     }
-    run.ampVersionText = thousandthsText(version);
+    shared.ampVersionText = thousandthsText(version);
 }
 
 void takeInterfaceUnit(const Bytes& reply) {
     const std::string idText(reply.begin() + replyData, reply.end());
-    run.ifuTypeName =
+    shared.ifuTypeName =
         trim(Common::fncGetIfuType(trim(textOfBytes(std::string_view(idText).substr(0, modelLength))), "IFU_TYPE"));
     const std::size_t v = idText.find('V', modelLength - 1);
     if (v != std::string::npos) {
-        run.ifuVersionText = textOfBytes(std::string_view(idText).substr(v + 1, versionLength));
+        shared.ifuVersionText = textOfBytes(std::string_view(idText).substr(v + 1, versionLength));
     }
-    run.ifuVersionText = trim(run.ifuVersionText);
+    shared.ifuVersionText = trim(shared.ifuVersionText);
 }
 
 void identify() {
@@ -78,13 +77,13 @@ void identify() {
         if (result != "1004") {
             desktop().endProgram();
         }
-        run.ifuVersionText.clear();
+        shared.ifuVersionText.clear();
         return;
     }
     requireOneSensor();
-    run.targetUnit = 1;
+    shared.targetUnit = 1;
     const auto readArea = [&](const char* area) {
-        return Common::fncReadArea(area, run.targetUnit, 1, reply, Common::commandTimeout, false);
+        return Common::fncReadArea(area, shared.targetUnit, 1, reply, Common::commandTimeout, false);
     };
     if (const std::string result = readArea("D4"); result != "0000") {
         if (result != "2204") {
@@ -97,8 +96,8 @@ void identify() {
         desktop().endProgram();
     }
     takeAmplifier(rawVersion, reply);
-    run.ifuVersionText.clear();
-    run.ifuTypeName.clear();
+    shared.ifuVersionText.clear();
+    shared.ifuTypeName.clear();
     if (Common::fncCommand("0501", reply) != "0000") {
         desktop().endProgram();
     }

@@ -1,14 +1,14 @@
 #include "startup/startUpWindow.h"
 
-#include "common/checked.h"
-#include "common/flagMark.h"
-#include "common/variables.h"
+#include "base/checked.h"
+#include "base/failure.h"
+#include "base/flagMark.h"
 #include "link/commPort.h"
 #include "link/unitCommands.h"
 #include "platform/desktop.h"
-#include "platform/failure.h"
 #include "startup/configuration.h"
 #include "startup/identification.h"
+#include "state/variables.h"
 #include "ui/forms.h"
 #include "ui/mainWindow.h"
 #include "ui/messages.h"
@@ -55,8 +55,7 @@ void offerPorts(FrmStartUp& form) {
 
 void selectPort(FrmStartUp& form, std::int16_t number) {
     if (number < 1 || number > portsOffered) {
-        throw platform::Failure(platform::failureNumber::invalidProperty,
-                                "The list of ports has no COM" + std::to_string(number) + ".");
+        throw Failure(failureNumber::invalidProperty, "The list of ports has no COM" + std::to_string(number) + ".");
     }
     form.cmbCom.listIndex = number - 1;
 }
@@ -69,7 +68,7 @@ void handOver() {
 
 void showWindow(FrmStartUp& form) {
     ResourceSetting::subSetFormText(form.name);
-    frmMain().chkVerify.font.name = run.screenFontName;
+    frmMain().chkVerify.font.name = shared.screenFontName;
     if (desktop().previousInstance()) {
         fncMsgBox(textId::alreadyStarted, boxStyle::critical);
         desktop().endProgram();
@@ -83,10 +82,10 @@ void showWindow(FrmStartUp& form) {
 }
 
 void probeUnit(FrmStartUp& form) {
-    selectPort(form, run.comPortNumber);
-    CommonComm::fncOpenPort(run.comPortNumber, run.bpsText + lineParameters);
-    run.commBusy = false;
-    platform::Bytes reply;
+    selectPort(form, shared.comPortNumber);
+    CommonComm::fncOpenPort(shared.comPortNumber, shared.bpsText + lineParameters);
+    shared.commBusy = false;
+    Bytes reply;
     const std::string result = Common::fncCommand("0501", reply);
     if (result == "0000") {
         subIdentifyUnit();
@@ -94,7 +93,7 @@ void probeUnit(FrmStartUp& form) {
     } else if (result == "2204") {
         desktop().endProgram();
     } else {
-        desktop().msgBox(run.portSetupText, boxStyle::exclamation, messageText::title);
+        desktop().msgBox(shared.portSetupText, boxStyle::exclamation, messageText::title);
         offerPorts(form);
     }
 }
@@ -102,7 +101,7 @@ void probeUnit(FrmStartUp& form) {
 // Two tries; window events run after each that failed.
 bool unitAnswers() {
     for (int tries = 0; tries < 2; ++tries) {
-        platform::Bytes reply;
+        Bytes reply;
         if (Common::fncCommand("0501", reply) == "0000") {
             return true;
         }
@@ -122,7 +121,7 @@ void tryChosenPort(const FrmStartUp& form) {
         fncMsgBox(textId::portNotEffective1, boxStyle::exclamation, std::to_string(port));
         return;
     }
-    run.comPortNumber = port;
+    shared.comPortNumber = port;
     subIdentifyUnit();
     handOver();
 }
@@ -143,10 +142,10 @@ void Form_Load() {
 }
 
 void cmdTest_Click() {
-    if (run.settingPort) {
+    if (shared.settingPort) {
         return;
     }
-    const FlagMark mark(run.settingPort);
+    const FlagMark mark(shared.settingPort);
     tryChosenPort(frmStartUp());
 }
 

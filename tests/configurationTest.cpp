@@ -1,8 +1,8 @@
 // The two INI files and the texts in them.
 #include "startup/configuration.h"
 
-#include "common/profile.h"
-#include "common/text.h"
+#include "base/text.h"
+#include "platform/profile.h"
 #include "tests/failureOf.h"
 #include "tests/session.h"
 
@@ -44,7 +44,7 @@ TEST(Ini, SplitsListsAtCommas) {
     for (const auto& [text, items] : rows) {
         std::string given = text;
         EXPECT_EQ(Common::fncSplitList(given), std::ssize(items)) << text;
-        EXPECT_EQ(run.iniList, items) << text;
+        EXPECT_EQ(shared.iniList, items) << text;
         EXPECT_EQ(given.find('\t'), std::string::npos);
     }
 }
@@ -116,8 +116,8 @@ TEST(Settings, ChooseThePort) {
         Session session;
         session.world.files.put("/tarnbeacon/Setting.INI", std::string("[IFU]\n") + line + "\n");
         EXPECT_EQ(Common::fncReadSetting(), number != 1 || std::string(line) != "COM=40000") << line;
-        EXPECT_EQ(run.comPortNumber, number) << line;
-        EXPECT_EQ(run.bpsText, "38400");
+        EXPECT_EQ(shared.comPortNumber, number) << line;
+        EXPECT_EQ(shared.bpsText, "38400");
     }
 }
 

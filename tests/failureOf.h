@@ -1,15 +1,15 @@
 #pragma once
 
-#include "platform/failure.h"
+#include "base/failure.h"
 
 #include <gtest/gtest.h>
 
 // The failure that `action` raises; its number is 0 where it raises none.
 template <class Action>
-platform::Failure failureIn(Action action) {
+Failure failureIn(Action action) {
     try {
         action();
-    } catch (const platform::Failure& failure) {
+    } catch (const Failure& failure) {
         EXPECT_FALSE(failure.description().empty());
         return failure;
     }

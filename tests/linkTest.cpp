@@ -133,7 +133,7 @@ TEST_F(Link, GivesTheResultOfEachReply) {
             SCOPED_TRACE(row.what);
             world.files.remove("/tarnbeacon/KelpLog.txt");
             const std::string boxesBefore = session.boxes();
-            run.commBusy = false;
+            shared.commBusy = false;
             world.unit.options().answers = {
                 {"0501", 0, {.reply = row.reply, .silent = row.reply.empty(), .pieces = {piece, milliseconds(3)}}}};
             Bytes reply;
@@ -145,7 +145,7 @@ TEST_F(Link, GivesTheResultOfEachReply) {
             EXPECT_EQ(lasted >= seconds(5), row.late) << lasted;
             EXPECT_EQ(log().empty() ? "" : log().substr(log().find('[')),
                       row.logged.empty() ? "" : "[NG2] " + row.logged + " \r\n");
-            EXPECT_EQ(run.commBusy, !row.box.empty());
+            EXPECT_EQ(shared.commBusy, !row.box.empty());
             EXPECT_EQ(session.boxes(), boxesBefore + row.box);
             world.port.clearReceived();
         }
@@ -154,29 +154,29 @@ TEST_F(Link, GivesTheResultOfEachReply) {
 
 TEST_F(Link, StoresTheDataOfAReplyInBothForms) {
     EXPECT_EQ(resultOf({.reply = frameOf("000000010100000000041A")}, false), "0000");
-    EXPECT_EQ(run.replyBytes, (Bytes{1, 1, 0, 0, 0, 0, 4, 0x1A}));
+    EXPECT_EQ(shared.replyBytes, (Bytes{1, 1, 0, 0, 0, 0, 4, 0x1A}));
     EXPECT_EQ(resultOf({.reply = frameOf("000000010100000000041A")}, true), "0000");
-    EXPECT_EQ(run.replyBytes, (Bytes{1, 1, 0, 0, '0', '0', '0', '0', '0', '4', '1', 'A'}));
+    EXPECT_EQ(shared.replyBytes, (Bytes{1, 1, 0, 0, '0', '0', '0', '0', '0', '4', '1', 'A'}));
     EXPECT_EQ(resultOf({.reply = wrongCheck("000011ab")}), "9011");
-    EXPECT_EQ(run.replyBytes.size(), 451u);
+    EXPECT_EQ(shared.replyBytes.size(), 451u);
     EXPECT_EQ(resultOf({.reply = frameOf("00000005010000"), .delay = seconds(1)}, true, 0), "9999");
     EXPECT_EQ(sent().size(), 4 * 12u); // sent all the same
 }
 
 TEST_F(Link, WaitsForTheLinkThatAFailureHasLeftBusy) {
-    run.commBusy = true;
+    shared.commBusy = true;
     EXPECT_EQ(fncExchange("0501", true, 5000), "9998");
     EXPECT_EQ(sent(), "");
     Bytes reply;
     EXPECT_GE(timeOf([&] { EXPECT_EQ(fncCommand("0501", reply), "0000"); }), seconds(5));
-    EXPECT_FALSE(run.commBusy);
+    EXPECT_FALSE(shared.commBusy);
 }
 
 TEST_F(Link, AsksFromTheThirdTryOnWhetherToGoOn) {
-    run.commRetry = 2;
+    shared.commRetry = 2;
     EXPECT_EQ(resultOf({.resultCode = "1234"}), "1234");
     EXPECT_EQ(session.boxes(), "");
-    run.commRetry = 3;
+    shared.commRetry = 3;
     EXPECT_EQ(resultOf({.resultCode = "1234"}), "1234");
     EXPECT_EQ(session.boxes(), box::goOn + "1\n");
     Bytes reply;
@@ -201,8 +201,8 @@ TEST_F(Link, ReadsTheUnitState) {
         world.unit.options().answers = {{"0601", 0, {.reply = frameOf(std::string("0000000601") + row.reply)}}};
         Bytes reply;
         EXPECT_EQ(fncReadUnitState("0601", reply), row.result) << row.reply;
-        EXPECT_EQ(run.unitStateText, row.state) << row.reply;
-        EXPECT_EQ(run.sensorCount, row.sensors) << row.reply;
+        EXPECT_EQ(shared.unitStateText, row.state) << row.reply;
+        EXPECT_EQ(shared.sensorCount, row.sensors) << row.reply;
     }
     const std::string box = "Tarn Beacon|Application error.\r\nRES : 0000|16>1\n";
     EXPECT_EQ(session.boxes(), box + box);
@@ -226,7 +226,7 @@ TEST_F(Link, KeepsTheLogOfAFullDiskFromHoldingTheLink) {
     Bytes reply;
     world.unit.options().answers = {{"0501", 0, {.reply = wrongCheck("00000005010000")}}};
     EXPECT_EQ(fncCommand("0501", reply), "9999");
-    EXPECT_FALSE(run.commBusy);
+    EXPECT_FALSE(shared.commBusy);
 }
 
 TEST(Port, OpensWithAMessageForEachFailure) {
@@ -256,7 +256,7 @@ TEST(Port, OpensWithAMessageForEachFailure) {
     };
     for (const Row& row : rows) {
         Session session({.comPort = 9});
-        run = Variables();
+        shared = SharedVariables();
         row.prepare(session.world);
         EXPECT_EQ(fncOpenPort(9, "38400,n,8,1"), row.open && row.boxes.empty()) << row.what;
         EXPECT_EQ(session.boxes(), row.boxes) << row.what;

@@ -71,7 +71,7 @@ TEST_F(Load, ShowsWhatTheFileIs) {
         putFile(row.type, row.version);
         EXPECT_EQ(load(), row.box) << row.type;
         EXPECT_EQ(fileRow(), row.row) << row.type << row.version;
-        EXPECT_TRUE(run.fileLoaded && frmMain().cmdUpgrade.enabled) << row.type;
+        EXPECT_TRUE(shared.fileLoaded && frmMain().cmdUpgrade.enabled) << row.type;
         EXPECT_EQ(frmMain().mousePointer, MousePointer::arrow);
     }
 }
@@ -107,13 +107,13 @@ TEST_F(Load, KeepsOrDropsTheFileLoadedBefore) {
         world.desktop.chooseFile = [](const AskedFile&) { return path; };
         putFile("AMPFIRM", 11046);
         EXPECT_EQ(load(), "") << row.what;
-        const Bytes before = run.firmwareImage;
+        const Bytes before = shared.firmwareImage;
         row.prepare();
         EXPECT_EQ(load().starts_with(row.box), true) << row.what;
         EXPECT_EQ(fileRow(), row.kept ? "QT-MVR|1.046" : "|") << row.what;
-        EXPECT_EQ(run.fileLoaded, row.kept) << row.what;
+        EXPECT_EQ(shared.fileLoaded, row.kept) << row.what;
         EXPECT_EQ(frmMain().cmdUpgrade.enabled, row.kept) << row.what;
-        EXPECT_EQ(run.firmwareImage == before, row.kept) << row.what;
+        EXPECT_EQ(shared.firmwareImage == before, row.kept) << row.what;
     }
 }
 

@@ -1,9 +1,9 @@
 // The real program's sender, on the real desktop and a pseudo terminal, against another program's XMODEM receiver.
 #include "app/program.h"
-#include "common/variables.h"
 #include "link/commPort.h"
 #include "platform/qt/qtDesktop.h"
 #include "simulator/sampleImage.h"
+#include "state/variables.h"
 #include "tests/farEnd.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
@@ -39,8 +39,8 @@ TEST(Peer, ReceivesTheImageWithCrcAndWithChecksum) {
     program::bindEvents();
     const fs::path folder = desktop.programDirectory();
     std::ofstream(folder / "TYPE.INI") << "[AMP_TYPE]\n";
-    const simulator::Bytes image = simulator::makeSampleImage({});
-    std::ranges::copy(image, run.firmwareImage.begin());
+    const Bytes image = simulator::makeSampleImage({});
+    std::ranges::copy(image, shared.firmwareImage.begin());
 
     for (const char* mode : {"--with-crc", "--binary"}) { // without a mode it asks for checksums
         const int end = openFarEnd();
@@ -55,7 +55,7 @@ TEST(Peer, ReceivesTheImageWithCrcAndWithChecksum) {
         EXPECT_EQ(::pclose(peer), 0) << mode;
         ::close(end);
         std::ifstream file(received, std::ios::binary);
-        EXPECT_EQ(simulator::Bytes(std::istreambuf_iterator<char>(file), {}), image) << mode;
+        EXPECT_EQ(Bytes(std::istreambuf_iterator<char>(file), {}), image) << mode;
         fs::remove(received);
     }
     unloadFrmWait();

@@ -106,7 +106,7 @@ TEST(Save, EndsInOneOfItsWays) {
         EXPECT_EQ(session.savedFile() == held, row.file == File::whole);
         EXPECT_EQ(session.savedFile().empty(), row.file == File::none);
         EXPECT_TRUE(session.atRest());
-        EXPECT_EQ(run.programState, 0);
+        EXPECT_EQ(shared.programState, 0);
         EXPECT_EQ(frmMain().mousePointer, MousePointer::standard); // never an hourglass
         if (row.again) {
             session.world.files.remove(saved);
@@ -157,7 +157,7 @@ TEST(Verification, EndsInOneOfItsWays) {
          [](World& world) {
              world.unit.options().answerLimit = seconds(1);
              world.line.addHook([acks = 0](Passage& passage) mutable {
-                 if (run.programState == 2 && passage.bytes == Bytes{0x06} && ++acks == 1000) {
+                 if (shared.programState == 2 && passage.bytes == Bytes{0x06} && ++acks == 1000) {
                      passage.bytes.clear();
                  }
              });
@@ -187,7 +187,7 @@ TEST(Verification, EndsInOneOfItsWays) {
         EXPECT_EQ(session.boxes(), row.boxes);
         EXPECT_EQ(session.operations(), row.operations);
         EXPECT_TRUE(session.atRest());
-        EXPECT_EQ(run.programState, row.programState);
+        EXPECT_EQ(shared.programState, row.programState);
         EXPECT_EQ(session.world.port.isOpen(), row.programState == 6);
         EXPECT_EQ(frmMain().lblVersion[0].caption, "1.022");
         EXPECT_EQ(session.savedFile(), Bytes());
@@ -238,10 +238,10 @@ TEST(Cancel, SendsTenCansOnlyWhileAReadReceives) {
 
     for (const int state : {0, 1, 5, 6, 7, 12, 13, 14}) {
         world.line.record().clear();
-        run.programState = state;
+        shared.programState = state;
         frmWait().cmdCancel.click();
         EXPECT_TRUE(world.line.record().entries().empty()) << state;
-        EXPECT_EQ(run.programState, state);
+        EXPECT_EQ(shared.programState, state);
         EXPECT_TRUE(frmWaitLoaded() && !frmWait().visible);
     }
 }
@@ -256,7 +256,7 @@ class Poll : public testing::Test {
   protected:
     Poll() {
         FirmComm::subResetReader();
-        run.signOfLifeAt = world.desktop.timeGetTime();
+        shared.signOfLifeAt = world.desktop.timeGetTime();
     }
     int poll(const Bytes& bytes, Micros wait = milliseconds(100)) {
         world.clock.advanceTo(world.clock.now() + wait);
@@ -283,7 +283,7 @@ TEST_F(Poll, FindsWhatHasCome) {
     EXPECT_EQ(poll({}), 0);
     struct Row {
         Bytes bytes;
-        int result, length; // run.blockLength afterwards
+        int result, length; // shared.blockLength afterwards
     };
     const Row rows[] = {
         {{0x06, 1, 2}, 2, 0},
@@ -301,23 +301,23 @@ TEST_F(Poll, FindsWhatHasCome) {
     };
     for (const Row& row : rows) {
         EXPECT_EQ(poll(row.bytes), row.result) << row.bytes.size();
-        EXPECT_EQ(run.blockLength, row.length) << row.bytes.size();
+        EXPECT_EQ(shared.blockLength, row.length) << row.bytes.size();
     }
-    EXPECT_EQ(run.blockBuffer[1], 0);
+    EXPECT_EQ(shared.blockBuffer[1], 0);
 }
 
 TEST_F(Poll, StoresOneElementMoreThanAnImageAndNoFurther) {
     poll(block(1, 'x'));
     for (int count = 0; count < 1922; ++count) {
-        run.blockLength = 132;
+        shared.blockLength = 132;
         FirmComm::subStoreBlock();
         if (count == 1919) {
-            EXPECT_EQ(run.readBackCount, imageSize);
-            EXPECT_EQ(run.readBackImage.back(), 0);
+            EXPECT_EQ(shared.readBackCount, imageSize);
+            EXPECT_EQ(shared.readBackImage.back(), 0);
         }
     }
-    EXPECT_EQ(run.readBackCount, imageSize + 1);
-    EXPECT_EQ(run.readBackImage.back(), 'x');
+    EXPECT_EQ(shared.readBackCount, imageSize + 1);
+    EXPECT_EQ(shared.readBackImage.back(), 'x');
     EXPECT_EQ(frmWait().prbComm.value, imageSize);
 }
 
@@ -377,8 +377,8 @@ TEST_F(Poll, StoresNoPieceAtAWrongPlace) {
             }
         }
         std::string stored;
-        for (std::int32_t offset = 0; offset < run.readBackCount; offset += blockSize) {
-            stored += static_cast<char>(run.readBackImage[static_cast<std::size_t>(offset)]);
+        for (std::int32_t offset = 0; offset < shared.readBackCount; offset += blockSize) {
+            stored += static_cast<char>(shared.readBackImage[static_cast<std::size_t>(offset)]);
         }
         EXPECT_EQ(stored, row.stored) << row.what;
         EXPECT_EQ(FirmComm::imageIncomplete(), row.incomplete) << row.what;

@@ -8,7 +8,6 @@
 
 namespace {
 
-using platform::Bytes;
 using replyOracle::Reads;
 
 constexpr int rightCheck = -1; // stands for the block check that would be right at its place

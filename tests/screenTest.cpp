@@ -1,5 +1,5 @@
 // What the windows hold: places, fonts, texts in both languages, the boxes.
-#include "common/text.h"
+#include "base/text.h"
 #include "tests/session.h"
 #include "ui/messages.h"
 #include "ui/resourceSetting.h"
@@ -112,13 +112,13 @@ TEST_F(Screen, SpeaksBothLanguages) {
     EXPECT_EQ(frmMain().lblTitle[0].font, (Font{"ＭＳ Ｐゴシック", 9.75, false, false}));
     EXPECT_EQ(frmMain().chkVerify.font.name, "Arial");
     EXPECT_EQ(frmStartUp().lblCom.font, (Font{"Arial", 9.75, true, false}));
-    EXPECT_EQ(run.binFileFilter, "Bin File (*.bin)|*.bin||");
+    EXPECT_EQ(shared.binFileFilter, "Bin File (*.bin)|*.bin||");
 
     selectLanguage(0);
     EXPECT_EQ(captions(frmMain()), "Tarn Beacon|現ソフト|QT-MVR|1.022|QT-KP42|2.301|書換ソフト|ベリファイ実行|読込|"
                                    "現在のソフトを保存|書込開始|終了|Language|Japanese|English");
     EXPECT_EQ(frmMain().lblPresent.font, (Font{"ＭＳ Ｐゴシック", 11.25, false, true}));
-    EXPECT_EQ(run.binFileFilter, "Binファイル (*.bin)|*.bin||");
+    EXPECT_EQ(shared.binFileFilter, "Binファイル (*.bin)|*.bin||");
     EXPECT_EQ(captions(frmStartUp()), startUp); // keeps its texts
     ResourceSetting::subSetFormText("frmStartUp");
     EXPECT_EQ(captions(frmStartUp()), "|通信速度|COMポート|設定|終了|Tarn Beacon");
@@ -194,7 +194,7 @@ TEST_F(Screen, SelectsTheRow) {
                 letters += label.textColour == windowText ? 'b' : label.textColour == greyText ? 'g' : '?';
             }
         }
-        return letters + std::to_string(run.targetUnit);
+        return letters + std::to_string(shared.targetUnit);
     };
     EXPECT_EQ(colours(), "bgbbgb1");
     session.press("optPresent", 1);

@@ -129,10 +129,10 @@ class Sender : public testing::Test {
   protected:
     Sender() {
         session.start();
-        world.clock.setLimit(noMoment);
-        run.firmwareImage.assign(imageSize + 1, 0);
+        world.clock.setLimit(never);
+        shared.firmwareImage.assign(imageSize + 1, 0);
         for (int block = 1; block <= blockCount; ++block) { // a block's data begin with the high byte of its number
-            run.firmwareImage[static_cast<std::size_t>((block - 1) * blockSize)] =
+            shared.firmwareImage[static_cast<std::size_t>((block - 1) * blockSize)] =
                 static_cast<std::uint8_t>(block >> 8);
         }
         world.line.setPace(unpaced);

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "app/program.h"
-#include "common/variables.h"
 #include "platform/simulated/world.h"
+#include "state/variables.h"
 #include "transfer/programState.h"
 #include "ui/forms.h"
 
@@ -13,9 +13,6 @@
 #include <vector>
 
 using namespace platform;
-using simulator::Micros;
-using simulator::milliseconds;
-using simulator::seconds;
 
 // What is special about a run, said to its world before it begins.
 using Preparation = std::function<void(World&)>;
@@ -105,16 +102,16 @@ class Session {
         const FrmMain& form = frmMain();
         using namespace FirmComm::state;
         const bool resting =
-            run.programState == idle || run.programState == idleAfterWrite || run.programState == verified;
+            shared.programState == idle || shared.programState == idleAfterWrite || shared.programState == verified;
         if (form.visible && form.enabled && form.mousePointer != MousePointer::hourglass && !frmWaitLoaded() &&
-            !world.desktop.keptAwake() && !form.CommTimer.running() && !run.stepBusy && resting &&
+            !world.desktop.keptAwake() && !form.CommTimer.running() && !shared.stepBusy && resting &&
             world.desktop.violations().empty()) {
             return testing::AssertionSuccess();
         }
         return testing::AssertionFailure()
                << "visible " << form.visible << " enabled " << form.enabled << " frmWait " << frmWaitLoaded()
                << " kept awake " << world.desktop.keptAwake() << " CommTimer " << form.CommTimer.running()
-               << " stepBusy " << run.stepBusy << " programState " << run.programState << " violations "
+               << " stepBusy " << shared.stepBusy << " programState " << shared.programState << " violations "
                << testing::PrintToString(world.desktop.violations());
     }
 

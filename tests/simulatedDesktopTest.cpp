@@ -5,7 +5,6 @@
 #include "tests/testForm.h"
 
 using namespace platform;
-using simulator::milliseconds;
 
 namespace {
 

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 using namespace soak;
-using simulator::Bytes;
 
 namespace {
 

@@ -107,7 +107,7 @@ TEST(StartUp, OffersThePortsUntilAUnitAnswers) {
         EXPECT_TRUE(world.person.perform(choose("frmStartUp", "cmbCom", port - 1)));
         const Micros start = world.clock.now();
         world.desktop.run([&] { EXPECT_TRUE(world.person.perform(click("frmStartUp", "cmdTest"))); });
-        EXPECT_EQ(run.comPortNumber, frmStartUp().visible ? 3 : port);
+        EXPECT_EQ(shared.comPortNumber, frmStartUp().visible ? 3 : port);
         return std::pair(session.boxes().substr(before), (world.clock.now() - start) / seconds(1));
     };
     EXPECT_EQ(trySet(4).first, "Tarn Beacon|現在の通信ポート(COM4)は有効ではありません|16>1\n");

@@ -265,7 +265,7 @@ class EachOperation : public testing::TestWithParam<std::tuple<OperationGate& (*
         }
         loadAndWrite(session);
         gate(world).removeHooks();
-        const bool modelKnown = !run.ampTypeName.empty(); // else the write is refused
+        const bool modelKnown = !shared.ampTypeName.empty(); // else the write is refused
         EXPECT_EQ(loadAndWrite(session), modelKnown);
     }
 };

@@ -30,7 +30,7 @@ TEST(Write, EndsInOneOfItsWays) {
         Preparation prepare; // after the load
         std::string boxes, operations;
         bool equal;             // the unit holds the file
-        std::int16_t retry = 0; // run.commRetry at the end
+        std::int16_t retry = 0; // shared.commRetry at the end
         Micros atLeast = 0;
     };
     const Row rows[] = {
@@ -79,13 +79,13 @@ TEST(Write, EndsInOneOfItsWays) {
         EXPECT_EQ(session.operations(), row.operations);
         EXPECT_EQ(world.unit.receivedImage() == world.image && world.unit.journal().imageComplete, row.equal);
         EXPECT_TRUE(session.atRest());
-        EXPECT_EQ(run.commRetry, row.retry);
+        EXPECT_EQ(shared.commRetry, row.retry);
         EXPECT_GE(world.clock.now() - before, row.atLeast);
         EXPECT_EQ(frmMain().lblVersion[0].caption, row.equal ? "1.046" : "1.022");
         EXPECT_TRUE(frmMain().cmdUpgrade.enabled);
 
         // The way on: nothing stands between the operator and the next try.
-        if (row.equal || world.port.socket(3).pulledAt != noMoment || row.operations.empty()) {
+        if (row.equal || world.port.socket(3).pulledAt != never || row.operations.empty()) {
             continue;
         }
         world.unit.options() = simulator::UnitOptions();
@@ -104,17 +104,17 @@ TEST(Write, IsLeftByCancelAtTheQuestion) {
     EXPECT_EQ(session.operations(), "");
     EXPECT_EQ(frmMain().mousePointer, MousePointer::arrow);
     EXPECT_TRUE(session.atRest());
-    EXPECT_TRUE(run.fileLoaded);
+    EXPECT_TRUE(shared.fileLoaded);
 }
 
 TEST(Steps, DoNothingWhileOneRunsAndForStatesNotTheirs) {
     Session session;
     session.start();
     for (std::int32_t state = 0; state <= 14; ++state) {
-        run.stepBusy = true;
+        shared.stepBusy = true;
         EXPECT_EQ(FirmComm::fncWriteStep(state), 0);
         EXPECT_EQ(FirmComm::fncReadStep(state), 0);
-        run.stepBusy = false;
+        shared.stepBusy = false;
         EXPECT_TRUE(state == 7 || state == 12 || FirmComm::fncWriteStep(state) == state);
         EXPECT_TRUE(state == 1 || state == 2 || state == 4 || state == 5 || FirmComm::fncReadStep(state) == state);
     }
@@ -169,7 +169,7 @@ TEST(Write, SendsABlockByteForByte) {
         Session session;
         session.world.unit.options().crc = crc;
         session.load();
-        std::fill(run.firmwareImage.begin(), run.firmwareImage.begin() + blockSize, std::uint8_t{0xFF});
+        std::fill(shared.firmwareImage.begin(), shared.firmwareImage.begin() + blockSize, std::uint8_t{0xFF});
         Bytes sent;
         session.world.line.addHook([&](Passage& passage) {
             if (sent.empty() && passage.bytes.size() > blockSize) {

@@ -1,9 +1,9 @@
 #include "transfer/blockReader.h"
 
-#include "common/checked.h"
-#include "common/variables.h"
+#include "base/checked.h"
 #include "link/commPort.h"
 #include "platform/desktop.h"
+#include "state/variables.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
@@ -15,8 +15,6 @@
 #include <array>
 #include <span>
 #include <utility>
-
-using platform::Bytes;
 
 namespace FirmComm {
 
@@ -49,8 +47,8 @@ void tell(const char* japanese, const char* english) {
 }
 
 std::int32_t lookAtSilence(std::int64_t now) {
-    if (now - run.signOfLifeAt < silenceLimit) {
-        return run.blockLength > 0 ? found::noBlock : found::nothing;
+    if (now - shared.signOfLifeAt < silenceLimit) {
+        return shared.blockLength > 0 ? found::noBlock : found::nothing;
     }
     if (verificationSelected()) {
         tell("ユニットからの送信が止まりました。ファームウェアを確認できません。",
@@ -63,10 +61,10 @@ std::int32_t lookAtSilence(std::int64_t now) {
 }
 
 void keep(std::span<const std::uint8_t> bytes) {
-    std::ranges::fill(run.blockBuffer, std::uint8_t{0});
-    const auto kept = std::min(bytes.size(), run.blockBuffer.size());
-    std::ranges::copy_n(bytes.begin(), static_cast<std::ptrdiff_t>(kept), run.blockBuffer.begin());
-    run.blockLength = static_cast<std::int16_t>(kept);
+    std::ranges::fill(shared.blockBuffer, std::uint8_t{0});
+    const auto kept = std::min(bytes.size(), shared.blockBuffer.size());
+    std::ranges::copy_n(bytes.begin(), static_cast<std::ptrdiff_t>(kept), shared.blockBuffer.begin());
+    shared.blockLength = static_cast<std::int16_t>(kept);
 }
 
 std::int32_t controlResult(std::uint8_t byte) {
@@ -81,12 +79,12 @@ bool beginsAsBlock(std::span<const std::uint8_t> bytes) {
 // The first poll to find something after one that caught a block in the middle. Takes the rest of that block off
 // `bytes`; nothing is left when all of them may belong to it.
 void dropRest(std::span<const std::uint8_t>& bytes, bool rightAfter) {
-    const bool stored = run.blockLength >= blockSize;
+    const bool stored = shared.blockLength >= blockSize;
     if ((stored || !rightAfter) && bytes.size() == 1 && controlResult(bytes[0]) != found::nothing) {
         return; // the unit has gone on
     }
     // Of a block that is too short to be stored the rest may look like a beginning, but then it only fits as the rest.
-    if (!stored && run.blockLength + std::ssize(bytes) <= packetSize) {
+    if (!stored && shared.blockLength + std::ssize(bytes) <= packetSize) {
         bytes = {};
         return;
     }
@@ -97,14 +95,14 @@ void dropRest(std::span<const std::uint8_t>& bytes, bool rightAfter) {
             return;
         }
     }
-    run.cutBlocks.lost |= bytes.size() > longestRest; // the next block may have begun in them
+    shared.cutBlocks.lost |= bytes.size() > longestRest; // the next block may have begun in them
     bytes = {};
 }
 
 std::int32_t takePoll(std::span<const std::uint8_t> bytes, std::int64_t now) {
-    const bool rightAfter = now - run.signOfLifeAt < restGap;
-    run.signOfLifeAt = now;
-    Variables::CutBlocks& cut = run.cutBlocks;
+    const bool rightAfter = now - shared.signOfLifeAt < restGap;
+    shared.signOfLifeAt = now;
+    SharedVariables::CutBlocks& cut = shared.cutBlocks;
     if (cut.restDue) {
         const auto polled = bytes;
         dropRest(bytes, rightAfter);
@@ -118,8 +116,8 @@ std::int32_t takePoll(std::span<const std::uint8_t> bytes, std::int64_t now) {
         return control;
     }
     keep(bytes);
-    if (run.blockLength >= blockSize) {
-        cut.restDue = run.blockLength < packetSize && beginsAsBlock(bytes);
+    if (shared.blockLength >= blockSize) {
+        cut.restDue = shared.blockLength < packetSize && beginsAsBlock(bytes);
         return found::block;
     }
     if (bytes[0] == xModem::soh) {
@@ -129,10 +127,10 @@ std::int32_t takePoll(std::span<const std::uint8_t> bytes, std::int64_t now) {
 }
 
 // Only the lost block itself, as its number tells, makes good for it.
-void noteStored(Variables::CutBlocks& cut) {
-    const std::uint8_t number = run.blockBuffer[1];
+void noteStored(SharedVariables::CutBlocks& cut) {
+    const std::uint8_t number = shared.blockBuffer[1];
     cut.damaged |=
-        run.blockLength < allDataReceived || (cut.lost && number != static_cast<std::uint8_t>(cut.lastNumber + 1));
+        shared.blockLength < allDataReceived || (cut.lost && number != static_cast<std::uint8_t>(cut.lastNumber + 1));
     cut.lost = false;
     cut.lastNumber = number;
 }
@@ -165,27 +163,27 @@ std::int32_t fncReadBlock() {
         return bytes.empty() ? lookAtSilence(now) : takePoll(bytes, now); // bytes that wait win over a silence
     } catch (const std::exception&) {
         subReportError();
-        run.readFailed = true;
+        shared.readFailed = true;
         return found::end;
     }
 }
 
 void subStoreBlock() {
     try {
-        noteStored(run.cutBlocks);
+        noteStored(shared.cutBlocks);
         for (std::int32_t index = xModem::headerSize;
-             index < xModem::headerSize + blockSize && run.readBackCount <= imageSize; ++index) {
-            at(run.readBackImage, run.readBackCount) = at(run.blockBuffer, index);
-            ++run.readBackCount;
+             index < xModem::headerSize + blockSize && shared.readBackCount <= imageSize; ++index) {
+            at(shared.readBackImage, shared.readBackCount) = at(shared.blockBuffer, index);
+            ++shared.readBackCount;
         }
-        frmWait().prbComm.value = std::min(run.readBackCount, imageSize);
+        frmWait().prbComm.value = std::min(shared.readBackCount, imageSize);
     } catch (const std::exception&) {
         subReportError();
     }
 }
 
 bool imageIncomplete() {
-    return run.cutBlocks.damaged || run.cutBlocks.lost;
+    return shared.cutBlocks.damaged || shared.cutBlocks.lost;
 }
 
 void tellLostBlocks() {
@@ -201,9 +199,9 @@ void tellLostBlocks() {
 }
 
 void subResetReader() {
-    std::ranges::fill(run.readBackImage, std::uint8_t{0});
-    run.readBackCount = 0;
-    run.cutBlocks = {};
+    std::ranges::fill(shared.readBackImage, std::uint8_t{0});
+    shared.readBackCount = 0;
+    shared.cutBlocks = {};
 }
 
 } // namespace FirmComm

@@ -14,7 +14,7 @@ constexpr std::int32_t ack = 2;
 constexpr std::int32_t nak = 3;
 constexpr std::int32_t eot = 4;
 constexpr std::int32_t crcRequest = 5;
-constexpr std::int32_t noBlock = 6; // fewer bytes, or none while run.blockLength is above 0
+constexpr std::int32_t noBlock = 6; // fewer bytes, or none while shared.blockLength is above 0
 constexpr std::int32_t end = 12;    // silence for 3000 ms, or the port failed; the operator has seen why
 } // namespace found
 
@@ -22,10 +22,10 @@ constexpr std::int32_t end = 12;    // silence for 3000 ms, or the port failed; 
 // whole. No window event runs.
 void waitForWholeBlock();
 
-// Looks at the port once. Bytes of a block are in run.blockBuffer, run.blockLength of them.
+// Looks at the port once. Bytes of a block are in shared.blockBuffer, shared.blockLength of them.
 std::int32_t fncReadBlock();
 
-// Moves the 128 data bytes of run.blockBuffer to run.readBackImage, and the progress bar.
+// Moves the 128 data bytes of shared.blockBuffer to shared.readBackImage, and the progress bar.
 void subStoreBlock();
 
 // True when bytes of blocks caught in the middle are missing in the image.
@@ -34,7 +34,7 @@ bool imageIncomplete();
 // Tells the operator when that is so.
 void tellLostBlocks();
 
-// Forgets what an earlier transfer has left of image and blocks. run.blockBuffer and run.blockLength stay.
+// Forgets what an earlier transfer has left of image and blocks. shared.blockBuffer and shared.blockLength stay.
 void subResetReader();
 
 } // namespace FirmComm

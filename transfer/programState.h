@@ -1,4 +1,4 @@
-// Values of run.programState, the one variable that the transfer procedures step on.
+// Values of shared.programState, the one variable that the transfer procedures step on.
 #pragma once
 
 #include <cstdint>

@@ -1,13 +1,13 @@
 #include "transfer/readProcedure.h"
 
-#include "common/flagMark.h"
-#include "common/variables.h"
+#include "base/flagMark.h"
 #include "firmware/binaryFile.h"
 #include "link/resultCodes.h"
 #include "platform/desktop.h"
+#include "state/variables.h"
 #include "transfer/blockReader.h"
 #include "transfer/programState.h"
-#include "transfer/rawByte.h"
+#include "transfer/rawWrite.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
 #include "ui/messages.h"
@@ -17,8 +17,8 @@ namespace FirmComm {
 namespace {
 
 std::int32_t startRead() {
-    run.readFailed = !succeeded(fncStartTransfer("52"));
-    return run.readFailed ? state::readClosing : state::readBlocks;
+    shared.readFailed = !succeeded(fncStartTransfer("52"));
+    return shared.readFailed ? state::readClosing : state::readBlocks;
 }
 
 std::int32_t readBlock() {
@@ -36,7 +36,7 @@ std::int32_t readBlock() {
 
 void saveImage() {
     if (!imageIncomplete()) {
-        fncBinaryFile(run.saveFilePath, run.readBackImage, FileMode::write);
+        fncBinaryFile(shared.saveFilePath, shared.readBackImage, FileMode::write);
     }
 }
 
@@ -56,12 +56,12 @@ std::int32_t awaitSecondEnd() {
 
 std::int32_t closeRead() {
     subEndTransfer();
-    if (!run.verifying) {
+    if (!shared.verifying) {
         setCommTimer(false);
     }
     if (!verificationSelected()) {
-        showReadNotice(run.readFailed ? messageText::failedJapanese : messageText::succeedJapanese,
-                       run.readFailed ? messageText::failed : messageText::succeed, platform::boxStyle::information);
+        showReadNotice(shared.readFailed ? messageText::failedJapanese : messageText::succeedJapanese,
+                       shared.readFailed ? messageText::failed : messageText::succeed, platform::boxStyle::information);
     }
     return state::idle;
 }
@@ -69,10 +69,10 @@ std::int32_t closeRead() {
 } // namespace
 
 std::int32_t fncReadStep(std::int32_t state) {
-    if (run.stepBusy) {
+    if (shared.stepBusy) {
         return state::idle;
     }
-    const FlagMark mark(run.stepBusy);
+    const FlagMark mark(shared.stepBusy);
     try {
         switch (state) {
         case state::readStart: return startRead();
@@ -83,16 +83,16 @@ std::int32_t fncReadStep(std::int32_t state) {
         }
     } catch (const std::exception&) {
         subReportError();
-        run.readFailed = true;
+        shared.readFailed = true;
         return state == state::readClosing ? state::idle : state::readClosing;
     }
 }
 
 void stepRead() {
-    const std::int32_t before = run.programState;
+    const std::int32_t before = shared.programState;
     const std::int32_t next = fncReadStep(before);
-    if (run.programState == before) {
-        run.programState = next;
+    if (shared.programState == before) {
+        shared.programState = next;
     }
 }
 

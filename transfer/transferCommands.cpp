@@ -1,14 +1,14 @@
 #include "transfer/transferCommands.h"
 
-#include "common/variables.h"
-#include "common/version.h"
+#include "base/failure.h"
+#include "base/version.h"
 #include "firmware/fileDialog.h"
 #include "link/commPort.h"
 #include "link/unitCommands.h"
 #include "platform/desktop.h"
-#include "platform/failure.h"
+#include "state/variables.h"
 #include "transfer/programState.h"
-#include "transfer/rawByte.h"
+#include "transfer/rawWrite.h"
 #include "transfer/readProcedure.h"
 #include "transfer/transferMode.h"
 #include "transfer/verification.h"
@@ -55,7 +55,7 @@ void upgrade(FrmMain& form) {
         return;
     }
     frmWait().cmdCancel.enabled = false;
-    run.programState = FirmComm::fncWriteStep(state::writeTransfer);
+    shared.programState = FirmComm::fncWriteStep(state::writeTransfer);
 }
 
 } // namespace
@@ -72,17 +72,17 @@ void cmdUpgrade_Click() {
         upgrade(form);
     } catch (const std::exception&) {
         subReportError();
-        run.programState = FirmComm::endFailedWrite();
+        shared.programState = FirmComm::endFailedWrite();
     }
 }
 
 void cmdPresent_Click() {
     try {
-        askForPath(DialogKind::save, run.saveFilePath);
+        askForPath(DialogKind::save, shared.saveFilePath);
         frmMain().enabled = false;
-        run.programState = FirmComm::fncReadStep(state::readStart);
-        if (run.programState == state::readClosing) {
-            run.programState = FirmComm::fncReadStep(state::readClosing); // no tick would close it
+        shared.programState = FirmComm::fncReadStep(state::readStart);
+        if (shared.programState == state::readClosing) {
+            shared.programState = FirmComm::fncReadStep(state::readClosing); // no tick would close it
         }
     } catch (const std::exception&) {
         reportUnlessCancelled();
@@ -91,16 +91,16 @@ void cmdPresent_Click() {
 
 void CommTimer_Timer() {
     try {
-        if (run.stepBusy) {
+        if (shared.stepBusy) {
             return;
         }
-        if (run.programState >= state::readBlocks && run.programState <= state::readClosing) {
+        if (shared.programState >= state::readBlocks && shared.programState <= state::readClosing) {
             FirmComm::stepRead();
         }
-        if (run.programState == state::writeClosing) {
-            run.programState = FirmComm::fncWriteStep(run.programState);
+        if (shared.programState == state::writeClosing) {
+            shared.programState = FirmComm::fncWriteStep(shared.programState);
         }
-        if (run.programState == state::verificationDue && FirmComm::verificationSelected()) {
+        if (shared.programState == state::verificationDue && FirmComm::verificationSelected()) {
             FirmComm::runVerification();
         }
     } catch (const std::exception&) {
@@ -115,7 +115,7 @@ namespace WaitWindow {
 namespace {
 
 bool readUnderWay() {
-    return run.programState >= state::readBlocks && run.programState <= state::readEnd;
+    return shared.programState >= state::readBlocks && shared.programState <= state::readEnd;
 }
 
 } // namespace
@@ -127,13 +127,13 @@ void Form_Load() {
 void cmdCancel_Click() {
     constexpr int cancelCount = 10;
     if (readUnderWay()) {
-        int failure = CommonComm::linkAlive() ? 0 : platform::failureNumber::portLost;
+        int failure = CommonComm::linkAlive() ? 0 : failureNumber::portLost;
         for (int sent = 0; sent < cancelCount && failure == 0; ++sent) {
             CommonComm::subClearInput();
             failure = FirmComm::subSendRaw(xModem::can);
         }
         if (readUnderWay()) { // the box of a failure lets a tick close the read
-            run.programState = state::readClosing;
+            shared.programState = state::readClosing;
         }
     }
     if (frmWaitLoaded()) {
@@ -142,7 +142,7 @@ void cmdCancel_Click() {
 }
 
 void timerWait_Timer() {
-    run.waitTimedOut = true;
+    shared.waitTimedOut = true;
 }
 
 } // namespace WaitWindow

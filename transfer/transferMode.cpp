@@ -1,12 +1,12 @@
 #include "transfer/transferMode.h"
 
-#include "common/variables.h"
 #include "link/commPort.h"
 #include "link/resultCodes.h"
 #include "link/unitCommands.h"
 #include "platform/desktop.h"
+#include "state/variables.h"
 #include "transfer/blockReader.h"
-#include "transfer/rawByte.h"
+#include "transfer/rawWrite.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
 #include "ui/language.h"
@@ -22,17 +22,17 @@ constexpr int tickInterval = 100; // milliseconds
 constexpr std::int16_t lastTry = 3;
 
 std::string operate(const std::string& operation) {
-    return Common::fncOperation(operation, run.targetUnit);
+    return Common::fncOperation(operation, shared.targetUnit);
 }
 
-// Sends an operation up to three times, until it succeeds, and gives up at once when the port is gone. run.commRetry
+// Sends an operation up to three times, until it succeeds, and gives up at once when the port is gone. shared.commRetry
 // tells the tries that follow the first: 2 and 3; after three failures it stands at 4.
 std::string operateUpToThreeTimes(const std::string& operation) {
     std::string code = operate(operation);
     if (succeeded(code)) {
         return code;
     }
-    for (run.commRetry = 2; run.commRetry <= lastTry && CommonComm::linkAlive(); ++run.commRetry) {
+    for (shared.commRetry = 2; shared.commRetry <= lastTry && CommonComm::linkAlive(); ++shared.commRetry) {
         code = operate(operation);
         if (succeeded(code)) {
             break;
@@ -58,7 +58,7 @@ std::string startTransfer(const std::string& operation) {
         if (!succeeded(prepared)) {
             return prepared;
         }
-        run.commRetry = 0;
+        shared.commRetry = 0;
     }
     const std::string code = operateUpToThreeTimes(operation);
     if (!succeeded(code)) {
@@ -97,8 +97,8 @@ void subEndTransfer() {
         desktop().doEvents();
     }
     unloadFrmWait();
-    desktop().keepAwake(run.verifying);
-    frmMain().enabled = !run.verifying;
+    desktop().keepAwake(shared.verifying);
+    frmMain().enabled = !shared.verifying;
 }
 
 void closeTransferMode(const std::string& operation) {

@@ -1,8 +1,8 @@
 #include "transfer/verification.h"
 
-#include "common/variables.h"
 #include "link/commPort.h"
 #include "platform/desktop.h"
+#include "state/variables.h"
 #include "transfer/programState.h"
 #include "transfer/readProcedure.h"
 #include "transfer/transferMode.h"
@@ -21,8 +21,8 @@ constexpr int comparisonPause = 2000;
 
 void readBack() {
     frmWait().lblMsg.caption = japaneseSelected() ? "ベリファイ中..." : "Verification...";
-    run.programState = state::readStart;
-    while (run.programState != state::idle) {
+    shared.programState = state::readStart;
+    while (shared.programState != state::idle) {
         desktop().sleep(stepInterval);
         desktop().doEvents();
         stepRead();
@@ -44,7 +44,7 @@ void tellComparison() {
 } // namespace
 
 std::int32_t fncCompareImage() {
-    return run.readBackImage == run.firmwareImage ? 0 : 1;
+    return shared.readBackImage == shared.firmwareImage ? 0 : 1;
 }
 
 void runVerification() {
@@ -54,8 +54,8 @@ void runVerification() {
     tellComparison();
     unloadFrmWait();
     setCommTimer(false);
-    run.programState = state::verified;
-    run.verifying = false;
+    shared.programState = state::verified;
+    shared.verifying = false;
     FrmMain& form = frmMain();
     desktop().show(form);
     form.enabled = true;

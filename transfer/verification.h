@@ -4,7 +4,7 @@
 
 namespace FirmComm {
 
-// 0 when run.readBackImage equals run.firmwareImage in all elements, else 1.
+// 0 when shared.readBackImage equals shared.firmwareImage in all elements, else 1.
 std::int32_t fncCompareImage();
 
 // Reads the unit back after a write, compares, says how it went, and closes the port. Runs inside one tick; window

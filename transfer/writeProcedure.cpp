@@ -1,9 +1,9 @@
 #include "transfer/writeProcedure.h"
 
-#include "common/flagMark.h"
-#include "common/variables.h"
+#include "base/flagMark.h"
 #include "link/resultCodes.h"
 #include "platform/desktop.h"
+#include "state/variables.h"
 #include "transfer/programState.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
@@ -37,9 +37,9 @@ void showSuccess() {
 }
 
 std::int32_t closeWrite() {
-    run.verifying = verificationSelected();
+    shared.verifying = verificationSelected();
     subEndTransfer();
-    if (run.verifying) {
+    if (shared.verifying) {
         return state::verificationDue;
     }
     showSuccess();
@@ -52,10 +52,10 @@ std::int32_t closeWrite() {
 } // namespace
 
 std::int32_t fncWriteStep(std::int32_t state) {
-    if (run.stepBusy) {
+    if (shared.stepBusy) {
         return state::idle;
     }
-    const FlagMark mark(run.stepBusy);
+    const FlagMark mark(shared.stepBusy);
     try {
         switch (state) {
         case state::writeTransfer: return transferImage();
@@ -69,7 +69,7 @@ std::int32_t fncWriteStep(std::int32_t state) {
 }
 
 std::int32_t endFailedWrite() {
-    run.verifying = false;
+    shared.verifying = false;
     subEndTransfer();
     setCommTimer(false);
     desktop().msgBox(japaneseSelected() ? messageText::failedJapanese : messageText::failed, boxStyle::information,

@@ -1,16 +1,15 @@
 #include "transfer/xModem.h"
 
-#include "common/checked.h"
-#include "common/variables.h"
+#include "base/checked.h"
 #include "link/commPort.h"
 #include "platform/desktop.h"
-#include "transfer/rawByte.h"
+#include "state/variables.h"
+#include "transfer/rawWrite.h"
 #include "ui/forms.h"
 
 #include <array>
 
 using CommonComm::serialPort;
-using platform::Bytes;
 using platform::desktop;
 
 namespace xModem {
@@ -42,7 +41,7 @@ constexpr auto crcTable = makeCrcTable();
 class WaitLimit {
   public:
     explicit WaitLimit(std::int32_t limit) : timer_(frmWait().timerWait), interval_(timer_.interval()) {
-        run.waitTimedOut = false;
+        shared.waitTimedOut = false;
         timer_.setInterval(limit);
         timer_.setEnabled(true);
     }
@@ -73,7 +72,7 @@ class PacketSource {
         number_ = static_cast<std::uint8_t>(number_ + 1); // 255 is followed by 0
         Bytes packet{soh, number_, static_cast<std::uint8_t>(number_ ^ 0xFF)};
         packet.reserve(checksumOffset + 2);
-        const auto data = run.firmwareImage.begin() + position_;
+        const auto data = shared.firmwareImage.begin() + position_;
         packet.insert(packet.end(), data, data + blockSize);
         position_ += blockSize;
         if (crc_) {
@@ -188,10 +187,10 @@ std::int16_t pWaitByte(std::int32_t limit) {
             const Bytes byte = serialPort().read();
             return at(byte, 0);
         }
-        if (run.waitTimedOut) {
+        if (shared.waitTimedOut) {
             return timedOut;
         }
-        desktop().waitForEvents(platform::never);
+        desktop().waitForEvents(never);
     }
 }
 

@@ -1,7 +1,7 @@
 // The XMODEM sender: 128-byte blocks, CRC or checksum by the receiver's first byte.
 #pragma once
 
-#include "platform/serialPort.h"
+#include "base/bytes.h"
 
 #include <cstdint>
 
@@ -23,7 +23,7 @@ constexpr std::int32_t cancelled = 0x1003;
 // Places in a block.
 constexpr std::int32_t headerSize = 3;
 
-// Sends run.firmwareImage, 1,920 blocks and EOT, and gives 0 when the unit has acknowledged EOT. Window events run
+// Sends shared.firmwareImage, 1,920 blocks and EOT, and gives 0 when the unit has acknowledged EOT. Window events run
 // while it waits for the unit: 60 s for the first byte, 10 s for each reply; a packet goes out ten times at the most.
 // Shows nothing of its own but a failure of the port's write. Other failures of the port leave it.
 std::int32_t xModemS();
@@ -33,10 +33,10 @@ std::int16_t pWaitByte(std::int32_t limit);
 
 // Throws away what has been received, so that a late answer is not taken for that to this packet, and writes the
 // packet. Gives 0, or the number of a failure that it has shown.
-std::int32_t pSendPacket(const platform::Bytes& packet);
+std::int32_t pSendPacket(const Bytes& packet);
 
 // The CRC of XMODEM over `nByte` bytes of `tData` from index `nPtr` on: polynomial 0x1021, start value 0, most
 // significant bit first, no final XOR (J. Byrns, "XMODEM/CRC Protocol Overview", 1985).
-std::int32_t pCrcCalc(std::int16_t nByte, const platform::Bytes& tData, std::int16_t nPtr);
+std::int32_t pCrcCalc(std::int16_t nByte, const Bytes& tData, std::int16_t nPtr);
 
 } // namespace xModem

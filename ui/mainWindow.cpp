@@ -1,7 +1,7 @@
 #include "ui/mainWindow.h"
 
-#include "common/variables.h"
-#include "common/version.h"
+#include "base/version.h"
+#include "state/variables.h"
 #include "ui/language.h"
 #include "ui/messages.h"
 #include "ui/resourceSetting.h"
@@ -40,9 +40,9 @@ void Form_Load() {
         form.optLanguage[1].value = 1;
         optPresent_Click(0);
         ResourceSetting::optLanguage_Click();
-        run.fileLoaded = false;
-        form.cmdUpgrade.enabled = run.fileLoaded;
-        run.stepBusy = false;
+        shared.fileLoaded = false;
+        form.cmdUpgrade.enabled = shared.fileLoaded;
+        shared.stepBusy = false;
         ResourceSetting::subSetFormText(form.name);
         requireTypeFile();
         subSetAllVersion();
@@ -55,8 +55,8 @@ void subSetAllVersion() {
     try {
         FrmMain& form = frmMain();
         form.title = titleText();
-        const std::array models{&run.ampTypeName, &run.ifuTypeName, &run.fileTypeName};
-        const std::array versions{&run.ampVersionText, &run.ifuVersionText, &run.fileVersionText};
+        const std::array models{&shared.ampTypeName, &shared.ifuTypeName, &shared.fileTypeName};
+        const std::array versions{&shared.ampVersionText, &shared.ifuVersionText, &shared.fileVersionText};
         for (std::size_t row = 0; row < models.size(); ++row) {
             form.lblTitle[row].caption = *models[row];
             form.lblVersion[row].caption = models[row]->empty() ? std::string() : *versions[row];
@@ -70,7 +70,7 @@ void optPresent_Click(std::int16_t index) {
     try {
         FrmMain& form = frmMain();
         constexpr std::size_t fileRow = 2;
-        run.targetUnit = index == 1 ? 0 : 1;
+        shared.targetUnit = index == 1 ? 0 : 1;
         for (std::size_t row = 0; row < form.lblTitle.size(); ++row) {
             const bool selected = static_cast<std::int16_t>(row) == index || row == fileRow;
             const platform::Colour colour = selected ? platform::windowText : platform::greyText;

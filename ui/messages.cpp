@@ -1,7 +1,7 @@
 #include "ui/messages.h"
 
+#include "base/failure.h"
 #include "platform/desktop.h"
-#include "platform/failure.h"
 #include "ui/language.h"
 #include "ui/stringTable.h"
 
@@ -55,9 +55,9 @@ FailureReport failureInFlight() {
     }
     try {
         std::rethrow_exception(failure);
-    } catch (const platform::Failure& known) {
+    } catch (const Failure& known) {
         return {known.number(), known.description()};
     } catch (const std::exception&) {
-        return {platform::failureNumber::unexpected, loadText(textId::unexpected)};
+        return {failureNumber::unexpected, loadText(textId::unexpected)};
     }
 }

@@ -1,7 +1,7 @@
 #include "ui/resourceSetting.h"
 
-#include "common/text.h"
-#include "common/variables.h"
+#include "base/text.h"
+#include "state/variables.h"
 #include "ui/artNumbers.h"
 #include "ui/language.h"
 #include "ui/messages.h"
@@ -23,7 +23,7 @@ struct CaptionRow {
 void setCaptions(std::initializer_list<CaptionRow> rows, std::int32_t languageOffset) {
     for (const CaptionRow& row : rows) {
         row.control.caption = loadText(row.id + languageOffset);
-        row.control.font.name = run.screenFontName;
+        row.control.font.name = shared.screenFontName;
     }
 }
 
@@ -70,8 +70,8 @@ void subSetFormText(std::string_view formName) {
 void subSetMainText(std::int32_t languageOffset) {
     try {
         FrmMain& form = frmMain();
-        run.screenFontName = loadText(textId::fontName + languageOffset);
-        run.binFileFilter = loadText(textId::binFileFilter + languageOffset);
+        shared.screenFontName = loadText(textId::fontName + languageOffset);
+        shared.binFileFilter = loadText(textId::binFileFilter + languageOffset);
         form.title = loadText(textId::mainTitle);
         setCaptions({{form.lblPresent, textId::presentHeading},
                      {form.lblRewriting, textId::rewritingHeading},
@@ -89,7 +89,7 @@ void subSetMainText(std::int32_t languageOffset) {
 void subSetStartUpText(std::int32_t languageOffset) {
     try {
         FrmStartUp& form = frmStartUp();
-        run.screenFontName = loadText(textId::fontName + languageOffset);
+        shared.screenFontName = loadText(textId::fontName + languageOffset);
         subLoadMessageTexts();
         setCaptions({{form.lblBPS, textId::speed},
                      {form.lblCom, textId::port},
@@ -105,11 +105,11 @@ void subSetStartUpText(std::int32_t languageOffset) {
 void subSetWaitText(std::int32_t languageOffset) {
     try {
         FrmWait& form = frmWait();
-        run.screenFontName = loadText(textId::fontName + languageOffset);
+        shared.screenFontName = loadText(textId::fontName + languageOffset);
         subLoadMessageTexts();
         form.title = loadText(textId::waitTitle + languageOffset);
         form.lblMsg.caption = trim(waitText(frmMain().lblTitle[2].caption, frmMain().lblVersion[2].caption));
-        form.lblMsg.font.name = run.screenFontName;
+        form.lblMsg.font.name = shared.screenFontName;
         form.prbComm.accessibleName = japaneseSelected() ? "進行状況" : "Progress";
         setCaptions({{form.cmdCancel, textId::cancelWait}}, languageOffset);
     } catch (const std::exception&) {
@@ -119,7 +119,7 @@ void subSetWaitText(std::int32_t languageOffset) {
 
 void subLoadMessageTexts() {
     try {
-        run.portSetupText = loadText(textId::portSetup + (englishSelected() ? englishOffset : 0));
+        shared.portSetupText = loadText(textId::portSetup + (englishSelected() ? englishOffset : 0));
     } catch (const std::exception&) {
         subReportError();
     }

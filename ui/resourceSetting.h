@@ -13,7 +13,7 @@ void subSetMainText(std::int32_t languageOffset);
 void subSetStartUpText(std::int32_t languageOffset);
 void subSetWaitText(std::int32_t languageOffset);
 
-// Sets run.portSetupText.
+// Sets shared.portSetupText.
 void subLoadMessageTexts();
 
 // A press of a language option: the texts of the main window follow at once. Both buttons do the same.

@@ -1,5 +1,5 @@
-// The controls that the delivered screen hides, and where the service screen shows them: a second set of stored
-// properties, chosen by the build.
+// The controls that the delivered screen hides and the service screen shows: two sets of stored properties. The build
+// chooses one.
 #pragma once
 
 #include "platform/form.h"
@@ -17,24 +17,4 @@ struct HiddenControls {
     Showing cmdCancel;
 };
 
-constexpr HiddenControls deliveredScreen{
-    .cmdPresent = {{0, 2640, 75, 315}, false},
-    .chkVerify = {{360, 2160, 1935, 255}, false},
-    .fraLanguage = {{120, 960, 15, 735}, false},
-    .optLanguage = {{{120, 180, 1095, 180}, {120, 480, 1095, 180}}},
-    .cmdCancel = {{3720, 1320, 1095, 315}, false},
-};
-
-constexpr HiddenControls serviceScreen{
-    .cmdPresent = {{600, 2985, 2895, 300}, true},
-    .chkVerify = {{360, 2160, 1935, 255}, true},
-    .fraLanguage = {{3840, 120, 1455, 975}, true},
-    .optLanguage = {{{120, 330, 1215, 255}, {120, 630, 1215, 255}}},
-    .cmdCancel = {{3720, 1320, 1095, 315}, true},
-};
-
-#ifdef TARNBEACON_SERVICE_SCREEN
-inline constexpr const HiddenControls& hiddenControls = serviceScreen;
-#else
-inline constexpr const HiddenControls& hiddenControls = deliveredScreen;
-#endif
+extern const HiddenControls& hiddenControls;

@@ -1,6 +1,6 @@
 #include "ui/stringTable.h"
 
-#include "platform/failure.h"
+#include "base/failure.h"
 
 #include <algorithm>
 #include <array>
@@ -82,7 +82,7 @@ std::string loadText(std::int32_t id) {
     const bool english = id % 1000 >= englishOffset;
     const auto row = std::ranges::find(rows, english ? id - englishOffset : id, &Row::id);
     if (row == rows.end()) {
-        throw platform::Failure(platform::failureNumber::noSuchText, "There is no text " + std::to_string(id) + ".");
+        throw Failure(failureNumber::noSuchText, "There is no text " + std::to_string(id) + ".");
     }
     return english ? row->english : row->japanese;
 }

@@ -1,8 +1,8 @@
 // The widget of one control: built once, then brought to the state that the control holds.
 #pragma once
 
+#include "platform/clock.h"
 #include "platform/form.h"
-#include "platform/qt/clock.h"
 
 #include <QWidget>
 

@@ -1,6 +1,6 @@
 #include "platform/qt/diskFiles.h"
 
-#include "platform/failure.h"
+#include "base/failure.h"
 
 #include <cerrno>
 #include <fcntl.h>

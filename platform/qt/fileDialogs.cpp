@@ -1,6 +1,6 @@
 #include "platform/qt/fileDialogs.h"
 
-#include "platform/failure.h"
+#include "base/failure.h"
 #include "platform/qt/text.h"
 
 #include <QFileDialog>

@@ -2,8 +2,8 @@
 // into the form's events.
 #pragma once
 
+#include "platform/clock.h"
 #include "platform/form.h"
-#include "platform/qt/clock.h"
 #include "platform/qt/controlView.h"
 #include "platform/qt/deliver.h"
 

@@ -1,6 +1,6 @@
 #include "platform/qt/instanceLock.h"
 
-#include "common/version.h"
+#include "base/version.h"
 #include "platform/qt/text.h"
 
 #include <QStandardPaths>

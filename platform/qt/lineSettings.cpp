@@ -1,6 +1,6 @@
 #include "platform/qt/lineSettings.h"
 
-#include "platform/failure.h"
+#include "base/failure.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #include "platform/qt/portDevice.h"
 
-#include "common/profile.h"
-#include "common/text.h"
-#include "platform/failure.h"
+#include "base/failure.h"
+#include "base/text.h"
+#include "platform/profile.h"
 
 #include <cerrno>
 #include <csignal>

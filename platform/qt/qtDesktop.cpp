@@ -1,7 +1,7 @@
 #include "platform/qt/qtDesktop.h"
 
-#include "common/version.h"
-#include "platform/failure.h"
+#include "base/failure.h"
+#include "base/version.h"
 #include "platform/qt/drawing.h"
 #include "platform/qt/fileDialogs.h"
 #include "platform/qt/instanceLock.h"
@@ -73,7 +73,7 @@ void QtDesktop::sleep(int milliseconds) {
 void QtDesktop::waitForBytes(std::int64_t until) {
     sync();
     paintChanges();
-    port_.waitForNews(microsOf(until));
+    port_.waitForNews(milliseconds(until));
 }
 
 void QtDesktop::doEvents() {
@@ -90,7 +90,7 @@ void QtDesktop::doEvents() {
 void QtDesktop::waitForEvents(std::int64_t until) {
     constexpr Micros glance = 20'000;
     timers_.sync();
-    if (!port_.waitForNews(std::min({microsOf(until), timers_.due(), clockMicros() + glance}))) {
+    if (!port_.waitForNews(std::min({milliseconds(until), timers_.due(), clockMicros() + glance}))) {
         sync();
         QCoreApplication::processEvents(QEventLoop::AllEvents);
         timers_.tickDue();

@@ -1,6 +1,6 @@
 #include "platform/qt/qtSerialPort.h"
 
-#include "platform/failure.h"
+#include "base/failure.h"
 #include "platform/qt/portDevice.h"
 #include "platform/qt/text.h"
 

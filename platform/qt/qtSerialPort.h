@@ -5,8 +5,8 @@
 // came before have been read; it stays lost until close().
 #pragma once
 
+#include "platform/clock.h"
 #include "platform/files.h"
-#include "platform/qt/clock.h"
 #include "platform/qt/lineSettings.h"
 #include "platform/serialPort.h"
 

@@ -1,7 +1,7 @@
 #include "platform/qt/sleepInhibitor.h"
 
-#include "common/version.h"
-#include "platform/qt/clock.h"
+#include "base/version.h"
+#include "platform/clock.h"
 
 #include <QSocketNotifier>
 

@@ -8,7 +8,7 @@ namespace {
 
 // First moment of the next tick of a timer that starts its interval now.
 Micros dueFrom(Micros now, const Timer& timer) {
-    return timer.running() ? now + microsOf(timer.interval()) : neverMicros;
+    return timer.running() ? now + milliseconds(timer.interval()) : never;
 }
 
 } // namespace
@@ -36,7 +36,7 @@ void TimerQueue::sync() {
 }
 
 void TimerQueue::arm() {
-    Micros next = neverMicros;
+    Micros next = never;
     for (const Entry& entry : entries_) {
         next = std::min(next, entry.due);
     }
@@ -44,7 +44,7 @@ void TimerQueue::arm() {
         return;
     }
     armed_ = next;
-    if (next == neverMicros) {
+    if (next == never) {
         alarm_.stop();
         return;
     }
@@ -61,7 +61,7 @@ TimerQueue::Entry* TimerQueue::nextDue(Micros now) {
 void TimerQueue::timerEvent(QTimerEvent*) {
     // A timer of the toolkit does not fire while its own slot runs, so it is set anew before any tick runs.
     alarm_.stop();
-    armed_ = neverMicros;
+    armed_ = never;
     tickDue();
     arm();
 }

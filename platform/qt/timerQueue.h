@@ -1,8 +1,8 @@
 // Ticks the timers of all loaded forms, from one timer of the toolkit where its event loop runs.
 #pragma once
 
+#include "platform/clock.h"
 #include "platform/form.h"
-#include "platform/qt/clock.h"
 #include "platform/qt/deliver.h"
 
 #include <QBasicTimer>
@@ -43,7 +43,7 @@ class TimerQueue : public QObject {
 
     Deliver deliver_;
     std::vector<Entry> entries_;
-    Micros armed_ = neverMicros; // moment of the next tick, that alarm_ stands for
+    Micros armed_ = never; // moment of the next tick, that alarm_ stands for
     QBasicTimer alarm_;
 };
 

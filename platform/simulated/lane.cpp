@@ -24,7 +24,7 @@ void Lane::send(Bytes bytes, Micros at) {
 }
 
 Micros Lane::writeEnd() const {
-    return writes_.empty() ? noMoment : end(writes_.front());
+    return writes_.empty() ? never : end(writes_.front());
 }
 
 Bytes Lane::takeWrite() {
@@ -39,7 +39,7 @@ Micros Lane::handedOver(Micros arrival) const {
 
 Micros Lane::nextArrival() const {
     if (writes_.empty()) {
-        return noMoment;
+        return never;
     }
     const Write& write = writes_.front();
     return handedOver(pace_.wholeWrites ? end(write) : write.start + pace_.duration(write.taken + 1));

@@ -1,13 +1,12 @@
 // One direction of a simulated line: bytes under way, in order.
 #pragma once
 
+#include "base/bytes.h"
 #include "platform/simulated/virtualClock.h"
 
 #include <deque>
 
 namespace platform {
-
-using simulator::Bytes;
 
 // How bytes travel.
 struct LinePace {
@@ -28,12 +27,12 @@ class Lane {
     // Sends bytes from a moment on, or after those before them where that is later.
     void send(Bytes bytes, Micros at);
 
-    // The moment at which the first of the writes under way is across, noMoment without one.
+    // The moment at which the first of the writes under way is across, never without one.
     Micros writeEnd() const;
     // Takes that write off the line.
     Bytes takeWrite();
 
-    // The moment of the next byte's arrival as the adapter hands it over, noMoment without one.
+    // The moment of the next byte's arrival as the adapter hands it over, never without one.
     Micros nextArrival() const;
     // Moves what has arrived by `now` to the end of `received`; true when there was something.
     bool takeArrived(Micros now, Bytes& received);

@@ -1,7 +1,7 @@
 // Where the operations of the simulated port and disk are counted and made to fail.
 #pragma once
 
-#include "platform/failure.h"
+#include "base/failure.h"
 #include "platform/simulated/virtualClock.h"
 
 #include <array>

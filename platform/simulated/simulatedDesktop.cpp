@@ -1,6 +1,6 @@
 #include "platform/simulated/simulatedDesktop.h"
 
-#include "platform/failure.h"
+#include "base/failure.h"
 
 #include <algorithm>
 #include <array>
@@ -14,10 +14,6 @@ namespace {
 
 constexpr int deepestNesting = 50;
 constexpr auto startDate = std::chrono::sys_days{std::chrono::year{2024} / 4 / 1};
-
-Micros microsOf(std::int64_t milliseconds) {
-    return milliseconds >= noMoment / 1000 ? noMoment : simulator::milliseconds(milliseconds);
-}
 
 // Counts one up as long as it lives.
 class Counted {
@@ -71,19 +67,19 @@ void SimulatedDesktop::moveTo(Micros moment) {
     port_.advance();
 }
 
-void SimulatedDesktop::sleep(int milliseconds) {
+void SimulatedDesktop::sleep(int duration) {
     enter();
-    moveTo(clock_.now() + microsOf(milliseconds));
+    moveTo(clock_.now() + milliseconds(duration));
 }
 
 void SimulatedDesktop::waitForBytes(std::int64_t until) {
     enter();
     clock_.noteLook();
     port_.advance();
-    const Micros end = microsOf(until);
+    const Micros end = milliseconds(until);
     while (!port_.ready() && clock_.now() < end) {
         const Micros next = std::min(port_.next(), end);
-        if (next == noMoment) {
+        if (next == never) {
             throw Stuck{"the program waits for bytes that nothing will send"};
         }
         moveTo(next);
@@ -100,7 +96,7 @@ void SimulatedDesktop::doEvents() {
 
 void SimulatedDesktop::waitForEvents(std::int64_t until) {
     enter();
-    waitOnce(microsOf(until));
+    waitOnce(milliseconds(until));
 }
 
 void SimulatedDesktop::waitOnce(Micros until) {
@@ -108,7 +104,7 @@ void SimulatedDesktop::waitOnce(Micros until) {
     port_.advance();
     while (!port_.takeNews() && !runDueEvent() && clock_.now() < until) {
         const Micros next = std::min({nextEvent(), port_.next(), until});
-        if (next == noMoment) {
+        if (next == never) {
             throw Stuck{"the program waits and nothing will ever happen"};
         }
         moveTo(next);
@@ -124,7 +120,7 @@ void SimulatedDesktop::keepAwake(bool on) {
 
 Micros SimulatedDesktop::nextEvent() {
     timers_.look(clock_.now());
-    return std::min(timers_.next(), scheduled_.empty() ? noMoment : scheduled_.begin()->first);
+    return std::min(timers_.next(), scheduled_.empty() ? never : scheduled_.begin()->first);
 }
 
 bool SimulatedDesktop::runDueEvent() {
@@ -167,8 +163,8 @@ void SimulatedDesktop::schedule(Micros moment, Handler handler) {
 RunEnd SimulatedDesktop::run(const Handler& entry) {
     try {
         runEvent(entry);
-        while (nextEvent() != noMoment) {
-            waitOnce(noMoment);
+        while (nextEvent() != never) {
+            waitOnce(never);
         }
         return RunEnd::idle;
     } catch (const ProgramEnd&) {

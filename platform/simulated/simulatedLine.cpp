@@ -31,8 +31,8 @@ void SimulatedLine::pass(Direction direction, Bytes bytes, Micros at) {
 }
 
 Micros SimulatedLine::nextAtUnit() const {
-    const Micros happening = happenings_.empty() ? noMoment : happenings_.begin()->first;
-    const Micros unit = unit_ == nullptr ? noMoment : unit_->due().value_or(noMoment);
+    const Micros happening = happenings_.empty() ? never : happenings_.begin()->first;
+    const Micros unit = unit_ == nullptr ? never : unit_->due().value_or(never);
     return std::min({happening, unit, toUnit_.writeEnd()});
 }
 

@@ -169,9 +169,9 @@ void SimulatedPort::advance() {
 
 Micros SimulatedPort::next() const {
     if (!open_ || lossSeen_) {
-        return noMoment;
+        return never;
     }
-    const Micros loss = openedAt_ < present_->pulledAt ? present_->pulledAt : noMoment;
+    const Micros loss = openedAt_ < present_->pulledAt ? present_->pulledAt : never;
     return present_->line == nullptr ? loss : std::min(loss, present_->line->next());
 }
 

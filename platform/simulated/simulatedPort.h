@@ -17,8 +17,8 @@ struct Socket {
     enum class State { free, held, forbidden, refusesSettings, broken };
     State state = State::free;
     SimulatedLine* line = nullptr; // nothing is connected without one
-    Micros pulledAt = noMoment;    // the adapter goes away at this moment
-    Micros backAt = noMoment;      // and is there again from this one on, for a new open
+    Micros pulledAt = never;       // the adapter goes away at this moment
+    Micros backAt = never;         // and is there again from this one on, for a new open
 };
 
 class SimulatedPort : public SerialPort {
@@ -49,7 +49,7 @@ class SimulatedPort : public SerialPort {
     // The desktop's side.
     // Lets all happen on the line that is due.
     void advance();
-    // The next moment at which something happens on the line, noMoment without one.
+    // The next moment at which something happens on the line, never without one.
     Micros next() const;
     // Bytes are waiting, or the device has gone away.
     bool ready() const { return lost() || received_.size() > readFrom_; }

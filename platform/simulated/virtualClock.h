@@ -1,19 +1,17 @@
 // The clock of the simulated desktop. It moves only when the program waits.
 #pragma once
 
-#include "simulator/wire.h"
+#include "base/time.h"
 
 #include <string>
 
 namespace platform {
 
-using simulator::Micros;
-
-// A moment that the clock never reaches.
-constexpr Micros noMoment = INT64_MAX;
+// Thrown by the simulated endProgram(). No std::exception, so that no handler of the program stops it.
+struct ProgramEnd {};
 
 // Thrown when the program can never go on by itself: it waits for what nothing will bring, goes round without end at
-// one moment, or runs longer than any use of it does. Like ProgramEnd no std::exception, so that no handler of the
+// one moment, or runs longer than any use of it does. No std::exception, so that no handler of the
 // program takes it for one of its own failures.
 struct Stuck {
     std::string why;
@@ -36,7 +34,7 @@ class VirtualClock {
 
   private:
     Micros now_ = 0;
-    Micros limit_ = simulator::seconds(24 * 60 * 60);
+    Micros limit_ = seconds(24 * 60 * 60);
     int looks_ = 0; // since the clock moved or something happened
 };
 

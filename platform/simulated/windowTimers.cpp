@@ -7,11 +7,11 @@ namespace platform {
 namespace {
 
 Micros intervalOf(const Timer& timer) {
-    return simulator::milliseconds(timer.interval());
+    return milliseconds(timer.interval());
 }
 
 Micros firstTick(const Timer& timer, Micros now) {
-    return timer.running() ? now + intervalOf(timer) : noMoment;
+    return timer.running() ? now + intervalOf(timer) : never;
 }
 
 } // namespace
@@ -19,7 +19,7 @@ Micros firstTick(const Timer& timer, Micros now) {
 void WindowTimers::add(Form& form) {
     for (Timer* timer : form.timers) {
         const std::uint64_t neverSeen = ~timer->settings(); // so that the next look takes it up
-        running_.push_back({&form, timer, neverSeen, noMoment});
+        running_.push_back({&form, timer, neverSeen, never});
     }
 }
 
@@ -37,7 +37,7 @@ void WindowTimers::look(Micros now) {
 }
 
 Micros WindowTimers::next() const {
-    Micros next = noMoment;
+    Micros next = never;
     for (const Running& running : running_) {
         next = std::min(next, running.due);
     }

@@ -16,7 +16,7 @@ class WindowTimers {
     // Takes up what the program has set since the last call. To be called before the clock moves.
     void look(Micros now);
 
-    // The moment of the next tick, noMoment without one.
+    // The moment of the next tick, never without one.
     Micros next() const;
 
     // The timer whose tick is due first. Its next tick is set before this one runs; ticks that were missed

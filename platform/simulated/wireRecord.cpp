@@ -1,6 +1,7 @@
 #include "platform/simulated/wireRecord.h"
 
-#include "common/text.h"
+#include "base/text.h"
+#include "simulator/wire.h"
 
 #include <algorithm>
 #include <array>

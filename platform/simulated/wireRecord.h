@@ -1,6 +1,7 @@
 // What went over a simulated line.
 #pragma once
 
+#include "base/bytes.h"
 #include "platform/simulated/virtualClock.h"
 
 #include <deque>
@@ -8,8 +9,6 @@
 #include <string>
 
 namespace platform {
-
-using simulator::Bytes;
 
 enum class Direction { toUnit, fromUnit };
 

@@ -17,7 +17,7 @@ constexpr const char* typeIni = "[AMP_TYPE]\r\n"
                                 "[IFU_DEFINE]\r\n"
                                 "K42=QT-KP42\r\n";
 
-std::string_view textOf(const simulator::Bytes& bytes) {
+std::string_view textOf(const Bytes& bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 

@@ -36,7 +36,7 @@ struct World {
     SimulatedPort port{clock};
     SimulatedDesktop desktop{clock, port, files};
     ScriptedOperator person{desktop, clock};
-    simulator::Bytes image; // of the sample firmware
+    Bytes image; // of the sample firmware
 };
 
 } // namespace platform

@@ -1,11 +1,11 @@
-#include "transfer/rawByte.h"
+#include "transfer/rawWrite.h"
 
-#include "common/variables.h"
 #include "link/commPort.h"
 #include "platform/desktop.h"
+#include "state/variables.h"
 #include "ui/messages.h"
 
-std::int32_t writeShowingFailure(const platform::Bytes& bytes) {
+std::int32_t writeShowingFailure(const Bytes& bytes) {
     try {
         CommonComm::serialPort().clearReceived();
         CommonComm::serialPort().write(bytes);
@@ -20,8 +20,8 @@ std::int32_t writeShowingFailure(const platform::Bytes& bytes) {
 namespace FirmComm {
 
 std::int32_t subSendRaw(const std::string& text) {
-    const std::int32_t failure = writeShowingFailure(platform::Bytes(text.begin(), text.end()));
-    run.signOfLifeAt = platform::desktop().timeGetTime();
+    const std::int32_t failure = writeShowingFailure(Bytes(text.begin(), text.end()));
+    shared.signOfLifeAt = platform::desktop().timeGetTime();
     return failure;
 }
 

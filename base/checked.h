@@ -1,7 +1,7 @@
 // Arithmetic and array access that raise a run-time failure where a plain one would be undefined or would wrap.
 #pragma once
 
-#include "platform/failure.h"
+#include "base/failure.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +13,7 @@ template <class To, class From>
 To narrow(From value) {
     static_assert(std::is_integral_v<To> && std::is_signed_v<From> && sizeof(To) <= sizeof(From));
     if (value < From{std::numeric_limits<To>::min()} || value > From{std::numeric_limits<To>::max()}) {
-        throw platform::Failure(platform::failureNumber::overflow, "Overflow");
+        throw Failure(failureNumber::overflow, "Overflow");
     }
     return static_cast<To>(value);
 }
@@ -22,7 +22,7 @@ To narrow(From value) {
 template <class Array>
 auto& at(Array& array, std::int64_t index) {
     if (index < 0 || index >= static_cast<std::int64_t>(array.size())) {
-        throw platform::Failure(platform::failureNumber::outOfRange, "Subscript out of range");
+        throw Failure(failureNumber::outOfRange, "Subscript out of range");
     }
     return array[static_cast<std::size_t>(index)];
 }

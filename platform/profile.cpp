@@ -1,7 +1,7 @@
-#include "common/profile.h"
+#include "platform/profile.h"
 
-#include "common/text.h"
-#include "platform/failure.h"
+#include "base/failure.h"
+#include "base/text.h"
 
 namespace {
 
@@ -58,7 +58,7 @@ std::string getPrivateProfileString(platform::Files& files, std::string_view sec
                                     const std::string& path) {
     try {
         return files.exists(path) ? profileValue(files.readAll(path), section, key) : std::string();
-    } catch (const platform::Failure&) {
+    } catch (const Failure&) {
         return {};
     }
 }

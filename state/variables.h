@@ -1,8 +1,8 @@
-// The variables that more than one module uses. They live as long as the program runs; one assignment,
-// run = Variables(), is what the start of a process does to them.
+// The variables that more than one module uses. They live as long as the program runs. The assignment
+// shared = SharedVariables() gives them the values of a new process.
 #pragma once
 
-#include "platform/serialPort.h"
+#include "base/bytes.h"
 
 #include <cstdint>
 #include <string>
@@ -13,9 +13,11 @@ constexpr std::int32_t imageSize = 0x3C000;
 constexpr std::int32_t blockSize = 128;
 constexpr std::int32_t blockCount = imageSize / blockSize;
 
-struct Variables {
-    using Bytes = platform::Bytes;
+namespace platform {
+class SerialPort;
+}
 
+struct SharedVariables {
     // The device link, written by link/.
     platform::SerialPort* serialPort = nullptr; // the one serial port, from fncOpenPort to subClosePort
     Bytes replyBytes;                           // the stored bytes of the last reply
@@ -70,4 +72,4 @@ struct Variables {
     std::string portSetupText; // what start-up says when no unit answers
 };
 
-inline Variables run;
+extern SharedVariables shared;

@@ -1,6 +1,6 @@
-#include "common/text.h"
+#include "base/text.h"
 
-#include "platform/failure.h"
+#include "base/failure.h"
 
 #include <algorithm>
 #include <array>
@@ -58,7 +58,7 @@ double parse(std::string_view number) {
     const auto result = std::from_chars(number.data(), number.data() + number.size(), value);
     const bool tooSmall = number.find("e-") != std::string_view::npos || number.find("E-") != std::string_view::npos;
     if (result.ec == std::errc::result_out_of_range && !tooSmall) {
-        throw platform::Failure(platform::failureNumber::overflow, "Overflow");
+        throw Failure(failureNumber::overflow, "Overflow");
     }
     return value;
 }
@@ -125,7 +125,7 @@ double numericBeginning(std::string_view text) {
 std::int32_t roundToWhole(double number) {
     const double whole = std::nearbyint(number); // the default rounding mode: to nearest, ties to even
     if (!(whole >= std::numeric_limits<std::int32_t>::min() && whole <= std::numeric_limits<std::int32_t>::max())) {
-        throw platform::Failure(platform::failureNumber::overflow, "Overflow");
+        throw Failure(failureNumber::overflow, "Overflow");
     }
     return static_cast<std::int32_t>(whole);
 }

@@ -1,11 +1,9 @@
-// Run-time failures and the end of the program: the two ways in which a routine is left early.
+// Run-time failures: raised by platform operations, checked arithmetic and checked array access.
 #pragma once
 
 #include <exception>
 #include <string>
 #include <utility>
-
-namespace platform {
 
 // Numbers that a failure carries. Only those that some routine compares with need to be apart; the rest
 // tell failures apart in tests and logs. All stay clear of 0 and of 4097 to 4099, the results of a transfer.
@@ -29,8 +27,7 @@ constexpr int portLost = 8020;         // the device went away, or a read or wri
 constexpr int dialogCancelled = 32755; // the operator cancelled a file dialog
 } // namespace failureNumber
 
-// A run-time failure: raised by platform operations, checked arithmetic and checked array access.
-// It leaves a routine for that routine's handler or for the nearest caller that has one.
+// A run-time failure. It leaves a routine for that routine's handler or for the nearest caller that has one.
 class Failure : public std::exception {
   public:
     Failure(int number, std::string description) : number_(number), description_(std::move(description)) {}
@@ -43,9 +40,3 @@ class Failure : public std::exception {
     int number_;
     std::string description_;
 };
-
-// The end of the program on its way up, where the platform cannot stop the process on the spot (the simulated
-// one). Not a failure and no std::exception, so that no handler of the program stops it.
-struct ProgramEnd {};
-
-} // namespace platform

@@ -1,14 +1,14 @@
 // Bytes that go to the unit outside the command frames.
 #pragma once
 
-#include "platform/serialPort.h"
+#include "base/bytes.h"
 
 #include <cstdint>
 #include <string>
 
 // Throws away what has been received and writes the bytes. Gives 0, or the number of the port's failure, shown in a box
 // with its description.
-std::int32_t writeShowingFailure(const platform::Bytes& bytes);
+std::int32_t writeShowingFailure(const Bytes& bytes);
 
 namespace FirmComm {
 

@@ -1,0 +1,12 @@
+# Fails when one of the `files` includes a header of a folder that is not among the `folders`; touches `stamp` otherwise.
+cmake_minimum_required(VERSION 3.25)
+foreach(file IN LISTS files)
+  file(STRINGS ${file} includes REGEX "^#include \"")
+  foreach(include IN LISTS includes)
+    string(REGEX REPLACE "^#include \"(.*)/.*" "\\1" folder "${include}")
+    if(NOT folder IN_LIST folders)
+      message(FATAL_ERROR "${file}: ${include} is above this folder's library")
+    endif()
+  endforeach()
+endforeach()
+file(TOUCH ${stamp})

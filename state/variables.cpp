@@ -1,0 +1,3 @@
+#include "state/variables.h"
+
+SharedVariables shared;
