@@ -4,7 +4,7 @@
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 cd "$root" || exit # wherever a command is called from
 
-buildPackages=(cmake ninja-build g++ qt6-base-dev qt6-serialport-dev libsystemd-dev libgtest-dev dbus-daemon)
+buildPackages=(cmake ninja-build g++ qt6-base-dev libgtest-dev)
 # A stand-in for each of the two fonts that the windows ask for.
 fontPackages=(fontconfig fonts-liberation2 fonts-ipafont-gothic)
 packagingPackages=(dpkg-dev file)

@@ -13,7 +13,6 @@
 
 namespace soak {
 
-
 // What came of sessions.
 struct Tally {
     std::int64_t upgrades = 0; // writes after which the unit held the file

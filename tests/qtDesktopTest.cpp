@@ -1,5 +1,5 @@
 // The real desktop, on the toolkit's offscreen screen: a form of every kind of control, worked by mouse and keyboard.
-#include "platform/qt/instanceLock.h"
+#include "platform/system.h"
 #include "tests/failureOf.h"
 #include "tests/otherProcess.h"
 #include "tests/realDesktop.h"
@@ -331,7 +331,8 @@ TEST(DiskFilesTest, FailuresNameFileAndCauseAndAWriteKeepsTheRest) {
     const auto folder = std::filesystem::temp_directory_path() / "diskFilesTest";
     std::filesystem::create_directory(folder);
     const std::string path = (folder / "ファイル.bin").string();
-    DiskFiles files;
+    const std::unique_ptr<Files> disk = makeFiles();
+    Files& files = *disk;
     EXPECT_FALSE(files.exists(path));
     files.appendLine(path, "0123456789");
     const auto file = files.openBinary(path, FileAccess::write);

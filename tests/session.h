@@ -50,7 +50,8 @@ inline Preparation pulledAfter(Micros time) {
 namespace box {
 const std::string timeout = "Tarn Beacon|It is a receiving timeout error.|16>1\n";
 const std::string error = "Tarn Beacon|Application error.\r\nRES : "; // and what has failed
-const std::string lost = error + "COM3: the device has gone away|16>1\n";
+const std::string lost = error + "COM3 (/dev/simulated3): the device has gone away|16>1\n";
+const std::string unsent = "エラー|COM3 (/dev/simulated3): the device has gone away|16>1\n";
 const std::string failed = "Tarn Beacon|Failed|64>1\n";
 const std::string portHeld = "Tarn Beacon|通信ポートが開けません。通信ポートを使用するアプリケーションを終了して再度"
                              "起動して下さい。|16>1\n";

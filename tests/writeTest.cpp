@@ -52,7 +52,8 @@ TEST(Write, EndsInOneOfItsWays) {
         {"no first byte", unit([](auto& options) { options.startDelay = seconds(70); }), broken, all, false, 0,
          seconds(60)},
         {"ten NAKs", refuses(700, 10), broken, all, false},
-        {"adapter pulled while the tool waits", pulledAfter(seconds(5)), box::lost + box::failed, "50 51 ", false},
+        {"adapter pulled while the tool waits", pulledAfter(seconds(5) + milliseconds(12)), box::lost + box::failed,
+         "50 51 ", false},
         {"a write of a block fails once",
          [](World& world) {
              OperationGate& gate = world.port.operations();

@@ -181,8 +181,8 @@ std::int32_t xModemS() {
 std::int16_t pWaitByte(std::int32_t limit) {
     const WaitLimit waitLimit(limit);
     serialPort().setReadLimit(1);
-    desktop().doEvents();
-    for (;;) { // window events run in each wait, so that nothing stands between a byte's coming and its reading
+    for (;;) {
+        desktop().waitForEvents(never);
         if (serialPort().countReceived() > 0) {
             const Bytes byte = serialPort().read();
             return at(byte, 0);
@@ -190,7 +190,6 @@ std::int16_t pWaitByte(std::int32_t limit) {
         if (shared.waitTimedOut) {
             return timedOut;
         }
-        desktop().waitForEvents(never);
     }
 }
 

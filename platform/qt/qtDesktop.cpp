@@ -1,12 +1,13 @@
 #include "platform/qt/qtDesktop.h"
 
-#include "base/failure.h"
 #include "base/version.h"
+#include "platform/clock.h"
+#include "platform/profile.h"
 #include "platform/qt/drawing.h"
 #include "platform/qt/fileDialogs.h"
-#include "platform/qt/instanceLock.h"
 #include "platform/qt/messageBox.h"
 #include "platform/qt/text.h"
+#include "platform/system.h"
 
 #include <QDateTime>
 #include <QScreen>
@@ -16,7 +17,6 @@
 
 #include <algorithm>
 #include <clocale>
-#include <unistd.h>
 
 namespace platform {
 
@@ -27,10 +27,19 @@ char programName[] = "TarnBeacon";
 char* words[] = {programName, nullptr};
 int wordCount = 1;
 
+// Path of the device behind a COM port: Setting.INI's, else the system's usual one.
+std::string portDevice(Files& files, const std::string& iniPath, int number) {
+    const std::string key = "COM" + std::to_string(number);
+    const std::string device = cleanedValue(getPrivateProfileString(files, "DEVICE", key, iniPath));
+    return device.empty() ? usualDevice(number) : device;
+}
+
 } // namespace
 
 QtDesktop::QtDesktop()
-    : application_(wordCount, words), port_(files_, programDirectory() + "Setting.INI"),
+    : application_(wordCount, words), files_(makeFiles()),
+      port_(makeLineDevice(),
+            [this](int number) { return portDevice(*files_, programDirectory() + "Setting.INI", number); }),
       timers_([this](const Handler& tick) { deliver(tick); }) {
     // Numbers and the causes of failures read the same under every locale.
     std::setlocale(LC_NUMERIC, "C");
@@ -83,17 +92,20 @@ void QtDesktop::doEvents() {
         QCoreApplication::processEvents(QEventLoop::AllEvents, longest);
     } while (windowComingUp());
     paintChanges();
+    eventsAt_ = clockMicros();
 }
 
 // The line comes first: a wait on the port alone notices a byte in a fraction of the time that the toolkit's dispatch
-// takes. Window events wait for it 20 ms at most, which no one sees.
+// takes. Window events wait for it 20 ms at most, also while bytes come without end.
 void QtDesktop::waitForEvents(std::int64_t until) {
-    constexpr Micros glance = 20'000;
-    timers_.sync();
-    if (!port_.waitForNews(std::min({milliseconds(until), timers_.due(), clockMicros() + glance}))) {
+    constexpr Micros longest = 20'000;
+    timers_.look();
+    const Micros events = eventsAt_ + longest;
+    if (clockMicros() >= events || !port_.waitForNews(std::min({milliseconds(until), timers_.due(), events}))) {
         sync();
         QCoreApplication::processEvents(QEventLoop::AllEvents);
         timers_.tickDue();
+        eventsAt_ = clockMicros();
     }
 }
 
@@ -149,13 +161,17 @@ std::string QtDesktop::programDirectory() {
     return toUtf8(QCoreApplication::applicationDirPath()) + '/';
 }
 
+void QtDesktop::keepAwake(bool on) {
+    platform::keepAwake(on);
+}
+
 bool QtDesktop::previousInstance() {
     return !becomeOnlyInstance();
 }
 
 void QtDesktop::endProgram() {
-    port_.leaveLockFree();
-    ::_exit(0);
+    port_.leaveDevice();
+    stopProcess();
 }
 
 // Brings windows and timers to what the program has set since the last look.
@@ -169,7 +185,8 @@ void QtDesktop::sync() {
             std::erase(shown_, form);
         }
     }
-    timers_.sync();
+    timers_.look();
+    timers_.arm();
 }
 
 void QtDesktop::paintChanges() {

@@ -1,11 +1,9 @@
-// The real desktop: windows, timers and dialogs of Qt 6 Widgets, the port of Qt Serial Port, the system's disk.
+// The real desktop: windows, timers and dialogs of Qt 6 Widgets; port, disk and locks of the system.
 #pragma once
 
 #include "platform/desktop.h"
-#include "platform/qt/diskFiles.h"
+#include "platform/devicePort.h"
 #include "platform/qt/formWindow.h"
-#include "platform/qt/qtSerialPort.h"
-#include "platform/qt/sleepInhibitor.h"
 #include "platform/qt/timerQueue.h"
 
 #include <QApplication>
@@ -37,9 +35,9 @@ class QtDesktop final : public Desktop {
     void hide(Form& form) override;
     void unload(Form& form) override;
     Size screenSize() override;
-    void keepAwake(bool on) override { on ? sleepInhibitor_.hold() : sleepInhibitor_.drop(); }
+    void keepAwake(bool on) override;
     SerialPort& commPort() override { return port_; }
-    Files& files() override { return files_; }
+    Files& files() override { return *files_; }
     std::string programDirectory() override;
     bool previousInstance() override;
     [[noreturn]] void endProgram() override;
@@ -52,10 +50,10 @@ class QtDesktop final : public Desktop {
     [[noreturn]] void endUnhandled(const std::string& description);
 
     QApplication application_;
-    DiskFiles files_;
-    QtSerialPort port_;
+    std::unique_ptr<Files> files_;
+    DevicePort port_;
     TimerQueue timers_;
-    SleepInhibitor sleepInhibitor_;
+    Micros eventsAt_ = 0;                  // when window events ran last
     std::map<Form*, FormWindow*> windows_; // of the loaded forms
     std::vector<Form*> shown_;             // in the order of showing
 };

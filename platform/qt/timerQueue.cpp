@@ -17,29 +17,28 @@ void TimerQueue::add(const Form& form) {
     for (Timer* timer : form.timers) {
         entries_.push_back({timer, timer->settings(), dueFrom(clockMicros(), *timer)});
     }
-    arm();
 }
 
 void TimerQueue::remove(const Form& form) {
     std::erase_if(entries_, [&](const Entry& entry) { return std::ranges::count(form.timers, entry.timer) > 0; });
-    arm();
 }
 
-void TimerQueue::sync() {
+void TimerQueue::look() {
     for (Entry& entry : entries_) {
         if (entry.settings != entry.timer->settings()) {
             entry.settings = entry.timer->settings();
             entry.due = dueFrom(clockMicros(), *entry.timer);
         }
     }
-    arm();
+}
+
+Micros TimerQueue::due() const {
+    const auto next = std::ranges::min_element(entries_, {}, &Entry::due);
+    return next == entries_.end() ? never : next->due;
 }
 
 void TimerQueue::arm() {
-    Micros next = never;
-    for (const Entry& entry : entries_) {
-        next = std::min(next, entry.due);
-    }
+    const Micros next = due();
     if (next == armed_) {
         return;
     }
@@ -48,18 +47,13 @@ void TimerQueue::arm() {
         alarm_.stop();
         return;
     }
-    constexpr Micros longest = 24 * 3600 * Micros{1'000'000}; // what a timer of the toolkit takes; it is set again then
+    constexpr Micros longest = seconds(24 * 3600); // what a timer of the toolkit takes; it is set again then
     const Micros rest = std::clamp<Micros>(next - clockMicros(), 0, longest);
     alarm_.start(static_cast<int>((rest + 999) / 1000), Qt::PreciseTimer, this);
 }
 
-TimerQueue::Entry* TimerQueue::nextDue(Micros now) {
-    const auto entry = std::ranges::min_element(entries_, {}, &Entry::due);
-    return entry != entries_.end() && entry->due <= now ? &*entry : nullptr;
-}
-
 void TimerQueue::timerEvent(QTimerEvent*) {
-    // A timer of the toolkit does not fire while its own slot runs, so it is set anew before any tick runs.
+    // A timer of the toolkit does not fire while its own slot runs, so it is stopped before any tick runs.
     alarm_.stop();
     armed_ = never;
     tickDue();
@@ -68,11 +62,12 @@ void TimerQueue::timerEvent(QTimerEvent*) {
 
 void TimerQueue::tickDue() {
     const Micros now = clockMicros();
-    while (Entry* entry = nextDue(now)) {
-        entry->due = dueFrom(now, *entry->timer);
-        arm();
-        if (entry->timer->tick) {
-            deliver_(entry->timer->tick);
+    while (due() <= now) {
+        Entry& entry = *std::ranges::min_element(entries_, {}, &Entry::due);
+        const Timer& timer = *entry.timer;
+        entry.due = dueFrom(now, timer);
+        if (timer.tick) {
+            deliver_(timer.tick);
         }
     }
 }

@@ -20,10 +20,13 @@ class TimerQueue : public QObject {
     void remove(const Form& form);
 
     // Takes over what the program has set on the timers since the last look.
-    void sync();
+    void look();
 
     // Moment of the next tick.
-    Micros due() const { return armed_; }
+    Micros due() const;
+
+    // Sets the toolkit's timer to that moment, ahead of a run of the toolkit's event loop.
+    void arm();
 
     // Ticks what is due.
     void tickDue();
@@ -38,12 +41,9 @@ class TimerQueue : public QObject {
         Micros due;
     };
 
-    void arm();
-    Entry* nextDue(Micros now);
-
     Deliver deliver_;
     std::vector<Entry> entries_;
-    Micros armed_ = never; // moment of the next tick, that alarm_ stands for
+    Micros armed_ = never; // moment that alarm_ is set to
     QBasicTimer alarm_;
 };
 

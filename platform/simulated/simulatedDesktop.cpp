@@ -77,14 +77,13 @@ void SimulatedDesktop::waitForBytes(std::int64_t until) {
     clock_.noteLook();
     port_.advance();
     const Micros end = milliseconds(until);
-    while (!port_.ready() && clock_.now() < end) {
+    while (!port_.takeNews() && clock_.now() < end) {
         const Micros next = std::min(port_.next(), end);
         if (next == never) {
             throw Stuck{"the program waits for bytes that nothing will send"};
         }
         moveTo(next);
     }
-    port_.takeNews();
 }
 
 void SimulatedDesktop::doEvents() {
@@ -102,7 +101,7 @@ void SimulatedDesktop::waitForEvents(std::int64_t until) {
 void SimulatedDesktop::waitOnce(Micros until) {
     clock_.noteLook();
     port_.advance();
-    while (!port_.takeNews() && !runDueEvent() && clock_.now() < until) {
+    while (!runDueEvent() && !port_.takeNews() && clock_.now() < until) {
         const Micros next = std::min({nextEvent(), port_.next(), until});
         if (next == never) {
             throw Stuck{"the program waits and nothing will ever happen"};

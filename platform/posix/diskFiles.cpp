@@ -1,6 +1,6 @@
-#include "platform/qt/diskFiles.h"
-
+// The disk, by the calls of the system.
 #include "base/failure.h"
+#include "platform/system.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -116,27 +116,30 @@ class DiskFile : public BinaryFile {
     bool writes_ = false;
 };
 
+class DiskFiles : public Files {
+  public:
+    bool exists(const std::string& path) override {
+        struct stat status {};
+        return ::stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
+    }
+
+    std::int64_t length(const std::string& path) override { return statusOf(path).st_size; }
+
+    std::unique_ptr<BinaryFile> openBinary(const std::string& path, FileAccess access) override {
+        return std::make_unique<DiskFile>(path, access == FileAccess::read ? O_RDONLY : O_RDWR | O_CREAT);
+    }
+
+    std::string readAll(const std::string& path) override { return DiskFile(path, O_RDONLY).readAll(); }
+
+    void appendLine(const std::string& path, const std::string& text) override {
+        DiskFile(path, O_WRONLY | O_APPEND | O_CREAT).append(text + '\n');
+    }
+};
+
 } // namespace
 
-bool DiskFiles::exists(const std::string& path) {
-    struct stat status {};
-    return ::stat(path.c_str(), &status) == 0 && !S_ISDIR(status.st_mode);
-}
-
-std::int64_t DiskFiles::length(const std::string& path) {
-    return statusOf(path).st_size;
-}
-
-std::unique_ptr<BinaryFile> DiskFiles::openBinary(const std::string& path, FileAccess access) {
-    return std::make_unique<DiskFile>(path, access == FileAccess::read ? O_RDONLY : O_RDWR | O_CREAT);
-}
-
-std::string DiskFiles::readAll(const std::string& path) {
-    return DiskFile(path, O_RDONLY).readAll();
-}
-
-void DiskFiles::appendLine(const std::string& path, const std::string& text) {
-    DiskFile(path, O_WRONLY | O_APPEND | O_CREAT).append(text + '\n');
+std::unique_ptr<Files> makeFiles() {
+    return std::make_unique<DiskFiles>();
 }
 
 } // namespace platform

@@ -1,0 +1,226 @@
+#include "platform/devicePort.h"
+
+#include "base/failure.h"
+#include "platform/clock.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <thread>
+
+namespace platform {
+
+DevicePort::DevicePort(std::unique_ptr<LineDevice> device, FindDevice findDevice)
+    : device_(std::move(device)), findDevice_(std::move(findDevice)) {}
+
+std::string DevicePort::name() const {
+    return "COM" + std::to_string(number_) + (path_.empty() ? "" : " (" + path_ + ")");
+}
+
+void DevicePort::open() {
+    if (open_) {
+        throw Failure(failureNumber::portHeld, name() + ": the port is open already");
+    }
+    number_ = chosen_;
+    path_ = findDevice_(number_);
+    openSettings_ = settings_;
+    if (path_.empty()) {
+        throw Failure(failureNumber::portMissing, name() + ": no device stands for this port");
+    }
+    try {
+        device_->open(path_, openSettings_);
+    } catch (const Failure& failure) {
+        throw Failure(failure.number(), name() + ": " + failure.description());
+    }
+    open_ = true;
+    newsDue_ = true;
+}
+
+void DevicePort::close() {
+    leaveDevice();
+    open_ = lost_ = lossRaised_ = false;
+    received_.clear();
+    unsent_.clear();
+}
+
+void DevicePort::leaveDevice() {
+    if (open_ && !lost_) {
+        device_->close();
+    }
+}
+
+// Any operation of the program on the port passes here.
+void DevicePort::use() {
+    newsDue_ = true;
+    if (!open_) {
+        throw Failure(failureNumber::portNotOpen, name() + ": the port is not open");
+    }
+    if (lossRaised_) {
+        reopen();
+    }
+}
+
+void DevicePort::reopen() {
+    try {
+        device_->open(path_, openSettings_);
+        lost_ = lossRaised_ = false;
+    } catch (const Failure&) {
+        return; // it stays lost
+    }
+}
+
+// Closes the device: one that has hung up would be readable for ever.
+void DevicePort::lose(const std::string& cause) {
+    lost_ = true;
+    lostCause_ = cause;
+    device_->close();
+    unsent_.clear();
+}
+
+void DevicePort::raiseLost() {
+    lossRaised_ = true;
+    throw Failure(failureNumber::portLost, name() + ": " + lostCause_);
+}
+
+template <class Action>
+void DevicePort::onDevice(Action action) {
+    if (!open_ || lost_) {
+        return;
+    }
+    try {
+        action();
+    } catch (const Failure& failure) {
+        lose(failure.description());
+    }
+}
+
+// Takes over what has come in, and gives how many bytes. What does not fit into the receive buffer is lost.
+std::size_t DevicePort::fetch() {
+    std::array<std::uint8_t, 4096> bytes; // the most that a system holds for a terminal
+    std::size_t count = 0;
+    onDevice([&] { count = device_->read(bytes); });
+    if (count > 0) {
+        const std::size_t room = inputSize_ - std::min(inputSize_, received_.size());
+        received_.insert(received_.end(), bytes.begin(),
+                         bytes.begin() + static_cast<std::ptrdiff_t>(std::min(room, count)));
+        newsDue_ = true;
+    }
+    return count;
+}
+
+void DevicePort::send() {
+    onDevice([this] {
+        const auto taken = static_cast<std::ptrdiff_t>(device_->write(unsent_));
+        unsent_.erase(unsent_.begin(), unsent_.begin() + taken);
+    });
+}
+
+std::int16_t DevicePort::countReceived() {
+    const bool fetched = !newsDue_ && !received_.empty(); // by the wait that has told of them
+    use();
+    if (!fetched) {
+        fetch();
+    }
+    if (lost_ && received_.empty()) {
+        raiseLost();
+    }
+    constexpr std::size_t most = INT16_MAX;
+    return static_cast<std::int16_t>(std::min(received_.size(), most));
+}
+
+Bytes DevicePort::read() {
+    use();
+    if (readLimit_ == 0 || received_.size() < readLimit_) {
+        fetch();
+    }
+    if (lost_ && received_.empty()) {
+        raiseLost();
+    }
+    const std::size_t waiting = received_.size();
+    const std::size_t count = readLimit_ == 0 ? waiting : std::min(waiting, readLimit_);
+    const auto end = received_.begin() + static_cast<std::ptrdiff_t>(count);
+    Bytes bytes(received_.begin(), end);
+    received_.erase(received_.begin(), end);
+    return bytes;
+}
+
+void DevicePort::setReadLimit(int bytes) {
+    if (bytes < 0) {
+        throw Failure(failureNumber::invalidProperty, "The read limit must not be below 0");
+    }
+    readLimit_ = static_cast<std::size_t>(bytes);
+    newsDue_ = true;
+}
+
+void DevicePort::setBufferSizes(int input, int output) {
+    if (input < 1 || output < 1) {
+        throw Failure(failureNumber::invalidProperty, "The buffers of a serial port must not be empty");
+    }
+    use();
+    inputSize_ = static_cast<std::size_t>(input); // the transmit queue grows as needed
+}
+
+void DevicePort::clearReceived() {
+    use();
+    received_.clear();
+    // Flushing the system's buffer is slow; do it only when input is pending.
+    if (fetch() > 0) {
+        received_.clear();
+        onDevice([this] { device_->clearReceived(); });
+    }
+    if (lost_) {
+        raiseLost();
+    }
+}
+
+void DevicePort::clearUnsent() {
+    use();
+    unsent_.clear();
+    onDevice([this] { device_->clearUnsent(); });
+    if (lost_) {
+        raiseLost();
+    }
+}
+
+void DevicePort::write(std::span<const std::uint8_t> bytes) {
+    use();
+    if (!lost_) {
+        unsent_.insert(unsent_.end(), bytes.begin(), bytes.end());
+        send();
+    }
+    if (lost_) {
+        raiseLost();
+    }
+}
+
+bool DevicePort::tellNews() {
+    const bool news = newsDue_ && (lost_ || !received_.empty());
+    newsDue_ = newsDue_ && !news;
+    return news;
+}
+
+bool DevicePort::takeNews() {
+    fetch();
+    return tellNews();
+}
+
+bool DevicePort::waitForNews(Micros until) {
+    while (!tellNews()) {
+        const Micros now = clockMicros();
+        if (now >= until) {
+            return false;
+        }
+        if (!open_ || lost_) {
+            std::this_thread::sleep_for(std::chrono::microseconds(until - now));
+            continue;
+        }
+        onDevice([&] { device_->wait(until, !unsent_.empty()); });
+        fetch();
+        if (!unsent_.empty()) {
+            send();
+        }
+    }
+    return true;
+}
+
+} // namespace platform

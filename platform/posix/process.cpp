@@ -1,0 +1,106 @@
+// What concerns the process as a whole: the lock of the one instance, the lock against sleep, the end.
+#include "base/version.h"
+#include "platform/system.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/file.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace platform {
+
+namespace {
+
+std::string instanceLockPath() {
+    const char* folder = std::getenv("XDG_RUNTIME_DIR");
+    return folder != nullptr && *folder != '\0'
+               ? std::string(folder) + '/' + program::name + ".lock"
+               : "/tmp/" + std::string(program::name) + '-' + std::to_string(::getuid()) + ".lock";
+}
+
+// systemd-inhibit holds its lock for as long as its command runs, and "cat" runs until its input ends: when the write
+// end of the pipe is closed, at the end of this process at the latest. A session that is not at the machine itself
+// gets the second lock at most. Without a terminal nothing can ask for a password.
+constexpr const char* inhibitCommand =
+    "exec 2>/dev/null; lock() { systemd-inhibit --what=$1 --who=TarnBeacon --mode=block "
+    "--why='Firmware is moving between the computer and the unit' cat; }; "
+    "lock sleep:idle:handle-lid-switch || lock idle";
+
+class SleepLock {
+  public:
+    void hold() {
+        if (input_ >= 0) {
+            return;
+        }
+        reap();
+        int ends[2];
+        if (::pipe2(ends, O_CLOEXEC) < 0) {
+            return;
+        }
+        input_ = ends[1];
+        start(ends[0]);
+        ::close(ends[0]);
+    }
+
+    void drop() {
+        if (input_ >= 0) {
+            ::close(input_);
+            input_ = -1;
+        }
+        reap();
+    }
+
+  private:
+    void start(int output) {
+        posix_spawn_file_actions_t files;
+        posix_spawnattr_t attributes;
+        ::posix_spawn_file_actions_init(&files);
+        ::posix_spawn_file_actions_adddup2(&files, output, STDIN_FILENO);
+        ::posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+        ::posix_spawnattr_init(&attributes);
+        ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID); // a session of its own, without a terminal
+        std::string words[] = {"sh", "-c", inhibitCommand};
+        char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
+        if (::posix_spawn(&child_, "/bin/sh", &files, &attributes, arguments, environ) != 0) {
+            child_ = -1;
+        }
+        ::posix_spawnattr_destroy(&attributes);
+        ::posix_spawn_file_actions_destroy(&files);
+    }
+
+    // The child ends soon after its input; it is not waited for.
+    void reap() {
+        if (child_ > 0 && ::waitpid(child_, nullptr, WNOHANG) == child_) {
+            child_ = -1;
+        }
+    }
+
+    int input_ = -1;
+    pid_t child_ = -1;
+};
+
+SleepLock sleepLock;
+
+} // namespace
+
+bool becomeOnlyInstance() {
+    static int file = -1; // stays open until the process ends
+    if (file < 0) {
+        file = ::open(instanceLockPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+    }
+    // A user without a folder for it is better served by a program that starts.
+    return file < 0 || ::flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+void keepAwake(bool on) {
+    on ? sleepLock.hold() : sleepLock.drop();
+}
+
+void stopProcess() {
+    ::_exit(0);
+}
+
+} // namespace platform

@@ -1,0 +1,53 @@
+// The serial lines of the simulated desktop, as a system would give them.
+#pragma once
+
+#include "platform/lineDevice.h"
+#include "platform/simulated/simulatedLine.h"
+
+#include <map>
+
+namespace platform {
+
+// A COM port of the machine. A number without one is missing.
+struct Socket {
+    enum class State { free, held, forbidden, refusesSettings, broken };
+    State state = State::free;
+    SimulatedLine* line = nullptr; // nothing is connected without one
+    Micros pulledAt = never;       // the adapter goes away at this moment
+    Micros backAt = never;         // and is there again from this one on, for a new open
+};
+
+class SimulatedDevice : public LineDevice {
+  public:
+    explicit SimulatedDevice(VirtualClock& clock) : clock_(clock) {}
+
+    // Path of the device behind a COM port.
+    static std::string path(int number) { return "/dev/simulated" + std::to_string(number); }
+
+    std::map<std::string, Socket>& sockets() { return sockets_; } // by path
+
+    void open(const std::string& device, const LineSettings& settings) override;
+    void close() override;
+    std::size_t read(std::span<std::uint8_t> bytes) override;
+    std::size_t write(std::span<const std::uint8_t> bytes) override;
+    void clearReceived() override;
+    void clearUnsent() override;
+    void wait(Micros /*until*/, bool /*forRoom*/) override {} // the desktop moves the clock
+
+    // Does all on the line that is due.
+    void advance();
+    // The next moment at which something happens on the line or to the device, never without one.
+    Micros next() const;
+
+  private:
+    bool pulled() const;
+    void requirePresent() const;
+
+    VirtualClock& clock_;
+    std::map<std::string, Socket> sockets_;
+    Socket* present_ = nullptr; // of the open device
+    Micros openedAt_ = 0;
+    Bytes received_;
+};
+
+} // namespace platform
