@@ -1,40 +1,13 @@
 #include "platform/qt/timerQueue.h"
 
+#include "platform/clock.h"
+
 #include <algorithm>
 
 namespace platform {
 
-namespace {
-
-// First moment of the next tick of a timer that starts its interval now.
-Micros dueFrom(Micros now, const Timer& timer) {
-    return timer.running() ? now + milliseconds(timer.interval()) : never;
-}
-
-} // namespace
-
-void TimerQueue::add(const Form& form) {
-    for (Timer* timer : form.timers) {
-        entries_.push_back({timer, timer->settings(), dueFrom(clockMicros(), *timer)});
-    }
-}
-
-void TimerQueue::remove(const Form& form) {
-    std::erase_if(entries_, [&](const Entry& entry) { return std::ranges::count(form.timers, entry.timer) > 0; });
-}
-
 void TimerQueue::look() {
-    for (Entry& entry : entries_) {
-        if (entry.settings != entry.timer->settings()) {
-            entry.settings = entry.timer->settings();
-            entry.due = dueFrom(clockMicros(), *entry.timer);
-        }
-    }
-}
-
-Micros TimerQueue::due() const {
-    const auto next = std::ranges::min_element(entries_, {}, &Entry::due);
-    return next == entries_.end() ? never : next->due;
+    timers_.look(clockMicros());
 }
 
 void TimerQueue::arm() {
@@ -63,9 +36,7 @@ void TimerQueue::timerEvent(QTimerEvent*) {
 void TimerQueue::tickDue() {
     const Micros now = clockMicros();
     while (due() <= now) {
-        Entry& entry = *std::ranges::min_element(entries_, {}, &Entry::due);
-        const Timer& timer = *entry.timer;
-        entry.due = dueFrom(now, timer);
+        const Timer& timer = timers_.take(now);
         if (timer.tick) {
             deliver_(timer.tick);
         }

@@ -1,14 +1,11 @@
 // Ticks the timers of all loaded forms, from one timer of the toolkit where its event loop runs.
 #pragma once
 
-#include "platform/clock.h"
-#include "platform/form.h"
 #include "platform/qt/deliver.h"
+#include "platform/windowTimers.h"
 
 #include <QBasicTimer>
 #include <QObject>
-
-#include <vector>
 
 namespace platform {
 
@@ -16,14 +13,14 @@ class TimerQueue : public QObject {
   public:
     explicit TimerQueue(Deliver deliver) : deliver_(std::move(deliver)) {}
 
-    void add(const Form& form);
-    void remove(const Form& form);
+    void add(Form& form) { timers_.add(form); }
+    void remove(const Form& form) { timers_.remove(form); }
 
     // Takes over what the program has set on the timers since the last look.
     void look();
 
     // Moment of the next tick.
-    Micros due() const;
+    Micros due() const { return timers_.next(); }
 
     // Sets the toolkit's timer to that moment, ahead of a run of the toolkit's event loop.
     void arm();
@@ -35,14 +32,8 @@ class TimerQueue : public QObject {
     void timerEvent(QTimerEvent*) override;
 
   private:
-    struct Entry {
-        Timer* timer;
-        std::uint64_t settings; // the timer's settings that `due` stands for
-        Micros due;
-    };
-
     Deliver deliver_;
-    std::vector<Entry> entries_;
+    WindowTimers timers_;
     Micros armed_ = never; // moment that alarm_ is set to
     QBasicTimer alarm_;
 };

@@ -5,7 +5,7 @@
 #include "platform/simulated/conversation.h"
 #include "platform/simulated/simulatedFiles.h"
 #include "platform/simulated/simulatedPort.h"
-#include "platform/simulated/windowTimers.h"
+#include "platform/windowTimers.h"
 
 #include <deque>
 #include <functional>

@@ -1,8 +1,8 @@
-// The timers of the loaded forms.
+// The timers of the loaded forms, for a desktop that tells them the time.
 #pragma once
 
+#include "base/time.h"
 #include "platform/form.h"
-#include "platform/simulated/virtualClock.h"
 
 #include <vector>
 
@@ -13,7 +13,7 @@ class WindowTimers {
     void add(Form& form);
     void remove(const Form& form);
 
-    // Takes up what the program has set since the last call. To be called before the clock moves.
+    // Takes up what the program has set since the last call. To be called before time passes.
     void look(Micros now);
 
     // The moment of the next tick, never without one.

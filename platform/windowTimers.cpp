@@ -1,4 +1,4 @@
-#include "platform/simulated/windowTimers.h"
+#include "platform/windowTimers.h"
 
 #include <algorithm>
 
