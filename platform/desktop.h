@@ -49,7 +49,7 @@ class Desktop {
     // Milliseconds of a counter that never goes back and never wraps.
     virtual std::int64_t timeGetTime() = 0;
 
-    // Date and time of the day in the system's general format.
+    // Date and time of the day, as 2024/04/01 09:05:00.
     virtual std::string dateAndTime() = 0;
 
     // Blocks for that many milliseconds; no window event runs.
@@ -63,7 +63,7 @@ class Desktop {
     virtual void doEvents() = 0;
 
     // Lets window events run, and returns as soon as something has happened: a window event, a timer's tick, a
-    // received byte, a failure of the port, or the clock has reached `until`.
+    // received byte, a failure of the port, or the clock has reached `until`; now and then also before.
     virtual void waitForEvents(std::int64_t until) = 0;
 
     // Shows a modal box and gives boxAnswer::ok or boxAnswer::cancel. The text is plain, "\r\n" is a line break.

@@ -144,7 +144,7 @@ TEST_F(Link, GivesTheResultOfEachReply) {
             EXPECT_EQ(result, row.result);
             EXPECT_EQ(lasted >= seconds(5), row.late) << lasted;
             EXPECT_EQ(log().empty() ? "" : log().substr(log().find('[')),
-                      row.logged.empty() ? "" : "[NG2] " + row.logged + " \r\n");
+                      row.logged.empty() ? "" : "[NG2] " + row.logged + " \n");
             EXPECT_EQ(shared.commBusy, !row.box.empty());
             EXPECT_EQ(session.boxes(), boxesBefore + row.box);
             world.port.clearReceived();

@@ -54,7 +54,7 @@ std::string SimulatedDesktop::dateAndTime() {
     const std::chrono::year_month_day date{day};
     const std::chrono::hh_mm_ss time{std::chrono::floor<std::chrono::seconds>(now - day)};
     std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(date.year()),
+    std::snprintf(text.data(), text.size(), "%04d/%02u/%02u %02d:%02d:%02d", static_cast<int>(date.year()),
                   static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
                   static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
                   static_cast<int>(time.seconds().count()));

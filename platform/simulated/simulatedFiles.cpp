@@ -26,6 +26,7 @@ class OpenSimulatedFile : public BinaryFile {
 
     void read(std::int64_t offset, std::span<std::uint8_t> bytes) override {
         disk_.operations_.pass(Operation::readFile);
+        requireOpen();
         const std::string_view content = readablePart(path_, *file_);
         const auto start = static_cast<std::size_t>(offset);
         if (start > content.size() || content.size() - start < bytes.size()) {
@@ -36,13 +37,24 @@ class OpenSimulatedFile : public BinaryFile {
 
     void write(std::int64_t offset, std::span<const std::uint8_t> bytes) override {
         disk_.operations_.pass(Operation::writeFile);
+        requireOpen();
         const std::string text(bytes.begin(), bytes.end());
         disk_.store(path_, *file_, static_cast<std::size_t>(offset), text);
     }
 
-    void close() override { disk_.operations_.pass(Operation::closeFile); }
+    void close() override {
+        requireOpen();
+        file_.reset();
+        disk_.operations_.pass(Operation::closeFile);
+    }
 
   private:
+    void requireOpen() const {
+        if (file_ == nullptr) {
+            fail(failureNumber::fileBroken, path_, "the file is closed");
+        }
+    }
+
     SimulatedFiles& disk_;
     std::string path_;
     std::shared_ptr<SimulatedFile> file_;
@@ -57,7 +69,16 @@ SimulatedFile* SimulatedFiles::find(const std::string& path) {
     return at == files_.end() ? nullptr : at->second.get();
 }
 
+void SimulatedFiles::refuseFolder(const std::string& path) const {
+    const std::string folder = path.ends_with('/') ? path : path + '/';
+    const auto inside = files_.lower_bound(folder);
+    if (inside != files_.end() && inside->first.starts_with(folder)) {
+        fail(failureNumber::fileRefused, path, "a folder is no file");
+    }
+}
+
 SimulatedFile& SimulatedFiles::required(const std::string& path) {
+    refuseFolder(path);
     SimulatedFile* file = find(path);
     if (file == nullptr) {
         fail(failureNumber::fileNotFound, path, "the file does not exist");
@@ -66,6 +87,7 @@ SimulatedFile& SimulatedFiles::required(const std::string& path) {
 }
 
 std::shared_ptr<SimulatedFile> SimulatedFiles::forWriting(const std::string& path) {
+    refuseFolder(path);
     std::shared_ptr<SimulatedFile>& file = files_[path];
     if (file == nullptr) {
         file = std::make_shared<SimulatedFile>();
@@ -126,7 +148,7 @@ std::string SimulatedFiles::readAll(const std::string& path) {
 void SimulatedFiles::appendLine(const std::string& path, const std::string& text) {
     operations_.pass(Operation::appendLine);
     const auto file = forWriting(path);
-    store(path, *file, file->content.size(), text + "\r\n");
+    store(path, *file, file->content.size(), text + '\n');
 }
 
 } // namespace platform

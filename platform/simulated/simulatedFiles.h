@@ -1,4 +1,4 @@
-// The disk of the simulated desktop, in memory. Paths are compared as they stand.
+// The disk of the simulated desktop, in memory. Paths are compared as they stand; a folder is where a file lies in it.
 #pragma once
 
 #include "platform/files.h"
@@ -38,6 +38,7 @@ class SimulatedFiles : public Files {
   private:
     friend class OpenSimulatedFile;
 
+    void refuseFolder(const std::string& path) const;
     SimulatedFile& required(const std::string& path);
     std::shared_ptr<SimulatedFile> forWriting(const std::string& path);
     void store(const std::string& path, SimulatedFile& file, std::size_t offset, std::string_view bytes);
