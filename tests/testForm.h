@@ -3,6 +3,7 @@
 
 #include "platform/form.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,10 @@ struct TestForm : platform::Form {
     platform::Control menu = make(Kind::menu, "menu", {});
     platform::Timer timer{"timer"};
     std::vector<std::string> events;
+
+    platform::Control& control(const std::string& wanted) const {
+        return **std::ranges::find(controls, wanted, &platform::Control::name);
+    }
 
     TestForm() {
         name = "form";
