@@ -76,9 +76,37 @@ TEST_F(Load, ShowsWhatTheFileIs) {
     }
 }
 
-TEST_F(Load, OffersThePathChosenLast) {
-    world.desktop.chooseFile = [](const AskedFile&) { return "/somewhere/else.bin"; };
+TEST_F(Load, ShowsThatItIsAtWorkAndTakesNoPresses) {
     session.press("cmdLoading");
+    std::string seen;
+    const auto look = [&](const char* when) {
+        seen += when + std::to_string(static_cast<int>(frmMain().mousePointer)) + fileRow();
+        for (const char* button : {"cmdEnd", "cmdUpgrade"}) {
+            seen += world.person.perform(click("frmMain", button)) ? button : "";
+        }
+    };
+    world.desktop.chooseFile = [&](const AskedFile&) {
+        world.desktop.schedule(world.clock.now(), [&] { look(" blank "); });
+        return path;
+    };
+    world.files.operations().add([&](const OperationCall& call) {
+        if (call.operation == Operation::readFile) {
+            world.desktop.schedule(call.at, [&] { look(" end "); });
+        }
+    });
+    EXPECT_EQ(load(), "");
+    EXPECT_EQ(seen, " blank 11| end 11QT-MVR|1.046");
+}
+
+TEST_F(Load, OffersThePathChosenLast) {
+    for (const char* chosen : {"/somewhere/else.bin", ""}) {
+        world.desktop.chooseFile = [=](const AskedFile&) {
+            return *chosen == 0 ? std::nullopt : std::optional(chosen);
+        };
+        const std::int64_t operations = world.files.operations().passed();
+        session.press("cmdLoading");
+        EXPECT_EQ(world.files.operations().passed() > operations, *chosen != 0); // nothing is done after "Cancel"
+    }
     session.press("cmdLoading");
     const AskedFile& asked = world.desktop.askedFiles().back();
     EXPECT_EQ(asked.dialog.fileName, "/somewhere/else.bin");
@@ -102,6 +130,12 @@ TEST_F(Load, KeepsOrDropsTheFileLoadedBefore) {
         {"missing", [&] { world.files.remove(path); }, box::error, true},
         {"unreadable", [&] { world.files.find(path)->unreadable = true; }, box::error, false},
         {"breaks off", [&] { world.files.find(path)->readable = 1000; }, box::error, false},
+        {"closing fails",
+         [&] {
+             world.files.operations().add(
+                 failNth(Operation::closeFile, 0, Lasting::forGood, Failure(failureNumber::fileBroken, "")));
+         },
+         box::error, false},
     };
     for (const Row& row : rows) {
         world.desktop.chooseFile = [](const AskedFile&) { return path; };
@@ -113,7 +147,7 @@ TEST_F(Load, KeepsOrDropsTheFileLoadedBefore) {
         EXPECT_EQ(fileRow(), row.kept ? "QT-MVR|1.046" : "|") << row.what;
         EXPECT_EQ(shared.fileLoaded, row.kept) << row.what;
         EXPECT_EQ(frmMain().cmdUpgrade.enabled, row.kept) << row.what;
-        EXPECT_EQ(shared.firmwareImage == before, row.kept) << row.what;
+        EXPECT_EQ(shared.firmwareImage == before, row.kept || row.what == std::string("closing fails")) << row.what;
     }
 }
 
