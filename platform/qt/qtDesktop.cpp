@@ -58,6 +58,7 @@ QtDesktop::~QtDesktop() {
     for (const auto& [form, window] : windows_) {
         delete window;
     }
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // dismissed windows go before the toolkit
 }
 
 void QtDesktop::run() {
