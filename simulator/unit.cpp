@@ -238,7 +238,7 @@ void Unit::keepReceivedImage() {
         options_.rawVersion = static_cast<std::uint16_t>(version);
     } else {
         const std::string digits = std::to_string(1000 + version % 1000);
-        options_.versionText = "V" + std::to_string(version / 1000) + "." + digits.substr(1);
+        options_.versionText = 'V' + std::to_string(version / 1000) + '.' + digits.substr(1);
     }
 }
 

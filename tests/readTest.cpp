@@ -26,7 +26,11 @@ class ServiceSession : public Session {
     // The saved file as bytes, empty when there is none.
     Bytes savedFile() {
         const SimulatedFile* file = world.files.find(saved);
-        return file == nullptr ? Bytes() : Bytes(file->content.begin(), file->content.end());
+        Bytes bytes;
+        if (file != nullptr) {
+            bytes.assign(file->content.begin(), file->content.end());
+        }
+        return bytes;
     }
 };
 
