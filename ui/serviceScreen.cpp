@@ -2,7 +2,7 @@
 
 namespace {
 
-constexpr HiddenControls deliveredScreen{
+[[maybe_unused]] constexpr HiddenControls deliveredScreen{
     .cmdPresent = {{0, 2640, 75, 315}, false},
     .chkVerify = {{360, 2160, 1935, 255}, false},
     .fraLanguage = {{120, 960, 15, 735}, false},
@@ -10,7 +10,7 @@ constexpr HiddenControls deliveredScreen{
     .cmdCancel = {{3720, 1320, 1095, 315}, false},
 };
 
-constexpr HiddenControls serviceScreen{
+[[maybe_unused]] constexpr HiddenControls serviceScreen{
     .cmdPresent = {{600, 2985, 2895, 300}, true},
     .chkVerify = {{360, 2160, 1935, 255}, true},
     .fraLanguage = {{3840, 120, 1455, 975}, true},
