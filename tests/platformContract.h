@@ -164,7 +164,7 @@ inline void PlatformContract::addCommands() {
 
         {"open",
          [this](Text number) {
-             port.choosePort(number.empty() ? 3 : static_cast<std::int16_t>(std::stoi(number)));
+             port.choosePort(static_cast<std::int16_t>(number.empty() ? 3 : std::stoi(number)));
              port.setSettings("38400,n,8,1");
              port.open();
          }},
@@ -205,11 +205,12 @@ struct Script {
 TEST_P(PlatformContract, AWindowTakesWhatAPersonCouldDoAndNothingElse) {
     for (const std::string what : {"form", "inFrame1", "frame"}) {
         for (const auto& [prevent, allow] : {std::pair("disable ", "|enable "), std::pair("hide ", "|show ")}) {
-            for (const std::string hand : {"|press ", "|key ", "|reader "}) {
-                EXPECT_EQ(run(prevent + what + hand + "inFrame1|request|events|value inFrame1" + allow + what + hand +
-                              "inFrame1" + hand + "inFrame0|events"),
-                          what == "form" ? "0 inFrame1 inFrame0" : "close 0 inFrame1 inFrame0")
-                    << prevent << what << hand;
+            for (const char* hand : {"|press ", "|key ", "|reader "}) {
+                std::ostringstream script;
+                script << prevent << what << hand << "inFrame1|request|events|value inFrame1" << allow << what << hand
+                       << "inFrame1" << hand << "inFrame0|events";
+                EXPECT_EQ(run(script.str()), what == "form" ? "0 inFrame1 inFrame0" : "close 0 inFrame1 inFrame0")
+                    << script.str();
             }
         }
     }

@@ -26,9 +26,9 @@ using contract::Text;
 
 bool syncFails = false; // the next time
 
-extern "C" int fsync(int file) { // stands before the system's own
+extern "C" int fsync(int fd) { // stands before the system's own
     errno = EIO;
-    return std::exchange(syncFails, false) ? -1 : static_cast<int>(::syscall(SYS_fsync, file));
+    return std::exchange(syncFails, false) ? -1 : static_cast<int>(::syscall(SYS_fsync, fd));
 }
 
 namespace {

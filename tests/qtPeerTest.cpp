@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <sstream>
 
 namespace {
 
@@ -25,7 +26,7 @@ TEST(Peer, ReceivesTheImageWithCrcAndWithChecksum) {
     std::ranges::copy(image, shared.firmwareImage.begin());
     std::ofstream(theDesktop().programDirectory() + "TYPE.INI") << "[AMP_TYPE]\n";
     std::ofstream(theDesktop().programDirectory() + "Setting.INI") << "[DEVICE]\nCOM3=" << (folder / "unit").string();
-    for (const std::string mode : {"--with-crc", "--binary"}) { // without a mode it asks for checksums
+    for (const char* mode : {"--with-crc", "--binary"}) { // without a mode it asks for checksums
         std::optional<simulator::PseudoTerminal> end(folder / "unit");
         const int far = ::dup(end->descriptor()); // for the peer, which waits for bytes
         ::fcntl(far, F_SETFL, 0);
@@ -34,9 +35,9 @@ TEST(Peer, ReceivesTheImageWithCrcAndWithChecksum) {
         // pipe.
         // It flushes its terminal after each answer, for which a line without any delay is too fast: it hears through a
         // pipe.
-        const std::string terminal = std::to_string(far);
-        const std::string command = "exec 2>/dev/null; cat <&" + terminal + " | rx " + mode + " '" + received + "' >&";
-        std::FILE* const peer = ::popen((command + terminal).c_str(), "r");
+        std::ostringstream command;
+        command << "exec 2>/dev/null; cat <&" << far << " | rx " << mode << " '" << received << "' >&" << far;
+        std::FILE* const peer = ::popen(command.str().c_str(), "r");
         theDesktop().show(frmWait());
         EXPECT_EQ(xModem::xModemS(), 0) << mode;
         EXPECT_EQ(frmWait().prbComm.value, imageSize);

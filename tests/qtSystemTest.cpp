@@ -44,9 +44,9 @@ extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
     return static_cast<int>(::syscall(SYS_ioctl, file, request, argument));
 }
 
-extern "C" ssize_t read(int file, void* bytes, std::size_t count) {
+extern "C" ssize_t read(int fd, void* buf, std::size_t nbytes) {
     errno = driver.readError;
-    return driver.readError != 0 ? -1 : ::syscall(SYS_read, file, bytes, count);
+    return driver.readError != 0 ? -1 : ::syscall(SYS_read, fd, buf, nbytes);
 }
 
 namespace {
