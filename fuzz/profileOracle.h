@@ -42,7 +42,7 @@ inline std::vector<Entry> entriesOf(const std::string& text) {
             const std::size_t end = line.find(']');
             inSection = end != std::string::npos;
             section = inSection ? lowered(stripped(line.substr(1, end - 1))) : "";
-        } else if (inSection && equals != std::string::npos) {
+        } else if (inSection && equals != std::string::npos && equals > 0) {
             entries.push_back({section, lowered(stripped(line.substr(0, equals))), stripped(line.substr(equals + 1))});
         }
     }

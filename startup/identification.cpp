@@ -62,8 +62,8 @@ void takeAmplifier(std::int32_t rawVersion, const Bytes& typeReply) {
 
 void takeInterfaceUnit(const Bytes& reply) {
     const std::string idText(reply.begin() + replyData, reply.end());
-    shared.ifuTypeName =
-        trim(Common::fncGetIfuType(trim(textOfBytes(std::string_view(idText).substr(0, modelLength))), "IFU_TYPE"));
+    const std::string model = replaceAll(std::string_view(idText).substr(0, modelLength), '\0', ' ');
+    shared.ifuTypeName = trim(Common::fncGetIfuType(trim(textOfBytes(model)), "IFU_TYPE"));
     const std::size_t v = idText.find('V', modelLength - 1);
     if (v != std::string::npos) {
         shared.ifuVersionText = textOfBytes(std::string_view(idText).substr(v + 1, versionLength));

@@ -11,16 +11,18 @@ namespace {
 TEST(Ini, ReadsValuesAsPeopleWriteThem) {
     const std::string text = "\xEF\xBB\xBF; a comment\r\nCOM=9\r\n"
                              "[ifu]\r\nno equals sign\r\n  com\t= 3 ' service notebook\r\nCOM=4\r\n"
-                             "Empty=\nComment=' only\nTabs=\ta\tb\t\nQuoted=\"x y\"\nKey = with = signs\n"
+                             "Empty=\n=K42\nComment=' only\nTabs=\ta\tb\t\nQuoted=\"x y\"\nKey = with = signs\n"
                              "[ Other ]\nCOM=5\n"
                              "[IFU]\nAgain=6\n"
                              "[Broken\nLost=7\n";
     Session session;
     session.world.files.put("/x.ini", text);
     const std::array<const char*, 3> rows[] = {
-        {"IFU", "COM", "3"},          {"IFU", "Empty", ""},           {"IFU", "Comment", ""}, {"IFU", "Tabs", "a b"},
-        {"IFU", "Quoted", "\"x y\""}, {"IFU", "Key", "with = signs"}, {"other", "com", "5"},  {"IFU", "Again", "6"},
-        {"IFU", "Lost", ""},          {"IFU", "Missing", ""},         {"None", "COM", ""},    {"", "COM", ""},
+        {"IFU", "COM", "3"},    {"IFU", "Empty", ""},         {"IFU", "Comment", ""},
+        {"IFU", "Tabs", "a b"}, {"IFU", "Quoted", "\"x y\""}, {"IFU", "Key", "with = signs"},
+        {"other", "com", "5"},  {"IFU", "Again", "6"},        {"IFU", "Lost", ""},
+        {"IFU", "Missing", ""}, {"None", "COM", ""},          {"", "COM", ""},
+        {"IFU", "", ""},
     };
     for (const auto& [section, key, value] : rows) {
         EXPECT_EQ(Common::fncGetIniString(section, key, "/x.ini"), value) << section << ' ' << key;

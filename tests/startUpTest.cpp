@@ -179,7 +179,7 @@ TEST(Identification, FillsTheRowsFromWhatTheUnitSays) {
         Preparation prepare;
         std::string rows; // amplifier and its version, interface unit and its version
     };
-    const auto model = [](const char* text) { return unit([=](auto& options) { options.modelText = text; }); };
+    const auto model = [](const std::string& text) { return unit([=](auto& options) { options.modelText = text; }); };
     const auto version = [](const char* text) { return unit([=](auto& options) { options.versionText = text; }); };
     const Row rows[] = {
         {"the usual unit", nothing, "QT-MVR|1.022|QT-KP42|2.301"},
@@ -195,6 +195,7 @@ TEST(Identification, FillsTheRowsFromWhatTheUnitSays) {
         {"key in another case", model("kp42 Unit"), "QT-MVR|1.022|QT-KP42|2.301"},
         {"V as character 16", answersWith("0501", {.data = "KP42 UNIT      V12345678"}, 2),
          "QT-MVR|1.022|QT-KP42|123456"},
+        {"filled up with zero bytes", model(std::string("KP42 UNIT\0\0\0\0\0\0\0", 16)), "QT-MVR|1.022|QT-KP42|2.301"},
         {"V within the model", model("V42"), "QT-MVR|1.022|QT-KP42|2.301"},
         {"long version", version("V1234567"), "QT-MVR|1.022|QT-KP42|123456"},
         {"blanks around the version", version("V 2.3"), "QT-MVR|1.022|QT-KP42|2.3"},
