@@ -71,7 +71,7 @@ class Desktop {
     virtual int msgBox(const std::string& text, int style, const std::string& title) = 0;
 
     // Show the dialogs for opening and saving. An open dialog does not insist on an existing file; neither adds
-    // an extension.
+    // an extension. Blanks at the ends of a name do not count, for the question whether to overwrite either.
     virtual void showOpen(FileDialog& dialog) = 0;
     virtual void showSave(FileDialog& dialog) = 0;
 

@@ -116,6 +116,18 @@ TEST_F(Load, OffersThePathChosenLast) {
     EXPECT_FALSE(asked.save);
 }
 
+TEST_F(Load, TakesNoOtherFileThanTheOneItMeasures) {
+    const std::string blank = path + ' '; // blanks at the ends of a name do not count
+    world.desktop.chooseFile = [&](const AskedFile&) { return blank; };
+    for (const std::size_t size : {imageSize, imageSize - 1}) {
+        putFile("KP42FIRM", 1030, size);
+        world.files.put(blank, std::string(imageSize * 2 - 1 - size, '\0'));
+        EXPECT_EQ(load(), "");
+        EXPECT_EQ(fileRow(), "QT-KP42|1.030"); // the second is of another size: the first one stays
+        EXPECT_EQ(shared.loadFilePath, path);
+    }
+}
+
 TEST_F(Load, KeepsOrDropsTheFileLoadedBefore) {
     struct Row {
         const char* what;

@@ -1,10 +1,12 @@
 #include "platform/qt/fileDialogs.h"
 
 #include "base/failure.h"
+#include "base/text.h"
 #include "platform/qt/text.h"
 
 #include <QFileDialog>
 #include <QHeaderView>
+#include <QLineEdit>
 #include <QScreen>
 #include <QTreeView>
 
@@ -37,10 +39,21 @@ void fitColumns(const QFileDialog& dialog) {
     }
 }
 
+// Takes the name without blanks at its ends, before it asks whether to overwrite that file.
+class NameDialog : public QFileDialog {
+  public:
+    void accept() override {
+        if (auto* name = findChild<QLineEdit*>()) {
+            name->setText(fromUtf8(trim(toUtf8(name->text()))));
+        }
+        QFileDialog::accept();
+    }
+};
+
 } // namespace
 
 void showFileDialog(FileDialog& dialog, FileDialogKind kind) {
-    QFileDialog shown;
+    NameDialog shown;
     shown.setOption(QFileDialog::DontUseNativeDialog);
     shown.setOption(QFileDialog::DontConfirmOverwrite, (dialog.flags & FileDialog::overwritePrompt) == 0);
     shown.setFileMode(QFileDialog::AnyFile);

@@ -1,6 +1,7 @@
 #include "platform/simulated/simulatedDesktop.h"
 
 #include "base/failure.h"
+#include "base/text.h"
 
 #include <algorithm>
 #include <array>
@@ -211,6 +212,9 @@ void SimulatedDesktop::askForFile(FileDialog& dialog, bool save) {
     while (!settled) {
         react();
         asked.path = chooseFile ? chooseFile(asked) : std::nullopt;
+        if (asked.path) {
+            asked.path = trim(*asked.path);
+        }
         const bool asks = save && (dialog.flags & FileDialog::overwritePrompt) != 0;
         const bool exists = asks && asked.path && files_.find(*asked.path) != nullptr;
         asked.askedToOverwrite = asked.askedToOverwrite || exists;
