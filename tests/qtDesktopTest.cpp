@@ -63,7 +63,8 @@ void whenShown(Action action) {
 
 void enter(QFileDialog* dialog, const std::string& name) {
     auto* line = dialog->findChild<QLineEdit*>();
-    QApplication::setActiveWindow(dialog);
+    dialog->activateWindow();
+    static_cast<void>(QTest::qWaitForWindowActive(dialog)); // its line takes no keys before
     line->setFocus();
     line->selectAll();
     QTest::keyClicks(line, QString::fromStdString(name));

@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <fstream>
-#include <sstream>
 
 namespace {
 
@@ -32,12 +31,11 @@ TEST(Peer, ReceivesTheImageWithCrcAndWithChecksum) {
         ::fcntl(far, F_SETFL, 0);
         ASSERT_TRUE(CommonComm::fncOpenPort(3, "38400,n,8,1"));
         // It flushes its terminal after each answer, for which a line without any delay is too fast: it hears through a
-        // pipe.
-        // It flushes its terminal after each answer, for which a line without any delay is too fast: it hears through a
-        // pipe.
-        std::ostringstream command;
-        command << "exec 2>/dev/null; cat <&" << far << " | rx " << mode << " '" << received << "' >&" << far;
-        std::FILE* const peer = ::popen(command.str().c_str(), "r");
+        // pipe. It takes no path, and the plain shell no descriptor of two digits.
+        const std::string terminal = std::to_string(far);
+        const std::string command = "cd " + folder.string() + " && exec bash -c 'cat <&" + terminal + " | rx " + mode +
+                                    " peer.bin >&" + terminal + " 2>/dev/null'";
+        std::FILE* const peer = ::popen(command.c_str(), "r");
         theDesktop().show(frmWait());
         EXPECT_EQ(xModem::xModemS(), 0) << mode;
         EXPECT_EQ(frmWait().prbComm.value, imageSize);

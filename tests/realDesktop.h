@@ -1,19 +1,29 @@
-// The real desktop on the toolkit's offscreen screen, for the rest of the process, as in the program.
+// The real desktop on the toolkit's offscreen screen. It stands while tests run: the exit handlers take the toolkit's
+// parts away in an order of their own.
 #pragma once
 
 #include "platform/qt/qtDesktop.h"
 
 #include <cstdlib>
+#include <gtest/gtest.h>
+#include <optional>
 
 // What the font library keeps for itself is no leak of ours.
 extern "C" const char* __lsan_default_suppressions() { // NOLINT: the sanitizer's name, once in each program
     return "leak:libfontconfig";
 }
 
-inline platform::QtDesktop& theDesktop() {
-    static platform::QtDesktop* const desktop = [] {
+inline std::optional<platform::QtDesktop> realDesktop;
+
+class RealDesktop : public testing::Environment {
+    void SetUp() override {
         ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-        return new platform::QtDesktop;
-    }();
-    return *desktop;
+        realDesktop.emplace();
+    }
+    void TearDown() override { realDesktop.reset(); }
+};
+inline testing::Environment* const realDesktopUp = testing::AddGlobalTestEnvironment(new RealDesktop);
+
+inline platform::QtDesktop& theDesktop() {
+    return *realDesktop;
 }
