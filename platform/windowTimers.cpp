@@ -7,7 +7,7 @@ namespace platform {
 namespace {
 
 Micros intervalOf(const Timer& timer) {
-    return milliseconds(timer.interval());
+    return fromMilliseconds(timer.interval());
 }
 
 Micros firstTick(const Timer& timer, Micros now) {

@@ -60,26 +60,26 @@ struct UnitOptions {
     Bytes amplifierImage = Bytes(imageSize, 0xFF);   // what the unit holds at present
     Bytes interfaceUnitImage = Bytes(imageSize, 0xFF);
 
-    Micros replyDelay = milliseconds(2);
+    Micros replyDelay = fromMilliseconds(2);
     std::vector<AnswerRule> answers = {};
     std::optional<Micros> silentFrom = std::nullopt; // from this moment on it hears nothing and says nothing
 
     // As receiver of an image.
-    bool crc = true;                       // begins with 'C', else with NAK and checksums
-    Micros startDelay = milliseconds(100); // from the reply to the first start byte
-    Micros startPeriod = seconds(3);
-    int startLimit = 20;                // start bytes sent before it gives up
-    Micros interByteLimit = seconds(1); // a packet or frame that pauses longer is cut short
-    Micros packetLimit = seconds(15);   // silence between packets before it asks again with NAK
-    int retryLimit = 10;                // failures in a row that it forgives, in both directions; then CAN CAN
-    Micros packetDelay = 0;             // from the end of a packet to its answer
+    bool crc = true;                           // begins with 'C', else with NAK and checksums
+    Micros startDelay = fromMilliseconds(100); // from the reply to the first start byte
+    Micros startPeriod = fromSeconds(3);
+    int startLimit = 20;                    // start bytes sent before it gives up
+    Micros interByteLimit = fromSeconds(1); // a packet or frame that pauses longer is cut short
+    Micros packetLimit = fromSeconds(15);   // silence between packets before it asks again with NAK
+    int retryLimit = 10;                    // failures in a row that it forgives, in both directions; then CAN CAN
+    Micros packetDelay = 0;                 // from the end of a packet to its answer
     std::map<int, PacketAnswer> packetAnswers = {}; // n-th packet heard (from 1), repeats and EOT included
 
     // As sender of its image.
     Micros sendDelay = 0; // ahead of every packet
     Pieces sendPieces = {};
-    Micros startWait = seconds(60);
-    Micros answerLimit = seconds(10);      // silence before a packet is sent again
+    Micros startWait = fromSeconds(60);
+    Micros answerLimit = fromSeconds(10);  // silence before a packet is sent again
     bool repeatsEnd = true;                // sends EOT again on NAK, as every sender should
     std::map<int, Bytes> sentInstead = {}; // n-th packet sent (from 1), repeats and EOT included; empty: lost
 };

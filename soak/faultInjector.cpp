@@ -19,7 +19,7 @@ namespace {
 simulator::Pieces somePieces(Random& random) {
     constexpr std::array<std::size_t, 11> tricky{1, 2, 3, 4, 5, 126, 127, 128, 129, 130, 131};
     const std::size_t size = random.chance(50) ? random.pick(tricky) : static_cast<std::size_t>(random.between(1, 131));
-    return {size, milliseconds(random.spread(1, 4000))};
+    return {size, fromMilliseconds(random.spread(1, 4000))};
 }
 
 void removeFile(World& world, const char* name) {
@@ -67,7 +67,7 @@ void FaultInjector::prepareStart() {
         case FaultKind::secondInstance: world_.desktop.otherInstance = true; break;
         case FaultKind::unitLate:
             unit.silentFrom = 0;
-            world_.line.at(milliseconds(running.random.spread(100, 30'000)), [&unit] { unit.silentFrom.reset(); });
+            world_.line.at(fromMilliseconds(running.random.spread(100, 30'000)), [&unit] { unit.silentFrom.reset(); });
             break;
         default: // unusual sensors
             unit.stateText = running.random.chance(50) ? "00" : "01";
@@ -124,7 +124,7 @@ void FaultInjector::switchOn(Running& running) {
 void FaultInjector::wakeUnit() {
     if (world_.unit.options().silentFrom) {
         world_.unit.options().silentFrom.reset();
-        settleLater(world_.clock.now() + seconds(1));
+        settleLater(world_.clock.now() + fromSeconds(1));
     }
 }
 
@@ -145,7 +145,7 @@ void FaultInjector::switchOff(const Running& running) {
 void FaultInjector::stirOperator(Running& running, std::int64_t deeds) {
     const bool close = running.fault.kind == FaultKind::operatorCloses;
     for (Micros moment = world_.clock.now(); deeds > 0; --deeds) {
-        moment += milliseconds(running.random.spread(1, 10'000));
+        moment += fromMilliseconds(running.random.spread(1, 10'000));
         world_.desktop.schedule(moment, [this, close] { act(close); });
     }
 }
@@ -153,8 +153,8 @@ void FaultInjector::stirOperator(Running& running, std::int64_t deeds) {
 void FaultInjector::answerEarly(Running& running) {
     const Bytes answers[]{simulator::frameOf("00000030050000"), {simulator::ack}, {simulator::nak}};
     const Micros now = world_.clock.now();
-    monitor_.strayBytes(now + seconds(1));
-    settleLater(now + seconds(1)); // the answer itself
+    monitor_.strayBytes(now + fromSeconds(1));
+    settleLater(now + fromSeconds(1)); // the answer itself
     world_.line.put(Direction::fromUnit, running.random.pick(answers), now);
 }
 
@@ -163,28 +163,28 @@ void FaultInjector::floodLine(Running& running) {
     for (std::int64_t burst = running.random.spread(1, 30); burst > 0; --burst) {
         Bytes noise(static_cast<std::size_t>(running.random.spread(1, 400)));
         std::ranges::generate(noise, [&] { return static_cast<std::uint8_t>(running.random.below(256)); });
-        moment += milliseconds(running.random.spread(1, 5000));
+        moment += fromMilliseconds(running.random.spread(1, 5000));
         world_.line.put(Direction::fromUnit, std::move(noise), moment);
     }
-    monitor_.strayBytes(moment + seconds(1));
-    settleLater(moment + seconds(1));
+    monitor_.strayBytes(moment + fromSeconds(1));
+    settleLater(moment + fromSeconds(1));
 }
 
 void FaultInjector::hitUnit(Running& running) {
     simulator::UnitOptions& unit = world_.unit.options();
-    const Micros soon = world_.clock.now() + running.random.spread(1, milliseconds(100));
-    const Micros later = soon + milliseconds(running.random.spread(10, 30'000));
+    const Micros soon = world_.clock.now() + running.random.spread(1, fromMilliseconds(100));
+    const Micros later = soon + fromMilliseconds(running.random.spread(10, 30'000));
     switch (running.fault.kind) {
     case FaultKind::silence: unit.silentFrom = soon; break;
     case FaultKind::restart:
         world_.restartUnit(soon, later);
-        settleLater(later + seconds(1));
+        settleLater(later + fromSeconds(1));
         break;
     case FaultKind::refusal: unit.answers = {{.answer = {.resultCode = someResultCode(running.random)}}}; break;
     case FaultKind::piecedBlocks: unit.sendPieces = somePieces(running.random); break;
     case FaultKind::halvedBlocks: break; // from block to block
-    case FaultKind::slowSender: unit.sendDelay = milliseconds(running.random.spread(1, 4000)); break;
-    case FaultKind::hastySender: unit.answerLimit = milliseconds(running.random.spread(50, 2500)); break;
+    case FaultKind::slowSender: unit.sendDelay = fromMilliseconds(running.random.spread(1, 4000)); break;
+    case FaultKind::hastySender: unit.answerLimit = fromMilliseconds(running.random.spread(50, 2500)); break;
     default: unit.repeatsEnd = false;
     }
 }
@@ -211,9 +211,9 @@ void FaultInjector::hitDisk(Running& running, Lasting lasting) {
 
 void FaultInjector::pullAdapter(Running& running, bool back) {
     platform::Socket& socket = world_.port.socket(platform::usualComPort);
-    socket.pulledAt = world_.clock.now() + running.random.spread(1, milliseconds(200));
+    socket.pulledAt = world_.clock.now() + running.random.spread(1, fromMilliseconds(200));
     if (back) {
-        socket.backAt = socket.pulledAt + milliseconds(running.random.spread(10, 10'000));
+        socket.backAt = socket.pulledAt + fromMilliseconds(running.random.spread(10, 10'000));
         settleLater(socket.backAt);
     }
 }
@@ -261,7 +261,7 @@ void FaultInjector::alter(Running& running, Passage& passage) {
     case FaultKind::vanishedToUnit:
     case FaultKind::vanishedFromUnit: bytes.clear(); break;
     case FaultKind::lateToUnit:
-    case FaultKind::lateFromUnit: passage.at += milliseconds(random.spread(1, 25'000)); break;
+    case FaultKind::lateFromUnit: passage.at += fromMilliseconds(random.spread(1, 25'000)); break;
     case FaultKind::cutFromUnit: cutShort(bytes, random); break;
     case FaultKind::naksInstead: bytes = {simulator::nak}; break;
     case FaultKind::ackInstead: bytes = {simulator::ack}; break;
@@ -274,7 +274,7 @@ void FaultInjector::alter(Running& running, Passage& passage) {
     }
     if (bytes != before || passage.at != beforeAt) {
         running.spent = running.fault.span == 1;
-        settleLater(passage.at + seconds(1));
+        settleLater(passage.at + fromSeconds(1));
         count(running.fault);
     }
 }

@@ -16,7 +16,7 @@ using platform::Passage;
 namespace {
 
 constexpr int mostBoxesWithoutPort = 4;
-constexpr Micros slack = milliseconds(250); // for ticks, and for bytes on their way
+constexpr Micros slack = fromMilliseconds(250); // for ticks, and for bytes on their way
 
 bool resting(std::int32_t programState) {
     using namespace FirmComm::state;
@@ -144,13 +144,14 @@ void Monitor::bytesTaken(std::span<const std::uint8_t> bytes) {
 
 // The longest that the program may let pass without a word to the unit, a look at what the unit says, or a box.
 Micros Monitor::patience() const {
-    constexpr Micros command = seconds(5) + seconds(10); // a link that is not free, and the reply to an operation
+    constexpr Micros command =
+        fromSeconds(5) + fromSeconds(10); // a link that is not free, and the reply to an operation
     switch (order_.phase()) {
-    case Phase::startingWrite: return seconds(60) + slack;
+    case Phase::startingWrite: return fromSeconds(60) + slack;
     case Phase::sending:
-    case Phase::ending: return (portBad() ? command : seconds(10)) + slack;
+    case Phase::ending: return (portBad() ? command : fromSeconds(10)) + slack;
     case Phase::reading:
-    case Phase::readEnding: return (portBad() ? command : seconds(3)) + slack;
+    case Phase::readEnding: return (portBad() ? command : fromSeconds(3)) + slack;
     default: return command + slack;
     }
 }

@@ -15,16 +15,16 @@ constexpr std::array paces{
     platform::LinePace{},
     platform::LinePace{.wholeWrites = true},
     platform::LinePace{.latency = 0},
-    platform::LinePace{.latency = milliseconds(16)},
+    platform::LinePace{.latency = fromMilliseconds(16)},
     platform::unpaced,
 };
 
 platform::WorldOptions drawWorld(Random& random) {
     platform::WorldOptions world;
     world.unit.crc = random.chance(50);
-    world.unit.startDelay = milliseconds(random.spread(1, 5000));
-    world.unit.replyDelay = milliseconds(random.spread(1, 300));
-    world.unit.packetDelay = milliseconds(random.chance(70) ? 0 : random.spread(1, 200));
+    world.unit.startDelay = fromMilliseconds(random.spread(1, 5000));
+    world.unit.replyDelay = fromMilliseconds(random.spread(1, 300));
+    world.unit.packetDelay = fromMilliseconds(random.chance(70) ? 0 : random.spread(1, 200));
     world.pace = random.chance(60) ? paces[0] : random.pick(paces);
     world.image.seed = static_cast<std::uint32_t>(random.draw());
     return world;
@@ -151,7 +151,7 @@ Plan planOf(std::uint64_t seed) {
     }
     plan.last = random.chance(70) ? JobKind::write : JobKind::save;
     plan.cancelPercent = random.chance(80) ? 0 : 40;
-    plan.reaction = milliseconds(random.spread(10, 8000));
+    plan.reaction = fromMilliseconds(random.spread(10, 8000));
     return plan;
 }
 

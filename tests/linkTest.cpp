@@ -135,14 +135,14 @@ TEST_F(Link, GivesTheResultOfEachReply) {
             const std::string boxesBefore = session.boxes();
             shared.commBusy = false;
             world.unit.options().answers = {
-                {"0501", 0, {.reply = row.reply, .silent = row.reply.empty(), .pieces = {piece, milliseconds(3)}}}};
+                {"0501", 0, {.reply = row.reply, .silent = row.reply.empty(), .pieces = {piece, fromMilliseconds(3)}}}};
             Bytes reply;
             std::string result;
             const Micros lasted = timeOf([&] {
                 result = row.rawData ? fncCommand("0501", reply) : fncSendCommand("0501", false, reply, 5000, false);
             });
             EXPECT_EQ(result, row.result);
-            EXPECT_EQ(lasted >= seconds(5), row.late) << lasted;
+            EXPECT_EQ(lasted >= fromSeconds(5), row.late) << lasted;
             EXPECT_EQ(log().empty() ? "" : log().substr(log().find('[')),
                       row.logged.empty() ? "" : "[NG2] " + row.logged + " \n");
             EXPECT_EQ(shared.commBusy, !row.box.empty());
@@ -159,7 +159,7 @@ TEST_F(Link, StoresTheDataOfAReplyInBothForms) {
     EXPECT_EQ(shared.replyBytes, (Bytes{1, 1, 0, 0, '0', '0', '0', '0', '0', '4', '1', 'A'}));
     EXPECT_EQ(resultOf({.reply = wrongCheck("000011ab")}), "9011");
     EXPECT_EQ(shared.replyBytes.size(), 451u);
-    EXPECT_EQ(resultOf({.reply = frameOf("00000005010000"), .delay = seconds(1)}, true, 0), "9999");
+    EXPECT_EQ(resultOf({.reply = frameOf("00000005010000"), .delay = fromSeconds(1)}, true, 0), "9999");
     EXPECT_EQ(sent().size(), 4 * 12u); // sent all the same
 }
 
@@ -168,7 +168,7 @@ TEST_F(Link, WaitsForTheLinkThatAFailureHasLeftBusy) {
     EXPECT_EQ(fncExchange("0501", true, 5000), "9998");
     EXPECT_EQ(sent(), "");
     Bytes reply;
-    EXPECT_GE(timeOf([&] { EXPECT_EQ(fncCommand("0501", reply), "0000"); }), seconds(5));
+    EXPECT_GE(timeOf([&] { EXPECT_EQ(fncCommand("0501", reply), "0000"); }), fromSeconds(5));
     EXPECT_FALSE(shared.commBusy);
 }
 

@@ -88,7 +88,7 @@ TEST_F(TerminalTest, OpenMakesTheLineRawAndSetsItsSpeed) {
         ::tcgetattr(end_->descriptor(), &line);
         EXPECT_EQ(::cfgetospeed(&line), speed);
         end_->write(Bytes{'\r', 0x03, 0x11});
-        port_.waitForNews(clockMicros() + seconds(1));
+        port_.waitForNews(clockMicros() + fromSeconds(1));
         EXPECT_EQ(port_.read(), (Bytes{'\r', 0x03, 0x11}));
         port_.write(Bytes{'\n'});
         EXPECT_EQ(take(*end_, 2), Bytes{'\n'});
@@ -155,7 +155,7 @@ TEST_F(TerminalTest, AWaitSleeps) {
             port_.waitForNews(never);
         }
         const std::clock_t used = std::clock();
-        EXPECT_FALSE(port_.waitForNews(clockMicros() + milliseconds(50)));
+        EXPECT_FALSE(port_.waitForNews(clockMicros() + fromMilliseconds(50)));
         EXPECT_LT(std::clock() - used, CLOCKS_PER_SEC / 100);
         port_.close();
     }

@@ -46,7 +46,7 @@ Preparation thereIs(const std::string& content, bool readOnly = false) {
 Preparation sentInstead(const std::map<int, Bytes>& packets, int patience = 10) {
     return unit([=](auto& options) {
         options.sentInstead = packets;
-        options.answerLimit = seconds(patience);
+        options.answerLimit = fromSeconds(patience);
     });
 }
 
@@ -63,8 +63,8 @@ Preparation cancelledAfter(Micros time) {
 // The unit's supply fails so many seconds from now, and comes back.
 Preparation silentAt(int delay) {
     return [delay](World& world) {
-        const Micros off = world.clock.now() + seconds(delay);
-        world.restartUnit(off, off + seconds(2));
+        const Micros off = world.clock.now() + fromSeconds(delay);
+        world.restartUnit(off, off + fromSeconds(2));
     };
 }
 
@@ -80,19 +80,20 @@ TEST(Save, EndsInOneOfItsWays) {
     const std::string all = "52 54 53 ";
     const Row rows[] = {
         {"as it should be", nothing, succeed, all, File::whole},
-        {"a slow unit", unit([](auto& options) { options.sendDelay = milliseconds(430); }), succeed, all, File::whole},
+        {"a slow unit", unit([](auto& options) { options.sendDelay = fromMilliseconds(430); }), succeed, all,
+         File::whole},
         {"52 on its third try", answers({{"300552", 1, "2204"}, {"300552", 2, "2204"}}), succeed, all, File::whole},
         {"52 refused three times", answers({{"300552", 0, "2204"}}), box::error + "|16>1\n" + box::failed, "54 53 ",
          File::none},
         {"the dialog is cancelled", [](World& world) { world.desktop.chooseFile = {}; }, "", "", File::none},
-        {"the unit falls silent", [](World& world) { world.restartUnit(seconds(30), seconds(32)); }, stopped + succeed,
-         all, File::none},
+        {"the unit falls silent", [](World& world) { world.restartUnit(fromSeconds(30), fromSeconds(32)); },
+         stopped + succeed, all, File::none},
         {"one EOT only", unit([](auto& options) { options.repeatsEnd = false; }), stopped + succeed, all, File::none},
         {"an early end", sentInstead({{1001, {0x04}}, {1002, {0x04}}}), succeed, all, File::partly},
         {"EOT ahead of noise, then blocks", sentInstead({{1001, {0x04, 'x'}}}), stopped + succeed, all, File::none},
-        {"cancelled", cancelledAfter(seconds(60)), succeed, all, File::none},
-        {"the adapter is pulled", pulledAfter(seconds(30)), box::unsent + box::lost + box::failed, "52 ", File::none,
-         false},
+        {"cancelled", cancelledAfter(fromSeconds(60)), succeed, all, File::none},
+        {"the adapter is pulled", pulledAfter(fromSeconds(30)), box::unsent + box::lost + box::failed, "52 ",
+         File::none, false},
         {"pulled before the start", pulledAfter(1), box::lost + box::failed, "", File::none, false},
         {"a full disk", [](World& world) { world.files.setRoom(1000); },
          box::error + "/firmware/saved.bin: no room left on the disk|16>1\n" + succeed, all, File::partly},
@@ -160,7 +161,7 @@ TEST(Verification, EndsInOneOfItsWays) {
         {"a block differs", sentInstead({{9, Bytes(132, 0x01)}}), differs, all},
         {"a block too many, as its ACK was lost",
          [](World& world) {
-             world.unit.options().answerLimit = seconds(1);
+             world.unit.options().answerLimit = fromSeconds(1);
              world.line.addHook([acks = 0](Passage& passage) mutable {
                  if (shared.programState == 2 && passage.bytes == Bytes{0x06} && ++acks == 1000) {
                      passage.bytes.clear();
@@ -169,7 +170,7 @@ TEST(Verification, EndsInOneOfItsWays) {
          },
          differs, all},
         {"52 refused", answers({{"300552", 0, "2204"}}), box::error + "|16>1\n" + differs, "50 51 54 54 54 53 "},
-        {"cancelled", cancelledAfter(seconds(120)), differs, all},
+        {"cancelled", cancelledAfter(fromSeconds(120)), differs, all},
         {"50 refused", answers({{"300550", 0, "2204"}}), box::failed, "54 ", 6},
         {"the transfer breaks off", unit([](auto& options) { options.packetAnswers[4] = {Fate::cancels}; }),
          box::error + "|16>1\n" + box::failed, "50 51 54 ", 6},
@@ -177,7 +178,7 @@ TEST(Verification, EndsInOneOfItsWays) {
          box::error + "The unit stopped sending. Its firmware could not be read back.|16>1\n" + differs, all},
         {"a piece of a block, and then the end", sentInstead({{9, Bytes(50, 0x01)}, {10, {0x04}}, {11, {0x04}}}, 2),
          box::error + "A part of the firmware was lost on the way back.|16>1\n" + differs, all},
-        {"pulled while it reads back", pulledAfter(seconds(120)), box::lost + differs, "50 51 54 52 "},
+        {"pulled while it reads back", pulledAfter(fromSeconds(120)), box::lost + differs, "50 51 54 52 "},
     };
     for (const Row& row : rows) {
         ServiceSession session;
@@ -235,7 +236,7 @@ TEST(Cancel, SendsTenCansOnlyWhileAReadReceives) {
     ServiceSession session;
     World& world = session.world;
     world.line.record().keep(100);
-    cancelledAfter(seconds(60))(world);
+    cancelledAfter(fromSeconds(60))(world);
     session.press("cmdPresent");
     const Bytes sent = world.line.record().sent(Direction::toUnit);
     EXPECT_EQ(std::ranges::count(sent, 0x18), 10);
@@ -263,10 +264,10 @@ class Poll : public testing::Test {
         FirmComm::subResetReader();
         shared.signOfLifeAt = world.desktop.timeGetTime();
     }
-    int poll(const Bytes& bytes, Micros wait = milliseconds(100)) {
+    int poll(const Bytes& bytes, Micros wait = fromMilliseconds(100)) {
         world.clock.advanceTo(world.clock.now() + wait);
         world.line.put(Direction::fromUnit, bytes, world.clock.now());
-        world.clock.advanceTo(world.clock.now() + milliseconds(600));
+        world.clock.advanceTo(world.clock.now() + fromMilliseconds(600));
         return FirmComm::fncReadBlock();
     }
     static Bytes block(std::uint8_t number, std::uint8_t fill) {
@@ -349,7 +350,7 @@ TEST_F(Poll, StoresNoPieceAtAWrongPlace) {
     const Bytes check = part(b2, 131, 132);
     const Bytes begun = check + part(b3, 0, 2);
     const Bytes ends = block(2, 0x04); // its rest looks like EOT
-    const Micros late = seconds(2);
+    const Micros late = fromSeconds(2);
     const Row rows[] = {
         {"sent again", {{head, 6}, {rest, 6}, {{}, 6}, {b2, 1}}, "ab", false},
         {"never sent again", {{head, 6}, {rest, 6}, {b3, 1, late}}, "ac", true},
@@ -372,7 +373,7 @@ TEST_F(Poll, StoresNoPieceAtAWrongPlace) {
     };
     for (const Row& row : rows) {
         FirmComm::subResetReader();
-        EXPECT_EQ(poll(block(1, 'a'), seconds(2)), 1);
+        EXPECT_EQ(poll(block(1, 'a'), fromSeconds(2)), 1);
         FirmComm::subStoreBlock();
         for (const Step& step : row.steps) {
             const int result = poll(step.bytes, step.wait);
@@ -391,10 +392,10 @@ TEST_F(Poll, StoresNoPieceAtAWrongPlace) {
 }
 
 TEST_F(Poll, TellsSilenceFromAProgramHeldUp) {
-    EXPECT_EQ(poll({}, milliseconds(2300)), 0); // with the 600 ms that a poll here lasts
-    EXPECT_EQ(poll(block(1, 'a'), seconds(60)), 1);
-    EXPECT_EQ(poll({}, milliseconds(2300)), 6);
-    EXPECT_EQ(poll({}, milliseconds(0)), 12);
+    EXPECT_EQ(poll({}, fromMilliseconds(2300)), 0); // with the 600 ms that a poll here lasts
+    EXPECT_EQ(poll(block(1, 'a'), fromSeconds(60)), 1);
+    EXPECT_EQ(poll({}, fromMilliseconds(2300)), 6);
+    EXPECT_EQ(poll({}, fromMilliseconds(0)), 12);
     EXPECT_EQ(session.boxes(), stopped);
 }
 
@@ -405,11 +406,11 @@ TEST(Save, TakesBlocksThatComeAtAnyMoment) {
         bool whole;
     };
     const Row rows[] = {
-        {milliseconds(65), {}, true},        {milliseconds(80), {}, true},
-        {milliseconds(98), {}, true},        {milliseconds(190), {}, true},
-        {0, {60, milliseconds(15)}, true},   {milliseconds(60), {60, milliseconds(15)}, true},
-        {0, {40, milliseconds(130)}, false}, {0, {129, milliseconds(130)}, false},
-        {0, {3, milliseconds(130)}, false},  {0, {1, milliseconds(1100)}, false},
+        {fromMilliseconds(65), {}, true},        {fromMilliseconds(80), {}, true},
+        {fromMilliseconds(98), {}, true},        {fromMilliseconds(190), {}, true},
+        {0, {60, fromMilliseconds(15)}, true},   {fromMilliseconds(60), {60, fromMilliseconds(15)}, true},
+        {0, {40, fromMilliseconds(130)}, false}, {0, {129, fromMilliseconds(130)}, false},
+        {0, {3, fromMilliseconds(130)}, false},  {0, {1, fromMilliseconds(1100)}, false},
     };
     for (const Row& row : rows) {
         ServiceSession session;

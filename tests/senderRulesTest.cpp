@@ -151,15 +151,15 @@ class Sender : public testing::Test {
     Course transfer(const Answers& answers) {
         const Micros begin = world.clock.now();
         Micros at = begin;
-        Micros limit = seconds(60);
+        Micros limit = fromSeconds(60);
         for (const int answer : answers) {
             if (answer == silence) {
                 at += limit;
             } else {
-                at += milliseconds(answerTime);
+                at += fromMilliseconds(answerTime);
                 world.line.put(Direction::fromUnit, {static_cast<std::uint8_t>(answer)}, at);
             }
-            limit = answer == 'C' || answer == nak ? seconds(10) : limit;
+            limit = answer == 'C' || answer == nak ? fromSeconds(10) : limit;
         }
         course = {};
         OperationGate& gate = world.port.operations();

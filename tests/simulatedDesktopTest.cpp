@@ -14,7 +14,7 @@ struct SimulatedSurroundings : contract::Surroundings {
     SimulatedSurroundings() {
         folder = "/contract/";
         world.files.put(folder + "there", "");
-        desk.reactionTime = milliseconds(50);
+        desk.reactionTime = fromMilliseconds(50);
         desk.confirmOverwrite = [](const AskedFile&) { return false; };
         const auto press = [this](Text name) { world.person.perform(click("form", name)); };
         const auto hold = [this](Socket::State state) {
@@ -82,7 +82,7 @@ struct SimulatedSurroundings : contract::Surroundings {
     }
 
     Desktop& desktop() override { return desk; }
-    Micros after(int wait) const { return world.clock.now() + milliseconds(wait); }
+    Micros after(int wait) const { return world.clock.now() + fromMilliseconds(wait); }
 
     World world{{.pace = unpaced}};
     SimulatedDesktop& desk = world.desktop;
@@ -122,7 +122,7 @@ TEST_F(SimulatedDesktopTest, TheLineTakesItsTime) {
                                                           {unpaced, {0, 0, 0}}};
     for (const auto& [pace, expected] : rows) {
         world.line.setPace(pace);
-        const Micros start = milliseconds(desk.timeGetTime() + 5);
+        const Micros start = fromMilliseconds(desk.timeGetTime() + 5);
         world.line.put(Direction::fromUnit, {7, 8, 9}, start);
         std::vector<Micros> arrivals;
         while (arrivals.size() < 3) {

@@ -15,7 +15,7 @@ namespace {
 class SimulatedUnit : public testing::Test {
   protected:
     // Gives the bytes to the unit and what it has said `wait` later.
-    Bytes exchange(const Bytes& bytes, Micros wait = milliseconds(10)) {
+    Bytes exchange(const Bytes& bytes, Micros wait = fromMilliseconds(10)) {
         unit.receive(bytes, now);
         now += wait;
         unit.advance(now);
@@ -49,11 +49,11 @@ class SimulatedUnit : public testing::Test {
     void startWrite(const std::string& unitField = "01") {
         command("300550" + unitField + "0000");
         command("300551" + unitField + "0C00");
-        ASSERT_EQ(exchange({}, milliseconds(100)), Bytes{crcStart});
+        ASSERT_EQ(exchange({}, fromMilliseconds(100)), Bytes{crcStart});
     }
 
     Unit unit{UnitOptions{}};
-    Micros now = seconds(1);
+    Micros now = fromSeconds(1);
     Bytes image = makeSampleImage({});
 };
 
@@ -116,8 +116,8 @@ TEST_F(SimulatedUnit, TakesAnImageThroughDamageAndKeepsIt) {
     damaged[70] ^= 0x10;
     EXPECT_EQ(exchange(damaged), Bytes{nak});
     damaged.pop_back();
-    EXPECT_EQ(exchange(damaged, milliseconds(900)), Bytes{});
-    EXPECT_EQ(exchange({}, milliseconds(200)), Bytes{nak}); // a byte was lost
+    EXPECT_EQ(exchange(damaged, fromMilliseconds(900)), Bytes{});
+    EXPECT_EQ(exchange({}, fromMilliseconds(200)), Bytes{nak}); // a byte was lost
     EXPECT_EQ(exchange(packet(2)), Bytes{});
     EXPECT_EQ(exchange(packet(2)), Bytes{ack});
     for (std::size_t number = 3; number <= imageSize / blockSize; ++number) {
@@ -140,14 +140,14 @@ TEST_F(SimulatedUnit, GivesUpABrokenWrite) {
     EXPECT_EQ(exchange(packet(1)), Bytes{ack});
     EXPECT_EQ(exchange(packet(3)), (Bytes{can, can}));
     startWrite("00");
-    EXPECT_EQ(exchange({}, seconds(3)), Bytes{crcStart});
+    EXPECT_EQ(exchange({}, fromSeconds(3)), Bytes{crcStart});
     EXPECT_EQ(exchange(packet(1)), Bytes{ack});
     EXPECT_EQ(exchange({can, can}), Bytes{});
     EXPECT_EQ(command("0601"), "000000060100000001"); // no longer in transfer mode
     startWrite("00");
     EXPECT_EQ(exchange(packet(1)), Bytes{ack});
     EXPECT_EQ(command("300554000000"), "00000030050000"); // heard between two packets
-    EXPECT_EQ(exchange(packet(2), seconds(20)), Bytes{});
+    EXPECT_EQ(exchange(packet(2), fromSeconds(20)), Bytes{});
     EXPECT_FALSE(unit.journal().imageComplete);
 }
 
@@ -169,13 +169,13 @@ TEST_F(SimulatedUnit, SendsItsImageAndEndsInTwoSteps) {
     EXPECT_EQ(received, image);
     EXPECT_EQ(block, Bytes{eot});
     EXPECT_EQ(exchange({nak}), Bytes{eot});
-    EXPECT_EQ(exchange({ack}, seconds(20)), Bytes{});
+    EXPECT_EQ(exchange({ack}, fromSeconds(20)), Bytes{});
 
-    unit.options().sendPieces = {100, milliseconds(50)};
+    unit.options().sendPieces = {100, fromMilliseconds(50)};
     command("300552010C00");
     EXPECT_EQ(exchange({crcStart}).size(), 100u);
-    EXPECT_EQ(exchange({can, can}, milliseconds(100)).size(), crcPacketSize - 100); // looked at after the packet
-    EXPECT_EQ(exchange({}, seconds(20)), Bytes{});
+    EXPECT_EQ(exchange({can, can}, fromMilliseconds(100)).size(), crcPacketSize - 100); // looked at after the packet
+    EXPECT_EQ(exchange({}, fromSeconds(20)), Bytes{});
 }
 
 } // namespace

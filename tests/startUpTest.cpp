@@ -61,12 +61,12 @@ TEST(StartUp, EndsInOneOfItsWays) {
         {"port missing", [](World& world) { world.port.removeSocket(3); }, missing3 + box::timeout + portSetup, ports},
         {"port held", [](World& world) { world.port.socket(3).state = Socket::State::held; },
          box::portHeld + box::timeout + portSetup, ports},
-        {"silence", unit([](auto& options) { options.silentFrom = 0; }), portSetup, ports, seconds(5)},
+        {"silence", unit([](auto& options) { options.silentFrom = 0; }), portSetup, ports, fromSeconds(5)},
         {"2204 at the probe", answers({{"0501", 1, "2204"}}), "", ""},
         {"1001 at the probe", answers({{"0501", 1, "1001"}}), portSetup, ports},
         {"state 1004", answers({{"0601", 0, "1004"}}), "", "main"},
         {"state 2204", answers({{"0601", 0, "2204"}}), "", ""},
-        {"state silent", answersWith("0601", {.silent = true}), "", "", seconds(5)},
+        {"state silent", answersWith("0601", {.silent = true}), "", "", fromSeconds(5)},
         {"state 01, one sensor", sensors("01", 1), unusual, ""},
         {"state 01, two sensors", sensors("01", 2), unusual, ""},
         {"no sensor", sensors("00", 0), unusual, ""},
@@ -134,12 +134,12 @@ TEST(StartUp, OffersThePortsUntilAUnitAnswers) {
     const Micros start = world.clock.now();
     std::vector<Micros> moments; // of two events, each in one of the two tries
     for (const int at : {2, 7}) {
-        world.desktop.schedule(start + seconds(at),
-                               [&] { moments.push_back((world.clock.now() - start) / seconds(1)); });
+        world.desktop.schedule(start + fromSeconds(at),
+                               [&] { moments.push_back((world.clock.now() - start) / fromSeconds(1)); });
     }
     EXPECT_EQ(trySet(3), notEffective3);
     EXPECT_EQ(moments, (std::vector<Micros>{5, 10}));
-    EXPECT_EQ((world.clock.now() - start) / seconds(1), 11); // and the box
+    EXPECT_EQ((world.clock.now() - start) / fromSeconds(1), 11); // and the box
     EXPECT_EQ(shown(session), ports);
     world.unit.options().silentFrom.reset();
     world.unit.options().answers = {{"0501", 0, {.resultCode = "2204"}}};
@@ -161,10 +161,10 @@ TEST(StartUp, StaysAliveWhileItWaitsForTheLink) {
         world.port.socket(3).line = &world.line;
         const Micros start = world.clock.now();
         for (int at = 0; ends && at < 6000; at += 5) { // the port chatters
-            world.line.put(Direction::fromUnit, {'x'}, start + milliseconds(at));
+            world.line.put(Direction::fromUnit, {'x'}, start + fromMilliseconds(at));
         }
-        world.desktop.schedule(start + seconds(2), [&] {
-            EXPECT_LT(world.clock.now(), start + milliseconds(2100));
+        world.desktop.schedule(start + fromSeconds(2), [&] {
+            EXPECT_LT(world.clock.now(), start + fromMilliseconds(2100));
             EXPECT_TRUE(world.person.perform(deed));
         });
         EXPECT_EQ(world.desktop.run([&] { world.person.perform(click("frmStartUp", "cmdTest")); }),

@@ -56,7 +56,7 @@ const Strike sendTwice = [](Passage& passage, World&) {
     passage.bytes.insert(passage.bytes.end(), bytes.begin(), bytes.end());
 };
 const Strike restartUnit = [](Passage& passage, World& world) {
-    world.restartUnit(passage.at, passage.at + milliseconds(1));
+    world.restartUnit(passage.at, passage.at + fromMilliseconds(1));
 };
 const Strike pullAdapter = [](Passage& passage, World& world) { world.port.socket(3).pulledAt = passage.at; };
 Strike delay(Micros by) {
@@ -87,8 +87,8 @@ const Fault faults[] = {
     {"AckBecomesTwoCan", none, become({simulator::can, simulator::can}), brokenOff, brokenOff},
     {"AckDoubled", none, sendTwice, unharmed, unharmed},
     {"NoiseAheadOfAck", none, putNoiseAhead, unharmed, unharmed},
-    {"AckLate", none, delay(milliseconds(9500)), unharmed, unharmed},
-    {"AckLaterThanLimit", none, delay(milliseconds(10500)), repeated, repeated},
+    {"AckLate", none, delay(fromMilliseconds(9500)), unharmed, unharmed},
+    {"AckLaterThanLimit", none, delay(fromMilliseconds(10500)), repeated, repeated},
     {"UnitRestarts", restartUnit, none, unheard, unheard},
     {"CountFails", failNext(Operation::countReceived), none, brokenOff, brokenOff},
     {"NextWriteFails", failNext(Operation::writePort), none, brokenOffBehind, brokenOffBehind},
@@ -169,7 +169,7 @@ std::string expected(const Outcome& outcome, int place) {
 }
 
 // What a receiver repeats its start byte after. With less than the 10 s of a reply wait see RepeatedStartBytes.
-constexpr Micros startPeriod = seconds(15);
+constexpr Micros startPeriod = fromSeconds(15);
 
 std::string write(const Fault& fault, int place, Lasting lasting, Micros period = startPeriod) {
     WorldOptions options;
@@ -180,7 +180,7 @@ std::string write(const Fault& fault, int place, Lasting lasting, Micros period 
     session.load();
     const Striker striker(world, fault, place, lasting);
     const bool never = lasting == Lasting::forGood && fault.forGood.end == End::never;
-    world.clock.setLimit(seconds(never ? 3600 : 24 * 3600));
+    world.clock.setLimit(fromSeconds(never ? 3600 : 24 * 3600));
     const RunEnd end = world.desktop.run([&] { world.person.perform(click("frmMain", "cmdUpgrade")); });
     if (end == RunEnd::stuck) {
         return described(End::never, 0, blocksIn(world));
@@ -228,7 +228,7 @@ INSTANTIATE_TEST_SUITE_P(Sweep, EachPlace, testing::Range(0, rowCount), [](const
 // sent again before the unit has given up.
 TEST(Sweep, RepeatedStartBytesHoldBackTheFirstBlock) {
     const Fault& lost = *std::ranges::find(faults, std::string_view("PacketLost"), &Fault::name);
-    EXPECT_EQ(write(lost, 1, Lasting::once, seconds(3)), expected(unheard, 1));
+    EXPECT_EQ(write(lost, 1, Lasting::once, fromSeconds(3)), expected(unheard, 1));
 }
 
 constexpr auto ofPort = [](World& world) -> OperationGate& { return world.port.operations(); };

@@ -46,14 +46,14 @@ TEST(Write, EndsInOneOfItsWays) {
          box::goOn + "1\n" + box::goOn + "1\n" + succeed, "50 51 ", true, 3},
         {"51 refused three times", answers({{"300551", 0, "2204"}}), broken, "50 54 53 ", false, 4},
         {"silence at 51", answersWith("300551", {.silent = true, .ignored = true}), broken, "50 54 53 ", false, 4,
-         seconds(30)},
+         fromSeconds(30)},
         {"54 and 53 refused", answers({{"300554", 0, "5555"}, {"300553", 0, "1234"}}), succeed, "50 51 ", true},
         {"check fails, operator goes on", answers({{"0101D4", 0, "0E00"}}), notChecked + succeed, all, true},
-        {"no first byte", unit([](auto& options) { options.startDelay = seconds(70); }), broken, all, false, 0,
-         seconds(60)},
+        {"no first byte", unit([](auto& options) { options.startDelay = fromSeconds(70); }), broken, all, false, 0,
+         fromSeconds(60)},
         {"ten NAKs", refuses(700, 10), broken, all, false},
-        {"adapter pulled while the tool waits", pulledAfter(seconds(5) + milliseconds(12)), box::lost + box::failed,
-         "50 51 ", false},
+        {"adapter pulled while the tool waits", pulledAfter(fromSeconds(5) + fromMilliseconds(12)),
+         box::lost + box::failed, "50 51 ", false},
         {"a write of a block fails once",
          [](World& world) {
              OperationGate& gate = world.port.operations();
@@ -156,8 +156,8 @@ TEST(Write, ShowsItsProgressAndKeepsTheOperatorOut) {
         }
     };
     // The close box of the progress dialog changes nothing.
-    world.desktop.schedule(world.clock.now() + seconds(20), [&] { world.person.perform(closing("frmWait")); });
-    world.desktop.schedule(world.clock.now() + seconds(30), look);
+    world.desktop.schedule(world.clock.now() + fromSeconds(20), [&] { world.person.perform(closing("frmWait")); });
+    world.desktop.schedule(world.clock.now() + fromSeconds(30), look);
     world.desktop.boxStands = [&](const Box&) { look(); };
     session.press("cmdUpgrade");
     EXPECT_EQ(seen, (std::vector<std::string>{"disabled hourglass QT-MVR is under updating to ver1.046.",

@@ -83,7 +83,7 @@ void QtDesktop::sleep(int milliseconds) {
 void QtDesktop::waitForBytes(std::int64_t until) {
     sync();
     paintChanges();
-    port_.waitForNews(milliseconds(until));
+    port_.waitForNews(fromMilliseconds(until));
 }
 
 void QtDesktop::doEvents() {
@@ -102,7 +102,7 @@ void QtDesktop::waitForEvents(std::int64_t until) {
     constexpr Micros longest = 20'000;
     timers_.look();
     const Micros events = eventsAt_ + longest;
-    if (clockMicros() >= events || !port_.waitForNews(std::min({milliseconds(until), timers_.due(), events}))) {
+    if (clockMicros() >= events || !port_.waitForNews(std::min({fromMilliseconds(until), timers_.due(), events}))) {
         sync();
         QCoreApplication::processEvents(QEventLoop::AllEvents);
         timers_.tickDue();

@@ -70,14 +70,14 @@ void SimulatedDesktop::moveTo(Micros moment) {
 
 void SimulatedDesktop::sleep(int duration) {
     enter();
-    moveTo(clock_.now() + milliseconds(duration));
+    moveTo(clock_.now() + fromMilliseconds(duration));
 }
 
 void SimulatedDesktop::waitForBytes(std::int64_t until) {
     enter();
     clock_.noteLook();
     port_.advance();
-    const Micros end = milliseconds(until);
+    const Micros end = fromMilliseconds(until);
     while (!port_.takeNews() && clock_.now() < end) {
         const Micros next = std::min(port_.next(), end);
         if (next == never) {
@@ -96,7 +96,7 @@ void SimulatedDesktop::doEvents() {
 
 void SimulatedDesktop::waitForEvents(std::int64_t until) {
     enter();
-    waitOnce(milliseconds(until));
+    waitOnce(fromMilliseconds(until));
 }
 
 void SimulatedDesktop::waitOnce(Micros until) {

@@ -42,7 +42,7 @@ class SimulatedDesktop : public Desktop {
 
     // The operator's part in boxes and file dialogs. A box is answered, and a file given, `reactionTime` after it
     // came up; window events run meanwhile. Without an answer of their own: OK, a cancelled dialog, yes.
-    Micros reactionTime = seconds(1);
+    Micros reactionTime = fromSeconds(1);
     std::function<int(const Box&)> answerBox;
     std::function<std::optional<std::string>(const AskedFile&)> chooseFile;
     std::function<bool(const AskedFile&)> confirmOverwrite;

@@ -34,7 +34,7 @@ class VirtualClock {
 
   private:
     Micros now_ = 0;
-    Micros limit_ = seconds(24 * 60 * 60);
+    Micros limit_ = fromSeconds(24 * 60 * 60);
     int looks_ = 0; // since the clock moved or something happened
 };
 

@@ -20,12 +20,12 @@ constexpr Micros bitsPerByte = 10; // start, eight data, stop
 constexpr Micros bitsPerSecond = 38400;
 constexpr std::size_t readSize = 256;   // below the terminal's queue, so that a full line holds the tool back
 constexpr std::size_t deliverySize = 8; // bytes that a serial chip gathers before it reports them
-constexpr Micros quietTime = milliseconds(50);
+constexpr Micros quietTime = fromMilliseconds(50);
 
 Micros clockNow() {
     timespec time{};
     clock_gettime(CLOCK_MONOTONIC, &time);
-    return seconds(time.tv_sec) + time.tv_nsec / 1000;
+    return fromSeconds(time.tv_sec) + time.tv_nsec / 1000;
 }
 
 void writeFile(const std::filesystem::path& path, const char* bytes, std::size_t count) {
@@ -62,7 +62,7 @@ void LineSession::run(const volatile int& stop, const sigset_t& waitMask) {
 }
 
 Micros LineSession::lineTime(std::size_t bytes) const {
-    return options_.paced ? static_cast<Micros>(bytes) * bitsPerByte * seconds(1) / bitsPerSecond : 0;
+    return options_.paced ? static_cast<Micros>(bytes) * bitsPerByte * fromSeconds(1) / bitsPerSecond : 0;
 }
 
 void LineSession::takeArrivals(Micros now) {
@@ -148,7 +148,7 @@ void LineSession::sleep(Micros now, const sigset_t& waitMask) {
     terminal.events = static_cast<short>((arriving_.empty() ? POLLIN : 0) | (terminalFull_ ? POLLOUT : 0));
     const auto next = due();
     const Micros wait = next ? std::max<Micros>(0, *next - now) : 0;
-    const timespec limit{wait / seconds(1), wait % seconds(1) * 1000};
+    const timespec limit{wait / fromSeconds(1), wait % fromSeconds(1) * 1000};
     if (ppoll(&terminal, 1, next ? &limit : nullptr, &waitMask) < 0 && errno != EINTR) {
         throw std::system_error(errno, std::generic_category(), "ppoll");
     }

@@ -26,7 +26,7 @@ int numberOf(std::string_view option, std::string_view text, int highest) {
 }
 
 Micros durationOf(std::string_view option, std::string_view text) {
-    return milliseconds(numberOf(option, text, 1'000'000));
+    return fromMilliseconds(numberOf(option, text, 1'000'000));
 }
 
 // [PREFIX:]N=CODE, or N=silence.
