@@ -1,254 +1,384 @@
 #include "soak/session.h"
 
 #include "app/program.h"
+#include "simulator/frame.h"
+#include "soak/watch.h"
 #include "state/variables.h"
+#include "ui/forms.h"
 
 #include <algorithm>
+#include <array>
+#include <sstream>
 
 namespace soak {
 
-using platform::AskedFile;
-using platform::Box;
-using platform::Deed;
-using platform::FormChange;
-using platform::Passage;
-using platform::World;
+using namespace platform;
+using Kind = LineFault::Kind;
 
 namespace {
 
-constexpr int mostPresses = 4; // of the set button, before the operator gives up
+// Real lines, and lines that hide what depends on them.
+constexpr std::array paces{LinePace{},
+                           LinePace{},
+                           LinePace{.wholeWrites = true},
+                           LinePace{.latency = 0},
+                           LinePace{.latency = fromMilliseconds(16)},
+                           unpaced};
 
-class Session {
-  public:
-    Session(const Plan& plan, bool story);
-    SessionResult live();
+// Files that the operator may name, the usual one first.
+constexpr std::array loadPaths{
+    World::firmwarePath, World::firmwarePath, World::firmwarePath, "/other", "/short", "/none"};
+constexpr std::size_t timeWidth = 13; // of a line of the story
 
-  private:
-    void fillUnit();
-    void putFiles();
-    void bindWorld();
-    void showHidden(platform::Form& form);
-    std::optional<std::string> fileFor(const AskedFile& asked);
-    bool cancels() { return injector_.takeCancel() || random_.chance(cancelPercent_); }
+constexpr std::array savePaths{World::savedPath, World::savedPath, "/long", "/readOnly"};
 
-    bool act(const Deed& deed);
-    void actOutOfTurn(bool close);
-    void carryOn();
-    void start();
-    void choosePort();
-    void carryOut(const Job& job);
-    void finish();
-    void requireSuccess(JobKind kind);
-    bool operatorWaits() const;
-    bool portLives() const { return shared.serialPort != nullptr && world_.port.isOpen() && !world_.port.lost(); }
+// How much more the operator likes a control than others; all that closes is in between.
+constexpr std::array<std::pair<std::string_view, int>, 6> likes{
+    {{"cmdUpgrade", 50}, {"cmdPresent", 25}, {"cmdLoading", 30}, {"chkVerify", 5}, {"cmdTest", 60}, {"cmdCancel", 9}}};
 
-    const Plan& plan_;
-    World world_;
-    Log log_;
-    Monitor monitor_{world_, log_};
-    FaultInjector injector_;
-    Random random_;
-    int cancelPercent_;
-    Job job_;
+WorldOptions drawWorld(Random& random) {
+    WorldOptions world;
+    world.unit.crc = random.chance(500);
+    world.unit.startDelay = fromMilliseconds(random.spread(1, 5000));
+    world.unit.replyDelay = fromMilliseconds(random.spread(1, 300));
+    world.unit.packetDelay = fromMilliseconds(random.chance(700) ? 0 : random.spread(1, 200));
+    world.pace = random.pick(paces);
+    world.image.seed = static_cast<std::uint32_t>(random.draw());
+    return world;
+}
+
+// What goes wrong, brought over a session when a message of the tool begins.
+struct Session {
+    Session(std::uint64_t seed, bool tell);
+    Result live(const std::function<void(World&)>& lie, bool save);
+
+    void act(const Deed& deed);
+    void run(const std::function<void()>& entry);
+    void actOutOfTurn();
+    void drawFaults(int perMille);
+    void messageBegins();
+    void stopFaults();
+    void setPort();
+    void finish(bool save);
+    bool press(const char* control);
+    bool goesOn() const { return !world.desktop.ended() && watch.violations.empty(); }
+    bool started() const { return world.desktop.form("frmMain") != nullptr && frmMain().visible; }
+
+    Random random;
+    World world;
+    Watch watch{world};
+    simulator::UnitOptions& unit = world.unit.options();
+    Socket& socket = world.port.socket(usualComPort);
+    std::multimap<int, std::function<void()>> due; // by messages of the tool since the latest deed
+    int message = 0;
+    int cancels = 0;         // of 1000 boxes and dialogs
+    bool faults = true;      // can strike
+    bool piecesVary = false; // from block to block
 };
 
-Session::Session(const Plan& plan, bool story)
-    : plan_(plan), world_(plan.world), log_(world_.clock, story), injector_(world_, monitor_, log_, plan.faults),
-      random_(plan.seed ^ 0x5EED), cancelPercent_(plan.cancelPercent) {
-    fillUnit();
-    putFiles();
-    bindWorld();
+simulator::Pieces somePieces(Random& random) {
+    constexpr std::array<std::size_t, 11> tricky{1, 2, 3, 4, 5, 126, 127, 128, 129, 130, 131};
+    return {random.chance(500) ? random.pick(tricky) : static_cast<std::size_t>(random.between(1, 131)),
+            fromMilliseconds(random.spread(1, 4000))};
 }
 
-// What the unit holds at first is as good as any image, and another one than the files.
-void Session::fillUnit() {
-    simulator::UnitOptions& unit = world_.unit.options();
-    const auto changed = [&](std::uint8_t mask) {
-        Bytes image = world_.image;
-        std::ranges::transform(image, image.begin(), [&](std::uint8_t byte) -> std::uint8_t { return byte ^ mask; });
-        return image;
+void strikeLine(Session& s, Direction direction, LineFault fault) {
+    constexpr std::array rates{1000, 300, 50, 10};
+    fault.last = s.random.chance(500) ? 1 : s.random.spread(2, 2000);
+    fault.perMille = fault.last == 1 ? 1000 : s.random.pick(rates);
+    s.world.line.faults(direction).push_back(fault);
+}
+
+Direction someDirection(Session& s) {
+    return s.random.chance(500) ? Direction::toUnit : Direction::fromUnit;
+}
+
+void flood(Session& s) {
+    const Bytes answers[]{simulator::frameOf("00000030050000"), {simulator::ack}, {simulator::nak}, Bytes(400, '~')};
+    Micros moment = s.world.clock.now();
+    for (std::int64_t burst = s.random.spread(1, 20); burst > 0; --burst) {
+        s.world.line.put(Direction::fromUnit, s.random.pick(answers), moment);
+        moment += fromMilliseconds(s.random.spread(1, 5000));
+    }
+    s.watch.touch(moment + fromSeconds(1));
+}
+
+void answerOtherwise(Session& s) {
+    constexpr std::array prefixes{"", "0501", "0601", "0101", "300550", "300551", "300552", "300554"};
+    constexpr std::array codes{"0000", "0101", "1001", "1004", "1101", "2204", "1234", "1234", "5555", "A0F1"};
+    constexpr std::array endCodes{"00", "0F", "11", "13", "FF"};
+    simulator::CommandAnswer answer;
+    switch (s.random.below(6)) {
+    case 0: answer.endCode = s.random.pick(endCodes); break;
+    case 1: answer.silent = true; break;
+    case 2: answer.wrongCheck = true; break;
+    case 3: answer.delay = fromMilliseconds(s.random.spread(1, 16'000)); break;
+    default: answer.resultCode = s.random.pick(codes); break;
+    }
+    s.unit.answers.push_back({s.random.pick(prefixes), s.random.chance(600) ? 0 : 1, answer});
+}
+
+void breakOperations(Session& s, OperationGate& gate, std::int64_t within, int failure) {
+    const Lasting lasting = s.random.chance(500) ? Lasting::once : Lasting::forGood;
+    const auto fail = failNthOfAll(gate.passed() + s.random.spread(1, within), lasting, Failure(failure, "It broke."));
+    gate.add([&s, fail](const OperationCall& call) {
+        if (s.faults) {
+            fail(call);
+        }
+    });
+}
+
+struct FaultRow {
+    const char* name;
+    void (*bring)(Session&);
+};
+const FaultRow faultRows[]{
+    {"bytes changed",
+     [](Session& s) {
+         constexpr std::array kinds{Kind::lose,   Kind::flip, Kind::twice, Kind::insert,
+                                    Kind::insert, Kind::cut,  Kind::drop,  Kind::repeat};
+         strikeLine(s, someDirection(s), {.kind = s.random.pick(kinds)});
+     }},
+    {"bytes late",
+     [](Session& s) {
+         strikeLine(s, someDirection(s), {.kind = Kind::delay, .time = fromMilliseconds(s.random.spread(1, 25'000))});
+     }},
+    {"another answer to packets",
+     [](Session& s) {
+         using namespace simulator;
+         const Bytes answers[]{{ack}, {nak}, {can, can}, {can, ack}, {eot}, {crcStart}};
+         strikeLine(s, Direction::fromUnit,
+                    {.kind = Kind::replace, .writes = Writes::transfer, .bytes = s.random.pick(answers)});
+     }},
+    {"noise and early answers", flood},
+    {"another answer to commands", answerOtherwise},
+    {"silence or restart",
+     [](Session& s) {
+         const Micros off = s.world.clock.now() + s.random.spread(1, fromMilliseconds(100));
+         s.world.restartUnit(off, off + fromMilliseconds(s.random.spread(10, 60'000)));
+     }},
+    {"blocks in pieces",
+     [](Session& s) {
+         s.unit.sendPieces = somePieces(s.random);
+         s.piecesVary = s.random.chance(500);
+     }},
+    {"blocks late", [](Session& s) { s.unit.sendDelay = fromMilliseconds(s.random.spread(1, 4000)); }},
+    {"packets sent again soon", [](Session& s) { s.unit.answerLimit = fromMilliseconds(s.random.spread(50, 2500)); }},
+    {"EOT sent once", [](Session& s) { s.unit.repeatsEnd = false; }},
+    {"port fails", [](Session& s) { breakOperations(s, s.world.port.operations(), 64, failureNumber::portLost); }},
+    {"adapter pulled",
+     [](Session& s) {
+         s.socket.pulledAt = s.world.clock.now() + s.random.spread(1, fromMilliseconds(200));
+         s.socket.backAt =
+             s.random.chance(300) ? never : s.socket.pulledAt + fromMilliseconds(s.random.spread(1, 60'000));
+     }},
+    {"disk fails", [](Session& s) { breakOperations(s, s.world.files.operations(), 16, failureNumber::fileBroken); }},
+    {"disk full", [](Session& s) { s.world.files.setRoom(static_cast<std::size_t>(s.random.below(300'000))); }},
+    {"operator out of turn",
+     [](Session& s) {
+         for (std::int64_t deeds = s.random.spread(1, 8); deeds > 0; --deeds) {
+             s.world.desktop.schedule(s.world.clock.now() + fromMilliseconds(s.random.spread(1, 60'000)),
+                                      [&s] { s.actOutOfTurn(); });
+         }
+     }},
+    {"operator cancels", [](Session& s) { s.cancels = 500; }},
+};
+
+void putIni(Session& s, const char* name, const std::string& text) {
+    s.world.files.put(s.world.desktop.directory + name, text);
+}
+
+// What a start may find.
+const FaultRow startRows[]{
+    {"port missing", [](Session& s) { putIni(s, "Setting.INI", "[IFU]\r\nCOM=5\r\n"); }},
+    {"port held",
+     [](Session& s) {
+         putIni(s, "Setting.INI", "[IFU]\r\nCOM=4\r\n");
+         s.world.port.socket(4).state = Socket::State::held;
+     }},
+    {"port outside the list", [](Session& s) { putIni(s, "Setting.INI", "[IFU]\r\nCOM=99\r\n"); }},
+    {"no models", [](Session& s) { putIni(s, "TYPE.INI", ""); }},
+    {"second instance", [](Session& s) { s.world.desktop.otherInstance = true; }},
+    {"other sensors", [](Session& s) { s.unit.sensorCount = static_cast<int>(2 * s.random.below(2)); }},
+};
+
+Session::Session(std::uint64_t seed, bool tell) : random(seed), world(drawWorld(random)) {
+    world.line.setSeed(random.draw());
+    world.line.record().keep(tell ? SIZE_MAX : 0);
+    // What the unit holds is another image than the file.
+    unit.amplifierImage = unit.interfaceUnitImage = world.image;
+    std::ranges::reverse(unit.amplifierImage);
+    std::string usual(world.image.begin(), world.image.end());
+    world.files.put("/short", usual.substr(1));
+    world.files.put("/long", usual + std::string(100, 'x'));
+    world.files.put("/readOnly", "");
+    world.files.find("/readOnly")->readOnly = true;
+    world.files.put("/other", usual.replace(simulator::typeTextOffset, 8, "KP42FIRM"));
+
+    watch.messageBegins = [this] { messageBegins(); };
+    SimulatedDesktop& desktop = world.desktop;
+    desktop.reactionTime = fromMilliseconds(random.spread(10, 8000));
+    desktop.answerBox = [this](const Box&) { return random.chance(cancels) ? boxAnswer::cancel : boxAnswer::ok; };
+    desktop.chooseFile = [this](const AskedFile& asked) {
+        const bool usualFile = !faults;
+        const char* path = asked.save ? savePaths[usualFile ? 0 : static_cast<std::size_t>(random.below(4))]
+                                      : loadPaths[usualFile ? 0 : static_cast<std::size_t>(random.below(6))];
+        return random.chance(cancels) ? std::nullopt : std::optional<std::string>(path);
     };
-    unit.amplifierImage = changed(0x5A);
-    unit.interfaceUnitImage = changed(0xA5);
-}
-
-void Session::putFiles() {
-    const std::string usual(world_.image.begin(), world_.image.end());
-    const auto typed = [&](std::string type) {
-        type.resize(simulator::typeTextLength);
-        return std::string(usual).replace(simulator::typeTextOffset, type.size(), type);
-    };
-    world_.files.put(loadFiles[1].path, typed("KP42FIRM"));
-    world_.files.put(loadFiles[2].path, typed("OTHER"));
-    world_.files.put(loadFiles[3].path, usual.substr(1));
-    world_.files.put(loadFiles[4].path, usual + ' ');
-    world_.files.put(saveFiles[1].path, std::string(300'000, 'x'));
-    world_.files.put(saveFiles[2].path, usual);
-    world_.files.find(saveFiles[2].path)->readOnly = true;
-}
-
-void Session::bindWorld() {
-    world_.line.record().keep(0); // the log tells more
-    world_.line.addHook([this](Passage& passage) { monitor_.sent(passage); });
-    world_.line.addHook([this](Passage& passage) { injector_.pass(passage); });
-    world_.line.addHook([this](Passage& passage) { monitor_.passed(passage); });
-    monitor_.messageBegins = [this] { injector_.beginMessage(); };
-    injector_.act = [this](bool close) { actOutOfTurn(close); };
-
-    platform::SimulatedDesktop& desktop = world_.desktop;
-    desktop.reactionTime = plan_.reaction;
-    desktop.answerBox = [this](const Box& box) {
-        return box.hasCancel() && cancels() ? platform::boxAnswer::cancel : platform::boxAnswer::ok;
-    };
-    desktop.chooseFile = [this](const AskedFile& asked) { return fileFor(asked); };
-    desktop.eventRan = [this] { monitor_.eventRan(); };
-    desktop.formChanges = [this](platform::Form& form, FormChange change) {
-        showHidden(form);
-        monitor_.formChanges(form, change);
+    // The controls that the delivered screen hides are there for this operator.
+    desktop.formChanges = [](Form& form, FormChange) {
+        for (Control* control : form.controls) {
+            const std::string& name = control->name;
+            control->visible = control->visible || name == "cmdPresent" || name == "chkVerify" ||
+                               name == "fraLanguage" || name == "cmdCancel";
+        }
     };
 }
 
-// The controls that the delivered screen hides are there for this operator.
-void Session::showHidden(platform::Form& form) {
-    constexpr std::array<std::string_view, 4> hidden{"cmdPresent", "chkVerify", "fraLanguage", "cmdCancel"};
-    for (platform::Control* control : form.controls) {
-        control->visible = control->visible || std::ranges::find(hidden, control->name) != hidden.end();
+void Session::run(const std::function<void()>& entry) {
+    watch.ranTo(world.desktop.run(entry));
+}
+
+void Session::act(const Deed& deed) {
+    if (goesOn()) {
+        run([&] {
+            watch.deedBegins(deed);
+            world.person.perform(deed);
+        });
     }
 }
 
-std::optional<std::string> Session::fileFor(const AskedFile& asked) {
-    if (cancels()) {
-        return std::nullopt;
+void Session::actOutOfTurn() {
+    const std::vector<Deed> deeds = world.person.possible();
+    if (faults && !deeds.empty()) {
+        const Deed deed = random.pick(deeds);
+        watch.deedBegins(deed);
+        world.person.perform(deed);
     }
-    const auto choice = static_cast<std::size_t>(job_.choice);
-    if (asked.save) {
-        return saveFiles[job_.kind == JobKind::save ? choice : 0].path;
-    }
-    return loadFiles[job_.kind == JobKind::load ? choice : 0].path;
 }
 
-// The operator.
-
-bool Session::operatorWaits() const {
-    return !world_.desktop.ended() && log_.violations().empty();
-}
-
-// Does it, and lets all that follows shared. False when it was not possible.
-bool Session::act(const Deed& deed) {
-    if (!world_.person.refusal(deed).empty()) {
-        return false;
+// The beginning and the end of a transfer get more than their share.
+void Session::drawFaults(int perMille) {
+    constexpr int endOfTransfer = 1925; // messages
+    message = 0;
+    due.clear();
+    for (; random.chance(perMille); perMille = 350) {
+        const std::int64_t part = random.below(100);
+        const std::int64_t place = part < 45   ? random.between(0, 10)
+                                   : part < 70 ? random.spread(1, endOfTransfer)
+                                               : random.between(endOfTransfer - 10, endOfTransfer + 5);
+        const FaultRow& row = random.pick(faultRows);
+        due.emplace(static_cast<int>(place), [this, &row] {
+            watch.note(std::string("fault: ") + row.name);
+            ++watch.counts[row.name];
+            row.bring(*this);
+        });
     }
-    monitor_.ranTo(world_.desktop.run([&] {
-        monitor_.deedBegins(deed);
-        world_.person.perform(deed);
-    }));
-    return true;
+    messageBegins();
 }
 
-void Session::carryOn() {
-    monitor_.ranTo(world_.desktop.carryOn());
-}
-
-// One of all things that are possible at this moment, out of those that close or out of the others.
-void Session::actOutOfTurn(bool close) {
-    std::vector<Deed> deeds = world_.person.possible();
-    std::erase_if(
-        deeds, [&](const Deed& deed) { return close != (deed.kind == Deed::Kind::close || deed.control == "cmdEnd"); });
-    if (deeds.empty()) {
-        return;
+void Session::messageBegins() {
+    for (; faults && due.contains(message); due.erase(due.find(message))) {
+        due.find(message)->second();
     }
-    Deed deed = random_.pick(deeds);
-    if (deed.kind == Deed::Kind::choose) { // a list has many entries; the buttons get another chance
-        deed = random_.pick(deeds);
+    if (faults && piecesVary) {
+        unit.sendPieces = somePieces(random);
     }
-    monitor_.deedBegins(deed);
-    world_.person.perform(deed);
+    ++message;
 }
 
-void Session::start() {
-    injector_.prepareStart();
-    monitor_.ranTo(world_.desktop.run(program::start));
-    choosePort();
+// All that is under way comes to its end.
+void Session::stopFaults() {
+    faults = piecesVary = false;
+    cancels = 0;
+    for (const Direction direction : {Direction::toUnit, Direction::fromUnit}) {
+        world.line.faults(direction).clear();
+    }
+    world.files.setRoom({});
+    const Micros now = world.clock.now();
+    socket.pulledAt = socket.pulledAt > now ? never : socket.pulledAt;
+    socket.backAt = std::min(socket.backAt, now);
+    const simulator::UnitOptions usual;
+    unit.answers.clear();
+    unit.sendPieces = {};
+    unit.sendDelay = usual.sendDelay;
+    unit.answerLimit = usual.answerLimit;
+    unit.repeatsEnd = usual.repeatsEnd;
+    unit.sensorCount = usual.sensorCount;
+    world.desktop.schedule(now + fromSeconds(120), [] {});
+    run({});
 }
 
 // As long as the program offers the ports.
-void Session::choosePort() {
-    for (int press = 0; press < mostPresses && operatorWaits() && !mainForm(world_.desktop)->visible; ++press) {
-        act(platform::choose("frmStartUp", "cmbCom", platform::usualComPort - 1));
-        if (operatorWaits() && !act(platform::click("frmStartUp", "cmdTest"))) {
-            log_.violation("start-up leaves the operator without a button");
-        }
+void Session::setPort() {
+    for (int press = 0; press < 4 && goesOn() && !started(); ++press) {
+        act(choose("frmStartUp", "cmbCom", usualComPort - 1));
+        act(click("frmStartUp", "cmdTest"));
     }
 }
 
-void Session::carryOut(const Job& job) {
-    job_ = job;
-    injector_.beginJob();
-    switch (job.kind) {
-    case JobKind::start: start(); break;
-    case JobKind::load: act(platform::click("frmMain", "cmdLoading")); break;
-    case JobKind::write: act(platform::click("frmMain", "cmdUpgrade")); break;
-    case JobKind::save: act(platform::click("frmMain", "cmdPresent")); break;
-    case JobKind::verification: act(platform::click("frmMain", "chkVerify")); break;
-    case JobKind::language: act(platform::click("frmMain", "optLanguage", job.choice)); break;
-    case JobKind::row: act(platform::click("frmMain", "optPresent", job.choice)); break;
-    }
+bool Session::press(const char* control) {
+    act(click("frmMain", control));
+    return watch.succeeded;
 }
 
-// The end.
-
-// Whatever has happened: without faults the next operation succeeds, where the port lives.
-void Session::finish() {
-    const Micros settled = injector_.stop();
-    cancelPercent_ = 0;
-    world_.desktop.schedule(settled, [] {});
-    carryOn();
-    choosePort();
-    if (!operatorWaits() || !mainForm(world_.desktop)->visible) {
+void Session::finish(bool save) {
+    stopFaults();
+    setPort();
+    if (!goesOn() || !started()) {
         return;
     }
-    if (mainForm(world_.desktop)->chkVerify.value == 1) {
-        carryOut({JobKind::verification});
+    watch.note("no more faults");
+    if (frmMain().chkVerify.value == 1) {
+        press("chkVerify");
     }
-    carryOut({JobKind::row});
-    carryOut({JobKind::load});
-    const FrmMain& form = *mainForm(world_.desktop);
-    const bool fits = form.lblTitle[0].caption == form.lblTitle[2].caption;
-    if (!portLives()) {
-        carryOut({JobKind::write}); // must end, no more
-    } else {
-        requireSuccess(fits ? plan_.last : JobKind::save);
-    }
-}
-
-void Session::requireSuccess(JobKind kind) {
-    log_.note("without faults");
-    const bool write = kind == JobKind::write;
-    const std::int64_t& successes = write ? monitor_.tally().upgrades : monitor_.tally().saves;
-    const std::int64_t before = successes;
-    carryOut({kind});
-    if (successes == before) {
-        log_.violation(write ? "a write without faults does not succeed" : "a save without faults does not succeed");
+    act(click("frmMain", "optPresent", 0));
+    press("cmdLoading");
+    const bool writes = !save && frmMain().lblTitle[0].caption == frmMain().lblTitle[2].caption;
+    const char* control = writes ? "cmdUpgrade" : "cmdPresent";
+    const bool mayFail = shared.serialPort == nullptr; // a verification has closed the port
+    // A pull that nobody has noticed yet may take one operation.
+    if (!press(control) && !mayFail && (socket.pulledAt == never || !press(control)) && goesOn()) {
+        watch.violation("an operation without faults does not succeed");
     }
 }
 
-SessionResult Session::live() {
-    for (const Job& job : plan_.jobs) {
-        if (operatorWaits()) {
-            carryOut(job);
-        }
+Deed likedDeed(Session& s) {
+    std::vector<Deed> deeds;
+    for (const Deed& deed : s.world.person.possible()) {
+        const auto like = std::ranges::find(likes, deed.control, &std::pair<std::string_view, int>::first);
+        deeds.insert(deeds.end(), like == likes.end() ? 1 : static_cast<std::size_t>(like->second), deed);
     }
-    if (operatorWaits()) {
-        finish();
+    return s.random.pick(deeds);
+}
+
+Result Session::live(const std::function<void(World&)>& lie, bool save) {
+    watch.deedBegins({});
+    if (!lie && random.chance(100)) {
+        random.pick(startRows).bring(*this);
     }
-    return {monitor_.tally(),  injector_.counts(), world_.clock.now(),
-            log_.violations(), log_.lines(),       log_.violatedAt()};
+    drawFaults(lie ? 0 : 100);
+    run(program::start);
+    for (std::int64_t deeds = lie ? 0 : random.between(2, 6); deeds > 0 && goesOn(); --deeds) {
+        drawFaults(700);
+        act(likedDeed(*this));
+    }
+    if (lie) {
+        lie(world);
+    }
+    finish(save);
+    std::istringstream wire(world.line.record().text());
+    for (std::string line; std::getline(wire, line);) {
+        watch.notes.push_back(line);
+    }
+    std::ranges::stable_sort(watch.notes, {}, [](const std::string& line) { return line.substr(0, timeWidth); });
+    return {watch.violations, watch.notes, watch.counts, world.clock.now()};
 }
 
 } // namespace
 
-SessionResult runSession(const Plan& plan, bool story) {
-    return Session(plan, story).live();
+Result runSession(std::uint64_t seed, bool tell, const std::function<void(World&)>& lie) {
+    return Session(seed, tell).live(lie, seed % 2 == 1);
 }
 
 } // namespace soak

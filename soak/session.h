@@ -1,23 +1,26 @@
+// One session of the program, drawn from a seed: a unit, a line, what the operator does, and what goes wrong. At its end
+// all faults stop, and the next write or save must succeed.
 #pragma once
 
-#include "soak/faultInjector.h"
-#include "soak/log.h"
-#include "soak/monitor.h"
-#include "soak/plan.h"
+#include "platform/simulated/world.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
 
 namespace soak {
 
-struct SessionResult {
-    Tally tally;
-    FaultCounts faults{};
+struct Result {
+    std::vector<std::string> violations; // of the rules in watch.cpp
+    std::vector<std::string>
+        story; // deeds, boxes, faults and violations by time, and when asked for what is on the line
+    std::map<std::string, int> counts; // of faults brought, and of the ways in which operations end
     Micros virtualTime = 0;
-    std::vector<std::string> violations;
-    std::vector<std::string> story; // empty unless it was asked for
-    std::size_t violatedAt = 0;     // line of the story
 };
 
-// One whole run of the program after a plan, and after it an operation without faults, which must succeed. The same
-// plan gives the same result.
-SessionResult runSession(const Plan& plan, bool story);
+// With `lie`, which changes the world, nothing else goes wrong: the program starts, and the last operation follows, a
+// write for an even seed and a save for an odd one. The same arguments give the same result.
+Result runSession(std::uint64_t seed, bool tell, const std::function<void(platform::World&)>& lie = {});
 
 } // namespace soak

@@ -200,4 +200,54 @@ TEST_F(SimulatedDesktopTest, TheNthOperationFailsOnceOrForGood) {
     }
 }
 
+TEST_F(SimulatedDesktopTest, TheLineDoesToAWriteWhatItsFaultsSay) {
+    using Kind = LineFault::Kind;
+    struct Row {
+        LineFault fault;
+        const char* arrives; // of "ABCD", written three times
+    };
+    const Row rows[]{
+        {{.kind = Kind::lose, .first = 2, .last = 2, .place = 1}, "ABCDACDABCD"},
+        {{.kind = Kind::flip, .last = 1, .place = 9}, "ABCEABCDABCD"},
+        {{.kind = Kind::twice, .first = 3, .place = 0}, "ABCDABCDAABCD"},
+        {{.kind = Kind::insert, .first = 2, .place = 4, .bytes = {'~', '~'}}, "ABCDABCD~~ABCD~~"},
+        {{.kind = Kind::cut, .place = 2}, "ABABAB"},
+        {{.kind = Kind::drop, .writes = Writes::transfer, .first = 2, .last = 2}, "ABCDABCD"},
+        {{.kind = Kind::drop, .writes = Writes::frames}, "ABCDABCDABCD"},
+        {{.kind = Kind::repeat, .last = 1}, "ABCDABCDABCDABCD"},
+        {{.kind = Kind::replace, .last = 2, .bytes = {'x'}}, "xxABCD"},
+        {{.kind = Kind::lose, .perMille = 0}, "ABCDABCDABCD"},
+    };
+    for (const Row& row : rows) {
+        world.line.faults(Direction::toUnit) = {row.fault};
+        world.line.setSeed(1);
+        world.line.record().clear();
+        for (int i = 0; i < 3; ++i) {
+            world.port.write(Bytes{'A', 'B', 'C', 'D'});
+        }
+        std::string arrives; // an altered write stands behind the one that was sent
+        for (const WireEntry& entry : world.line.record().entries()) {
+            arrives.resize(arrives.size() - (entry.altered ? 4 : 0));
+            arrives.append(entry.bytes.begin(), entry.bytes.end());
+        }
+        EXPECT_EQ(arrives, row.arrives);
+    }
+    // The four writes of a command are no transfer, whatever the block check is.
+    world.line.faults(Direction::toUnit) = {{.kind = Kind::lose, .writes = Writes::transfer, .place = 0}};
+    world.line.faults(Direction::fromUnit) = {
+        {.kind = Kind::delay, .writes = Writes::frames, .time = fromMilliseconds(50)}};
+    world.line.record().clear();
+    for (const Bytes& part :
+         {Bytes{0x02}, Bytes{'0', '0', '0', '0', '0', '0', '5', '0', '1'}, Bytes{0x03}, Bytes{0x02}}) {
+        world.port.write(part);
+    }
+    desk.sleep(100);
+    world.port.write(Bytes{0x04});
+    EXPECT_EQ(world.line.record().text(), "     0.000000 tool: STX \"000000501\" ETX STX\n"
+                                          "     0.034272 unit: STX \"000013\" ETX SOH\n"
+                                          "     0.084272 unit altered: STX \"000013\" ETX SOH\n"
+                                          "     0.100000 tool: EOT\n"
+                                          "     0.100000 tool altered: nothing\n");
+}
+
 } // namespace

@@ -12,8 +12,13 @@ bool hit(std::int64_t count, std::int64_t n, Lasting lasting) {
 
 void OperationGate::pass(Operation operation) {
     const OperationCall call{operation, ++counts_[static_cast<std::size_t>(operation)], ++passed_, clock_.now()};
-    for (const OperationHook& hook : hooks_) {
-        hook(call);
+    try {
+        for (const OperationHook& hook : hooks_) {
+            hook(call);
+        }
+    } catch (const Failure&) {
+        ++failed_;
+        throw;
     }
 }
 

@@ -53,14 +53,17 @@ class OperationGate {
     void add(OperationHook hook) { hooks_.push_back(std::move(hook)); }
     void removeHooks() { hooks_.clear(); }
 
+    // All operations so far, those of a kind, and those that a hook has made fail.
     std::int64_t passed() const { return passed_; }
     std::int64_t passed(Operation operation) const { return counts_[static_cast<std::size_t>(operation)]; }
+    std::int64_t failed() const { return failed_; }
 
   private:
     const VirtualClock& clock_;
     std::vector<OperationHook> hooks_;
     std::array<std::int64_t, operationCount> counts_{};
     std::int64_t passed_ = 0;
+    std::int64_t failed_ = 0;
 };
 
 enum class Lasting { once, forGood };

@@ -16,11 +16,13 @@ void SimulatedLine::write(std::span<const std::uint8_t> bytes, Micros now) {
 
 void SimulatedLine::pass(Direction direction, Bytes bytes, Micros at) {
     record_.add(at, direction, bytes);
-    if (!hooks_.empty()) {
-        Passage passage{direction, at, bytes};
+    const Writes kind = kindOf(direction, bytes, at);
+    if (!hooks_.empty() || !faults(direction).empty()) {
+        Passage passage{direction, at, bytes, kind};
         for (const PassageHook& hook : hooks_) {
             hook(passage);
         }
+        strike(faults(direction), kind, random_, passage.bytes, passage.at);
         if (passage.at != at || passage.bytes != bytes) {
             record_.add(passage.at, direction, passage.bytes, true);
         }
@@ -28,6 +30,25 @@ void SimulatedLine::pass(Direction direction, Bytes bytes, Micros at) {
         bytes = std::move(passage.bytes);
     }
     lane(direction).send(std::move(bytes), at);
+}
+
+Writes SimulatedLine::kindOf(Direction direction, const Bytes& bytes, Micros at) {
+    constexpr int partsOfFrame = 4; // the tool writes them at one moment; the last is the block check, any byte
+    const bool begins = !bytes.empty() && bytes.front() == simulator::stx;
+    if (direction == Direction::fromUnit) {
+        return begins ? Writes::frames : Writes::transfer;
+    }
+    if (begins && (frameParts_ != 1 || at != frameAt_)) {
+        frameAt_ = at;
+        frameParts_ = partsOfFrame;
+    } else if (bytes.size() >= simulator::checksumPacketSize) {
+        frameParts_ = 0;
+    }
+    if (frameParts_ == 0) {
+        return Writes::transfer;
+    }
+    --frameParts_;
+    return Writes::frames;
 }
 
 Micros SimulatedLine::nextAtUnit() const {

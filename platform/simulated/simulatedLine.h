@@ -2,9 +2,11 @@
 #pragma once
 
 #include "platform/simulated/lane.h"
+#include "platform/simulated/lineFaults.h"
 #include "platform/simulated/wireRecord.h"
 #include "simulator/unit.h"
 
+#include <array>
 #include <functional>
 #include <map>
 #include <vector>
@@ -17,6 +19,7 @@ struct Passage {
     Direction direction;
     Micros at = 0;
     Bytes bytes = {};
+    Writes kind = Writes::any; // frames or transfer
 };
 using PassageHook = std::function<void(Passage&)>;
 
@@ -31,7 +34,12 @@ class SimulatedLine {
     void addHook(PassageHook hook) { hooks_.push_back(std::move(hook)); }
     void removeHooks() { hooks_.clear(); }
 
-    // Puts bytes onto the line that neither side has sent. The hooks do not see them.
+    // Faults of a direction. They strike what the hooks leave; the record has both.
+    std::vector<LineFault>& faults(Direction direction) { return faults_[static_cast<std::size_t>(direction)]; }
+    // All that the faults draw follows from the seed.
+    void setSeed(std::uint64_t seed) { random_ = Random(seed); }
+
+    // Puts bytes onto the line that neither side has sent. Hooks and faults do not see them.
     void put(Direction direction, Bytes bytes, Micros at);
 
     // Lets something happen at a moment, whatever the program does then: a restart of the unit, a flood of noise.
@@ -53,6 +61,7 @@ class SimulatedLine {
   private:
     Lane& lane(Direction direction) { return direction == Direction::toUnit ? toUnit_ : fromUnit_; }
     void pass(Direction direction, Bytes bytes, Micros at);
+    Writes kindOf(Direction direction, const Bytes& bytes, Micros at);
     Micros nextAtUnit() const;
     void step(Micros moment);
 
@@ -61,6 +70,10 @@ class SimulatedLine {
     Lane toUnit_{pace_};
     Lane fromUnit_{pace_};
     std::vector<PassageHook> hooks_;
+    std::array<std::vector<LineFault>, 2> faults_;
+    Random random_;
+    int frameParts_ = 0; // that the tool has yet to write
+    Micros frameAt_ = 0; // when it began to
     std::multimap<Micros, std::function<void()>> happenings_;
     WireRecord record_;
 };

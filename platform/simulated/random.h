@@ -6,21 +6,22 @@
 #include <iterator>
 #include <random>
 
-namespace soak {
+namespace platform {
 
-// All chance of a session. The language's standard fixes the engine's sequence, so a seed means the same everywhere.
+// Chance from a seed. The language's standard fixes the engine's sequence, so a seed gives the same draws everywhere.
 class Random {
   public:
-    explicit Random(std::uint64_t seed) : engine_(seed) {}
+    explicit Random(std::uint64_t seed = 0) : engine_(seed) {}
 
     std::uint64_t draw() { return engine_(); }
     std::int64_t below(std::int64_t count) {
         return static_cast<std::int64_t>(draw() % static_cast<std::uint64_t>(count));
     }
     std::int64_t between(std::int64_t least, std::int64_t most) { return least + below(most - least + 1); }
-    bool chance(int percent) { return below(100) < percent; }
+    bool chance(int perMille) { return below(1000) < perMille; }
 
-    // As often of one length in binary digits as of another: small numbers, and large ones too. `least` is 1 or more.
+    // Each length in binary digits is as likely as another, so small numbers come up as well as large ones. `least` is 1
+    // or more.
     std::int64_t spread(std::int64_t least, std::int64_t most) {
         const std::int64_t digits = between(width(least), width(most));
         const std::int64_t first = std::int64_t{1} << (digits - 1);
@@ -40,4 +41,4 @@ class Random {
     std::mt19937_64 engine_;
 };
 
-} // namespace soak
+} // namespace platform

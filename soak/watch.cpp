@@ -1,0 +1,376 @@
+#include "soak/watch.h"
+
+#include "state/variables.h"
+#include "transfer/programState.h"
+#include "ui/forms.h"
+#include "ui/messages.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <regex>
+
+namespace soak {
+
+using namespace platform;
+using simulator::ack;
+
+namespace {
+
+constexpr std::size_t mostBoxes = 12;           // of an operation
+constexpr std::size_t mostBoxesWithoutPort = 6; // of one that loses its port
+constexpr int mostSendings = 10;                // of a packet
+
+// Letters for what the tool says; the unit addressed stands as uu. A block is b.
+constexpr std::array<std::pair<std::string_view, char>, 13> words{{
+    {"0501", 'i'},
+    {"0601", 's'},
+    {"0101D40001000001", 'v'},
+    {"0101D50001000001", 't'},
+    {"300550uu0000", 'p'},
+    {"300551uu0C00", 'w'},
+    {"300552uu0C00", 'r'},
+    {"300554uu0000", 'x'},
+    {"300553uu0000", 'c'},
+    {"\4", 'e'},
+    {"\6", 'a'},
+    {"\x15", 'n'},
+    {"\x18", 'z'},
+}};
+
+// What an operation says, with verification after the slash, blocks and ACKs in a row as one. Where its port fails,
+// messages may be missing.
+#define READ "r{1,3}(na?(na?)?z{0,10})?x"
+const std::map<std::string, std::regex> patterns{
+    {"", std::regex("i?(s(v(ti?)?)?)?")},
+    {"cmdTest", std::regex("i{0,2}(s(v(ti?)?)?)?")},
+    {"cmdLoading", std::regex("")},
+    {"cmdUpgrade", std::regex("(v(p{1,3}(w{1,3}(be*)?)?xc)?)?")},
+    {"cmdUpgrade/", std::regex("(v(p{1,3}(w{1,3}(be*)?)?x(" READ "xc)?)?)?")},
+    {"cmdPresent", std::regex("(" READ "c)?")},
+    {"cmdPresent/", std::regex("(" READ ")?")},
+    {"port", std::regex("i{0,2}s?v?t?i?|v?p{0,3}w{0,3}b?e*x?r{0,3}n?a?n?a?z{0,10}a?x{0,2}c?")},
+};
+
+char wordOf(const Bytes& message) {
+    if (message.size() >= simulator::checksumPacketSize) {
+        return 'b';
+    }
+    std::string text(message.begin() + (message.size() > 1 ? 5 : 0), message.end());
+    if (text.starts_with("3005") && text.substr(6, 2) == (shared.targetUnit == 1 ? "01" : "00")) {
+        text.replace(6, 2, "uu");
+    }
+    const auto row = std::ranges::find(words, text, &std::pair<std::string_view, char>::first);
+    return row == words.end() ? '?' : row->second;
+}
+
+bool isSuccess(const Box& box) {
+    return box.text == messageText::succeed || box.text == messageText::succeedJapanese;
+}
+
+bool isFailure(const Box& box) {
+    return box.text == messageText::failed || box.text == messageText::failedJapanese ||
+           box.text == messageText::verifyFailedJapanese;
+}
+
+const FrmMain* mainForm(const World& world) {
+    const auto* form = static_cast<const FrmMain*>(world.desktop.form("frmMain"));
+    return form != nullptr && form->visible ? form : nullptr;
+}
+
+const Bytes& unitImage(World& world) {
+    return shared.targetUnit == 1 ? world.unit.options().amplifierImage : world.unit.options().interfaceUnitImage;
+}
+
+Bytes imageOf(const Bytes& variable) {
+    return {variable.begin(), variable.begin() + imageSize};
+}
+
+std::int64_t differences(const Bytes& image, const Bytes& other) {
+    std::int64_t blocks = 0;
+    for (std::ptrdiff_t at = 0; at < imageSize; at += blockSize) {
+        blocks += std::equal(image.begin() + at, image.begin() + at + blockSize, other.begin() + at) ? 0 : 1;
+    }
+    return blocks;
+}
+
+} // namespace
+
+Watch::Watch(World& world) : world_(world) {
+    world.line.addHook([this](const Passage& passage) { sent(passage); });
+    world.port.bytesTaken = [this](std::span<const std::uint8_t> bytes) { taken(bytes.front()); };
+    world.port.operations().add(
+        [this](const OperationCall& call) { before_ = std::exchange(latest_, call.operation); });
+    world.desktop.boxStands = [this](const Box& box) { boxStands(box); };
+    world.desktop.eventRan = [this] { eventRan(); };
+}
+
+void Watch::note(const std::string& text) {
+    std::array<char, 32> time{};
+    std::snprintf(time.data(), time.size(), "%13.6f ", static_cast<double>(world_.clock.now()) / 1e6);
+    notes.push_back(time.data() + text);
+}
+
+void Watch::violation(const std::string& text) {
+    note("VIOLATION: " + text);
+    violations.push_back(text);
+}
+
+// The port fails in this operation, or may have been lost since the last one.
+bool Watch::portBad() const {
+    return !portWasOpen_ || world_.port.operations().failed() > portFailures_ ||
+           (socket_.pulledAt <= world_.clock.now() && (socket_.pulledAt >= begunBefore_ || socket_.backAt >= begun_));
+}
+
+// The line.
+
+void Watch::lookAtLine() {
+    for (const Direction direction : {Direction::toUnit, Direction::fromUnit}) {
+        for (LineFault& fault : world_.line.faults(direction)) {
+            if (const std::int64_t struck = std::exchange(fault.struck, 0); struck > 0) {
+                strikes_ += struck;
+                touch(world_.clock.now() + fault.time + fromSeconds(1));
+            }
+        }
+    }
+}
+
+void Watch::sent(const Passage& passage) {
+    lookAtLine();
+    const bool frame = passage.kind == Writes::frames;
+    if (passage.direction == Direction::fromUnit) {
+        if (frame && (blocks_ > 0 || said_.ends_with("rn") || said_.ends_with("rr"))) {
+            touch(world_.clock.now()); // the reply to an earlier command
+        }
+        return;
+    }
+    alive(world_.clock.now());
+    if (!frame || before_ != Operation::writePort) {
+        if (before_ != Operation::clearReceived && !portBad()) {
+            violation("the tool has not thrown away what came before it speaks");
+        }
+        messageBegins();
+    }
+    if (!frame || passage.bytes.size() > 1) {
+        hear(wordOf(passage.bytes), passage.bytes[passage.bytes.size() > 1 ? 1 : 0]);
+    }
+}
+
+void Watch::hear(char word, std::uint8_t number) {
+    const FrmMain* form = mainForm(world_);
+    if (!running_ || (form != nullptr && (form->enabled || (word != 'v' && !world_.desktop.keptAwake())))) {
+        violation("the tool speaks while nothing runs, the window can be used or the computer may sleep");
+    }
+    const bool again = word == 'b' ? blocks_ > 0 && number == blocks_ % 256 : word == 'e' && said_.ends_with('e');
+    if (word == 'w' || word == 'r') {
+        journal_ = world_.unit.journal();
+        strikes_ = 0;
+        sentAgain_ = unearned_ = false;
+        blocks_ = 0;
+    } else if (word == 'b' || word == 'e') {
+        const bool due = word == 'b' ? number == (blocks_ + 1) % 256 && blocks_ < blockCount : blocks_ == blockCount;
+        if (!again && (!due || (blocks_ > 0 && answer_ != ack))) {
+            violation("a new packet without an ACK, or out of order");
+        }
+        blocks_ += word == 'b' && !again ? 1 : 0;
+        sentAgain_ = sentAgain_ || again;
+        sendings_ = again ? sendings_ + 1 : 1;
+        if (sendings_ > mostSendings) {
+            violation("a packet goes out more than ten times");
+        }
+    }
+    if ((word != 'a' && word != 'b') || !said_.ends_with(word)) {
+        said_ += word;
+    }
+}
+
+void Watch::taken(std::uint8_t byte) {
+    lookAtLine();
+    alive(world_.clock.now());
+    answer_ = byte;
+    sendings_ = byte == simulator::can ? 0 : sendings_;
+    const bool sending = said_.ends_with('b') || said_.ends_with('e');
+    const std::size_t accepted = world_.unit.receivedImage().size() / blockSize;
+    if (sending && byte == ack &&
+        (said_.ends_with('e') ? world_.unit.journal().ends == journal_.ends : accepted < blocks_)) {
+        unearned_ = true;
+        if (!sentAgain_ && touchedUntil_ < begun_) {
+            violation("the tool takes an ACK for what the unit has not accepted");
+        }
+    }
+}
+
+// Holds the time that has passed without a word to the unit, a look at what it says, or a box.
+void Watch::alive(Micros until) {
+    constexpr Micros command =
+        fromSeconds(5) + fromSeconds(10); // a link that is not free, and the reply to an operation
+    constexpr Micros slack = fromMilliseconds(250);
+    const bool sending = said_.ends_with('b') || said_.ends_with('e');
+    const bool reading = said_.ends_with('n') || said_.ends_with('a');
+    const Micros limit = said_.ends_with('w') ? fromSeconds(60)
+                         : portBad()          ? command
+                         : sending            ? fromSeconds(10)
+                         : reading            ? fromSeconds(3)
+                                              : command;
+    if (running_ && world_.clock.now() - alive_ > limit + slack) {
+        violation("the program lets " + std::to_string((world_.clock.now() - alive_) / 1000) + " ms pass");
+    }
+    alive_ = std::max(alive_, until);
+}
+
+// The windows.
+
+void Watch::deedBegins(const Deed& deed) {
+    deed_ = deed.kind == Deed::Kind::close ? "close " + deed.form : deed.control;
+    note("operator: " + deed.form + ' ' + deed_ + (deed.index < 0 ? "" : ' ' + std::to_string(deed.index)) +
+         (deed.entry < 0 ? "" : ", entry " + std::to_string(deed.entry)));
+    alive_ = world_.clock.now() + 3 * world_.desktop.reactionTime; // for a file dialog
+    if (!patterns.contains(deed_)) {
+        cancelled_ = cancelled_ || deed_ == "cmdCancel";
+        return;
+    }
+    operation_ = deed_;
+    running_ = true;
+    succeeded = cancelled_ = false;
+    verifying_ = mainForm(world_) != nullptr && mainForm(world_)->chkVerify.value == 1;
+    portWasOpen_ = world_.port.isOpen() || mainForm(world_) == nullptr;
+    firstBox_ = world_.desktop.boxes().size();
+    firstDialog_ = world_.desktop.askedFiles().size();
+    portFailures_ = world_.port.operations().failed();
+    fileWrites_ = world_.files.operations().passed(Operation::writeFile);
+    begunBefore_ = said_.empty() ? begunBefore_ : begun_; // one that says nothing does not notice a loss
+    begun_ = deed_ == "cmdLoading" ? begun_ : world_.clock.now();
+    said_.clear();
+}
+
+void Watch::boxStands(const Box& box) {
+    note("box: " + box.title + " | " + box.text + " | " + std::to_string(box.style));
+    lookAtLine();
+    alive(world_.clock.now() + world_.desktop.reactionTime);
+    if (boxes() > (portBad() ? mostBoxesWithoutPort : mostBoxes)) {
+        violation("one box follows another");
+    }
+    const bool notEqual =
+        isFailure(box) && (box.style == boxStyle::critical || box.text == messageText::verifyFailedJapanese);
+    if (operation_ == "cmdUpgrade" && (isSuccess(box) || notEqual)) {
+        checkWritten(isSuccess(box));
+    }
+}
+
+void Watch::eventRan() {
+    deed_.clear();
+    if (shared.stepBusy || shared.settingPort) {
+        violation("a mark of work under way is left behind");
+    }
+    const FrmMain* form = mainForm(world_);
+    if (form == nullptr) {
+        return;
+    }
+    const std::int32_t state = shared.programState;
+    using namespace FirmComm::state;
+    const bool resting = state == idle || state == idleAfterWrite || state == verified;
+    if (form->CommTimer.running()) {
+        if (resting || !world_.desktop.keptAwake()) {
+            violation("nothing is under way, and CommTimer runs; or the computer may sleep between two steps");
+        }
+        return;
+    }
+    // Nothing goes on by itself, so the operator must be able to.
+    if (!resting || !form->enabled || form->mousePointer == MousePointer::hourglass || frmWaitLoaded() ||
+        world_.desktop.keptAwake() || shared.verifying || (state == verified && shared.serialPort != nullptr)) {
+        violation("nothing runs, and the windows are not at rest");
+    }
+    endOperation();
+}
+
+// The end of an operation.
+
+void Watch::endOperation() {
+    if (!std::exchange(running_, false)) {
+        return;
+    }
+    lookAtLine();
+    const bool bad = portBad();
+    const std::string pattern = bad ? "port" : operation_ + (verifying_ && operation_ != "cmdLoading" ? "/" : "");
+    if (!std::regex_match(said_, patterns.at(pattern))) {
+        violation("the tool says \"" + said_ + "\"");
+    }
+    const Box* box = boxes() == 0 ? nullptr : &world_.desktop.boxes().back();
+    const SimulatedFile* file = namedFile();
+    if (operation_ == "cmdLoading") {
+        checkLoaded(box == nullptr ? file : nullptr);
+    } else if (operation_ == "cmdPresent" && !verifying_ && !cancelled_ && boxes() == 1 && isSuccess(*box)) {
+        checkSaved(file);
+    }
+    const bool toldOf = operation_ == "cmdUpgrade" ? said_.size() > 1 : said_.starts_with('r') && !verifying_;
+    if (toldOf && (box == nullptr || (!isSuccess(*box) && !isFailure(*box)))) {
+        violation("the operation ends without a word");
+    }
+    ++counts[pattern + (box == nullptr ? "" : ": " + box->text.substr(0, box->text.find('\r')))];
+}
+
+// The file that the operator has named.
+const SimulatedFile* Watch::namedFile() {
+    const auto& asked = world_.desktop.askedFiles();
+    return asked.size() > firstDialog_ && asked.back().path ? world_.files.find(*asked.back().path) : nullptr;
+}
+
+void Watch::checkLoaded(const SimulatedFile* file) {
+    const bool fits = file != nullptr && file->content.size() == imageSize;
+    const Bytes expected = fits ? Bytes(file->content.begin(), file->content.end()) : loaded_;
+    loaded_ = imageOf(shared.firmwareImage);
+    if (mainForm(world_)->cmdUpgrade.enabled != shared.fileLoaded || (fits && !shared.fileLoaded) ||
+        (shared.fileLoaded && loaded_ != expected)) {
+        violation("what is loaded is not the file, or the button does not fit it");
+    }
+}
+
+// Nothing has touched the line, and the unit has sent each packet once.
+bool Watch::readClean() const {
+    const simulator::Journal& now = world_.unit.journal();
+    constexpr int ends = 2;
+    return touchedUntil_ < begun_ && !portBad() &&
+           now.packetsSent - journal_.packetsSent == now.blocksSent - journal_.blocksSent + ends;
+}
+
+void Watch::checkSaved(const SimulatedFile* file) {
+    const bool written = world_.files.operations().passed(Operation::writeFile) > fileWrites_;
+    const std::string content = written && file != nullptr ? file->content.substr(0, imageSize) : "";
+    succeeded = std::ranges::equal(content, unitImage(world_), {}, [](char c) { return static_cast<std::uint8_t>(c); });
+    if (content.size() != imageSize || (!succeeded && readClean())) {
+        violation("success, and the file is not what the unit sent");
+    }
+}
+
+// The box says that the unit holds the file, or with verification that it does not.
+void Watch::checkWritten(bool equal) {
+    const std::int64_t different = differences(unitImage(world_), loaded_);
+    succeeded = equal && different == 0;
+    if (verifying_) {
+        const bool cleanAndQuiet = readClean() && boxes() == 1;
+        if (equal != (imageOf(shared.readBackImage) == loaded_) || (cleanAndQuiet && equal != (different == 0))) {
+            violation("the verification is wrong");
+        }
+    } else if (!unearned_ && different > strikes_) { // each may damage a block in a way that its check does not show
+        violation("success, and the unit does not hold the file");
+    }
+}
+
+void Watch::ranTo(RunEnd end) {
+    const auto& seen = world_.desktop.violations();
+    for (; violationsSeen_ < seen.size(); ++violationsSeen_) {
+        violation(seen[violationsSeen_]);
+    }
+    if (end == RunEnd::stuck) {
+        violation("stuck: " + world_.desktop.stuckReason());
+    }
+    const auto& boxes = world_.desktop.boxes();
+    const bool byOperator = deed_.starts_with("close") || deed_ == "cmdEnd";
+    const bool atBox = !boxes.empty() && boxes.back().style == boxStyle::critical + boxStyle::okCancel &&
+                       boxes.back().answer == boxAnswer::cancel;
+    if (end == RunEnd::programEnded && !byOperator && !atBox && mainForm(world_) != nullptr) {
+        violation("the program ends where it may not");
+    }
+}
+
+} // namespace soak

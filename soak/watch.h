@@ -1,0 +1,72 @@
+// The rules of a session, held at each message of the tool, each byte that it takes, each box and each window event.
+#pragma once
+
+#include "platform/simulated/world.h"
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace soak {
+
+class Watch {
+  public:
+    explicit Watch(platform::World& world);
+
+    // Called when a message of the tool begins: a command, a block or a control byte.
+    std::function<void()> messageBegins;
+
+    // The line is touched until a moment: bytes are on it that neither side has sent, or that come late.
+    void touch(Micros until) { touchedUntil_ = std::max(touchedUntil_, until); }
+    // The operator does something, or the program starts.
+    void deedBegins(const platform::Deed& deed);
+    // The program waits for its operator, or has ended.
+    void ranTo(platform::RunEnd end);
+    // What a trace tells; a violation ends the session.
+    void note(const std::string& text);
+    void violation(const std::string& text);
+
+    bool succeeded = false; // the last operation: the image is where it belongs
+    std::vector<std::string> violations, notes;
+    std::map<std::string, int> counts; // of faults brought, and of the ways in which operations end
+
+  private:
+    void sent(const platform::Passage& passage);
+    void hear(char word, std::uint8_t number);
+    void taken(std::uint8_t byte);
+    void boxStands(const platform::Box& box);
+    void eventRan();
+    void endOperation();
+    void checkLoaded(const platform::SimulatedFile* file);
+    void checkSaved(const platform::SimulatedFile* file);
+    void checkWritten(bool equal);
+    void lookAtLine();
+    void alive(Micros until);
+    bool portBad() const;
+    bool readClean() const;
+    std::size_t boxes() const { return world_.desktop.boxes().size() - firstBox_; }
+    const platform::SimulatedFile* namedFile();
+
+    platform::World& world_;
+    platform::Socket& socket_ = world_.port.socket(platform::usualComPort);
+    // The operation under way.
+    std::string deed_, operation_; // by their controls
+    bool running_ = false, cancelled_ = false, verifying_ = false, portWasOpen_ = true;
+    std::size_t firstBox_ = 0, firstDialog_ = 0;
+    std::int64_t portFailures_ = 0, fileWrites_ = 0, strikes_ = 0;
+    Micros begun_ = 0, begunBefore_ = 0;
+    std::string said_;           // a letter for each message
+    simulator::Journal journal_; // when its transfer began
+    std::size_t blocks_ = 0;     // sent, each once
+    int sendings_ = 0;           // of the latest packet
+    std::uint8_t answer_ = 0;
+    bool sentAgain_ = false, unearned_ = false; // packets; an ACK
+    Bytes loaded_;
+    // The session.
+    Micros touchedUntil_ = -1, alive_ = 0;
+    platform::Operation before_ = {}, latest_ = {}; // operations of the port
+    std::size_t violationsSeen_ = 0;                // of the desktop
+};
+
+} // namespace soak
