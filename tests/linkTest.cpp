@@ -1,4 +1,5 @@
 // Command frames as the unit sees them, and replies of every kind as the program takes them.
+#include "base/text.h"
 #include "link/commPort.h"
 #include "link/exchange.h"
 #include "link/resultCodes.h"
@@ -6,13 +7,17 @@
 #include "simulator/frame.h"
 #include "tests/session.h"
 
+#include <array>
+
 using namespace CommonComm;
 using namespace Common;
 
 namespace {
 
-using simulator::CommandAnswer;
 using simulator::frameOf;
+
+const std::string logPath = "/tarnbeacon/KelpLog.txt";
+const std::string stx = "\x02";
 
 // A program that has started and handed over; the tests send their commands from there.
 class Link : public testing::Test {
@@ -21,6 +26,7 @@ class Link : public testing::Test {
         EXPECT_EQ(session.start(), RunEnd::idle);
         world.line.record().keep(100);
         world.line.record().clear();
+        world.clock.advanceTo(fromSeconds(10));
     }
 
     std::string sent() {
@@ -32,25 +38,29 @@ class Link : public testing::Test {
         action();
         return world.clock.now() - before;
     }
-    // Sends "0501" with an answer of that kind.
-    std::string resultOf(CommandAnswer answer, bool rawData = true, std::int32_t timeoutMs = 5000) {
+    // The result of a "0501" that the unit answers so.
+    std::string resultOf(simulator::CommandAnswer answer, bool suppressMessage = false) {
         world.unit.options().answers = {{"0501", 0, std::move(answer)}};
         Bytes reply;
-        return fncSendCommand("0501", rawData, reply, timeoutMs, false);
-    }
-    std::string log() {
-        const SimulatedFile* file = world.files.find("/tarnbeacon/KelpLog.txt");
-        return file == nullptr ? "" : file->content;
+        return fncSendCommand("0501", true, reply, 5000, suppressMessage);
     }
 
     Session session;
     World& world = session.world;
 };
 
-const std::string stx = "\x02";
-
 Bytes bytesOf(const std::string& text) {
     return Bytes(text.begin(), text.end());
+}
+
+// What the receiver stored, in hexadecimal, without what was never stored.
+std::string storedText() {
+    std::string text;
+    const bool uncut = shared.replyBytes.size() == 451;
+    for (const std::uint8_t byte : std::span(shared.replyBytes).first(uncut ? 6 : shared.replyBytes.size())) {
+        text += hexText(byte, 2);
+    }
+    return text + (uncut ? ".." : "");
 }
 
 Bytes wrongCheck(const std::string& text) {
@@ -63,104 +73,152 @@ TEST_F(Link, SendsEachCommandInItsFrame) {
     struct Row {
         std::function<std::string()> send;
         std::string frame; // after STX
+        int limit = 5000;  // milliseconds that it waits for a reply
     };
     Bytes reply;
     const Row rows[] = {
         {[&] { return fncCommand("0501", reply); }, "000000501\x03\x37"},
-        {[&] { return fncCommand("01ab", reply); }, "0000001AB\x03\x31"},
+        {[&] { return fncCommand("01az", reply); }, "0000001AZ\x03\x29"},
         {[&] { return fncReadUnitState("0601", reply); }, "000000601\x03\x34"},
         {[&] { return fncReadArea("D4", 1, 1, reply, 5000, false); }, "000000101D40001000001\x03\x43"},
-        {[&] { return fncReadArea("D5", 1, 1, reply, 5000, false); }, "000000101D50001000001\x03\x42"},
-        {[] { return fncOperation("50", 1); }, "00000300550010000\x03\x31"},
-        {[] { return fncOperation("51", 1); }, "00000300551010C00\x03\x43"},
-        {[] { return fncOperation("52", 1); }, "00000300552010C00\x03\x40"},
-        {[] { return fncOperation("53", 1); }, "00000300553010000\x03\x32"},
-        {[] { return fncOperation("54", 1); }, "00000300554010000\x03\x35"},
-        {[] { return fncOperation("50", 0); }, "00000300550000000\x03\x30"},
-        {[] { return fncOperation("51", 0); }, "00000300551000C00\x03\x42"},
+        {[&] { return fncReadArea("D5", 1, 1, reply, 2000, false); }, "000000101D50001000001\x03\x42", 2000},
+        {[&] { return fncReadArea("D5", 0x1AB, 0xCD1, reply, 5000, false); }, "000000101D501AB000CD1\x03\x46"},
+        {[] { return fncOperation("50", 1); }, "00000300550010000\x03\x31", 10000},
+        {[] { return fncOperation("51", 1); }, "00000300551010C00\x03\x43", 10000},
+        {[] { return fncOperation("52", 1); }, "00000300552010C00\x03\x40", 10000},
+        {[] { return fncOperation("53", 1); }, "00000300553010000\x03\x32", 10000},
+        {[] { return fncOperation("54", 1); }, "00000300554010000\x03\x35", 10000},
+        {[] { return fncOperation("50", 0); }, "00000300550000000\x03\x30", 10000},
+        {[] { return fncOperation("52", 0); }, "00000300552000C00\x03\x41", 10000},
     };
-    world.unit.options().answers = {{"01AB", 0, {.reply = frameOf("00000001AB0000")}}};
     for (const Row& row : rows) {
+        world.unit.options().answers = {{"", 0, {.silent = true}}};
         world.line.record().clear();
-        EXPECT_EQ(row.send(), "0000") << row.frame;
+        bool eventRan = false;
+        world.desktop.schedule(world.clock.now(), [&] { eventRan = true; });
+        const Micros begun = fromMilliseconds(world.clock.now() / 1000);
+        world.clock.advanceTo(begun + 999);
+        EXPECT_EQ(timeOf([&] { EXPECT_EQ(row.send(), "9999"); }), fromMilliseconds(row.limit + 1) - 999);
+        EXPECT_FALSE(eventRan) << "no window event runs in an exchange";
         EXPECT_EQ(sent(), stx + row.frame);
+        world.desktop.doEvents();
     }
-    EXPECT_EQ(session.boxes(), "");
 }
 
+TEST_F(Link, TakesDataOfAnOperationForHexadecimal) {
+    world.unit.options().answers = {{"", 0, {.data = "zz"}}};
+    Bytes reply;
+    EXPECT_EQ(fncCommand("0501", reply) + fncOperation("50", 1), "00009999");
+    EXPECT_EQ(session.boxes(), box::timeout);
+}
+
+// The one table of what becomes of a reply, in however many pieces it comes.
 TEST_F(Link, GivesTheResultOfEachReply) {
     const std::string data447(447, 'x');
+    const std::string none = "000000000000..";
+    enum End { answered, late, failed }; // late: the exchange lasts its whole limit
     struct Row {
         const char* what;
         Bytes reply;
         std::string result;
-        bool late = false;       // the exchange lasts its whole limit
+        std::string stored; // in hexadecimal, ".." where it was not cut
+        End end = answered;
         std::string logged = {}; // from "S:" on
-        std::string box = {};    // then commBusy stays
         bool rawData = true;
     };
     const Row rows[] = {
-        {"good", frameOf("00000005010000KP42"), "0000"},
-        {"other response code", frameOf("00000F05011001"), "1001"},
-        {"lower-case digits", frameOf("000000050122ab"), "22AB"},
-        {"end code 0f", frameOf("00000f05010000"), "900f"},
-        {"end code 13, nothing stored", frameOf("000013"), "9999", false, "", box::timeout},
-        {"end code 13 with a command code", frameOf("0000130501"), "9013"},
-        {"end code 11, any check", wrongCheck("000011"), "9011"},
-        {"bad check", wrongCheck("000000050100001"), "", false, "S:True E:True B:True P:True U:4 A:05 01 00 00 31"},
-        {"bad check, 0F", wrongCheck("00000F05010000"), ""},
-        {"bad check, other end code", wrongCheck("0000220501"), "9022"},
-        {"silence", {}, "9999", true},
-        {"cut short", bytesOf(stx + "00000005"), "", true, "S:True E:False B:False P:False U:450 A:05"},
-        {"one character of the end code", bytesOf(stx + "00000"), "900", true},
-        {"no check byte", bytesOf(stx + "00000005010000\x03"), "", true,
+        {"good", frameOf("00000005010000KP42"), "0000", "050100004B503432"},
+        {"good, hexadecimal", frameOf("000000010100000000041a"), "0000", "010100000000041A", answered, "", false},
+        {"hexadecimal, half a byte", frameOf("00000001010000004"), "0000", "0101000000", answered, "", false},
+        {"other response code", frameOf("00000F05011001"), "1001", "05011001"},
+        {"lower-case digits", frameOf("000000050122ab"), "22AB", "050122AB"},
+        {"another command", frameOf("99999900FFFF0000"), "9099", "00FFFF0000", answered, "", false},
+        {"end code 0f", frameOf("00000f05010000"), "900f", "05010000"},
+        {"end code 13, nothing stored", frameOf("000013"), "9999", none, failed},
+        {"end code 13 with a command code", frameOf("0000130501"), "9013", "0501"},
+        {"end code 11, any check", wrongCheck("000011ABcd"), "9011", "ABCD00000000.."},
+        {"bad check", wrongCheck("000000050100001"), "", "0501000031", answered,
+         "S:True E:True B:True P:True U:4 A:05 01 00 00 31"},
+        {"bad check, 0F", wrongCheck("00000F05010000"), "", "05010000"},
+        {"bad check, other end code", wrongCheck("0000220501"), "9022", "0501"},
+        {"a right check behind a wrong one", bytesOf(stx + "00000005010000\x03\x06\x07\x07"), "", "05010000", answered,
+         "S:True E:True B:True P:True U:3 A:05 01 00 00"},
+        {"silence", {}, "9999", none, late},
+        {"cut short", bytesOf(stx + "00000005"), "", "050000000000..", late,
+         "S:True E:False B:False P:False U:450 A:05"},
+        {"half a byte", bytesOf(stx + "000000050"), "", "050000000000..", late,
+         "S:True E:False B:False P:False U:450 A:05"},
+        {"cut short, 0F", bytesOf(stx + "00000F"), "", none, late},
+        {"one character of the end code", bytesOf(stx + "00000"), "900", none, late},
+        {"no check byte", bytesOf(stx + "00000005010000\x03"), "", "050100000000..", late,
          "S:True E:True B:False P:False U:450 A:05 01 00 00"},
-        {"no STX", bytesOf("00000005010000\x03\x07"), "", true,
+        {"no STX", bytesOf("00000005010000\x03\x07"), "", "050100000700..", late,
          "S:False E:True B:False P:False U:450 A:05 01 00 00 07"},
-        {"noise ahead of STX moves the positions", bytesOf("x" + stx + "0000000501000\x03"), "", true,
+        {"noise ahead of STX moves the positions", bytesOf("x" + stx + "0000000501000\x03"), "", "005010000000..", late,
          "S:True E:True B:False P:False U:450 A:00 50 10 00"},
-        {"ETX ahead of STX ends at the next byte", {0x03, 0x02, '0'}, "9999", false, "", box::timeout},
-        {"no hexadecimal digits", frameOf("0000000g01"), "9999", false, "", box::timeout},
-        {"no response code", frameOf("0000000501"), "9999", false, "", box::timeout},
-        {"451 stored bytes", frameOf("00000005010000" + data447), "0000"},
-        {"452 stored bytes", frameOf("00000005010000x" + data447), "9999", false, "", box::timeout},
-        {"STX and ETX within raw data", bytesOf(stx + "00000005010000a" + stx + "b\x03\x03"), "", false,
-         "S:True E:True B:True P:True U:5 A:05 01 00 00 61 62"},
-        {"hexadecimal data", frameOf("000000010100000000041A"), "0000", false, "", "", false},
+        {"noise ahead of STX counts for the check", bytesOf("0" + stx + "0000005010000\x03\x07"), "0000", "05010000"},
+        {"STX and ETX within raw data", bytesOf(stx + "00000005010000a" + stx + "b\x03\x04"), "0000", "050100006162"},
+        {"ETX ahead of STX ends at the next byte", {0x03, 0x02, '0'}, "9999", none, failed},
+        {"no high digit", frameOf("0000000g01"), "9999", none, failed},
+        {"no low digit", frameOf("00000005010000:F0G"), "9999", "050100000000..", failed, "", false},
+        {"no response code", frameOf("000000050100"), "9999", "050100", failed},
+        {"451 stored bytes", frameOf("00000005010000" + data447), "0000", "050100007878.."}, // the array is full
+        {"452 stored bytes", frameOf("00000005010000x" + data447), "9999", "050100007878..", failed},
     };
     for (const Row& row : rows) {
-        for (const std::size_t piece : {0, 1, 7}) {
-            SCOPED_TRACE(row.what);
-            world.files.remove("/tarnbeacon/KelpLog.txt");
-            const std::string boxesBefore = session.boxes();
-            shared.commBusy = false;
-            world.unit.options().answers = {
-                {"0501", 0, {.reply = row.reply, .silent = row.reply.empty(), .pieces = {piece, fromMilliseconds(3)}}}};
-            Bytes reply;
-            std::string result;
-            const Micros lasted = timeOf([&] {
-                result = row.rawData ? fncCommand("0501", reply) : fncSendCommand("0501", false, reply, 5000, false);
-            });
-            EXPECT_EQ(result, row.result);
-            EXPECT_EQ(lasted >= fromSeconds(5), row.late) << lasted;
-            EXPECT_EQ(log().empty() ? "" : log().substr(log().find('[')),
-                      row.logged.empty() ? "" : "[NG2] " + row.logged + " \n");
-            EXPECT_EQ(shared.commBusy, !row.box.empty());
-            EXPECT_EQ(session.boxes(), boxesBefore + row.box);
-            world.port.clearReceived();
+        for (const std::size_t piece : {0, 1, 2, 7, 15}) {
+            for (const int readLimit : {0, 1}) { // what a transfer has left; every read takes what it gives
+                SCOPED_TRACE(row.what + (' ' + std::to_string(piece)) + ' ' + std::to_string(readLimit));
+                world.files.remove(logPath);
+                const std::string boxesBefore = session.boxes();
+                shared.commBusy = false;
+                shared.replyBytes.assign(451, 0xEE);
+                world.port.setReadLimit(readLimit);
+                world.unit.options().answers = {
+                    {"", 0, {.reply = row.reply, .silent = row.reply.empty(), .pieces = {piece, fromMilliseconds(3)}}}};
+                Bytes reply;
+                std::string result;
+                const Micros lasted = timeOf([&] {
+                    result = row.rawData ? fncCommand("0501", reply) : fncReadArea("D4", 1, 1, reply, 5000, false);
+                });
+                EXPECT_EQ(result, row.result);
+                EXPECT_EQ(storedText(), row.stored);
+                EXPECT_TRUE(row.end == failed || reply == shared.replyBytes);
+                EXPECT_EQ(lasted >= fromSeconds(5), row.end == late) << lasted;
+                const SimulatedFile* log = world.files.find(logPath);
+                EXPECT_EQ(log == nullptr ? "" : log->content,
+                          row.logged.empty() ? "" : world.desktop.dateAndTime() + " [NG2] " + row.logged + " \n");
+                EXPECT_EQ(shared.commBusy, row.end == failed);
+                EXPECT_EQ(session.boxes(), boxesBefore + (row.end == failed ? box::timeout : ""));
+                world.clock.advanceTo(world.clock.now() + fromSeconds(1));
+                world.port.clearReceived();
+            }
         }
     }
 }
 
-TEST_F(Link, StoresTheDataOfAReplyInBothForms) {
-    EXPECT_EQ(resultOf({.reply = frameOf("000000010100000000041A")}, false), "0000");
-    EXPECT_EQ(shared.replyBytes, (Bytes{1, 1, 0, 0, 0, 0, 4, 0x1A}));
-    EXPECT_EQ(resultOf({.reply = frameOf("000000010100000000041A")}, true), "0000");
-    EXPECT_EQ(shared.replyBytes, (Bytes{1, 1, 0, 0, '0', '0', '0', '0', '0', '4', '1', 'A'}));
-    EXPECT_EQ(resultOf({.reply = wrongCheck("000011ab")}), "9011");
-    EXPECT_EQ(shared.replyBytes.size(), 451u);
-    EXPECT_EQ(resultOf({.reply = frameOf("00000005010000"), .delay = fromSeconds(1)}, true, 0), "9999");
-    EXPECT_EQ(sent().size(), 4 * 12u); // sent all the same
+// With single reads it is seen how far the exchange has gone on.
+TEST_F(Link, ClearsTheInputBehindAGoodFrameAndLooksTwiceMoreBehindABadOne) {
+    for (const auto& [reply, left] : {std::pair{frameOf("00000005010000"), 0}, {wrongCheck("00000005010000"), 4}}) {
+        Bytes bytes = reply;
+        bytes.insert(bytes.end(), 6, 'z');
+        world.port.setReadLimit(1);
+        world.line.setPace(unpaced);
+        resultOf({.reply = bytes});
+        EXPECT_EQ(world.port.countReceived(), left);
+        resultOf({.reply = frameOf("00000005010000")}); // what was left is no part of the next reply
+        EXPECT_EQ(storedText(), "05010000");
+    }
+}
+
+TEST_F(Link, TakesAReplyThatComesWithItsLimit) {
+    world.line.setPace(unpaced);
+    world.unit.options().replyDelay = 0;
+    EXPECT_EQ(resultOf({.delay = fromSeconds(5)}), "0000");
+    EXPECT_EQ(resultOf({.delay = fromSeconds(5) + fromMilliseconds(1)}), "9999");
+    world.unit.options().answers.clear();
+    Bytes reply;
+    EXPECT_EQ(fncSendCommand("0501", true, reply, 0, false), "0000"); // is sent all the same
 }
 
 TEST_F(Link, WaitsForTheLinkThatAFailureHasLeftBusy) {
@@ -168,55 +226,62 @@ TEST_F(Link, WaitsForTheLinkThatAFailureHasLeftBusy) {
     EXPECT_EQ(fncExchange("0501", true, 5000), "9998");
     EXPECT_EQ(sent(), "");
     Bytes reply;
-    EXPECT_GE(timeOf([&] { EXPECT_EQ(fncCommand("0501", reply), "0000"); }), fromSeconds(5));
+    const Micros usual = timeOf([&] {
+        shared.commBusy = false;
+        fncCommand("0501", reply);
+    });
+    const auto wait = [&] {
+        shared.commBusy = true;
+        return timeOf([&] { EXPECT_EQ(fncCommand("0501", reply), "0000"); }) - usual;
+    };
+    EXPECT_EQ((wait() + 500) / 1000, 5001);
+    world.desktop.schedule(world.clock.now() + fromSeconds(2), [] { shared.commBusy = false; }); // an event that runs
+    EXPECT_EQ((wait() + 500) / 1000, 2000);
     EXPECT_FALSE(shared.commBusy);
 }
 
 TEST_F(Link, AsksFromTheThirdTryOnWhetherToGoOn) {
+    const std::string asked = box::goOn + "1\n";
     shared.commRetry = 2;
     EXPECT_EQ(resultOf({.resultCode = "1234"}), "1234");
     EXPECT_EQ(session.boxes(), "");
     shared.commRetry = 3;
+    EXPECT_EQ(resultOf({.resultCode = "1004"}), "1004");
+    EXPECT_EQ(resultOf({.resultCode = "1234"}, true), "1234");
+    EXPECT_EQ(session.boxes(), "");
     EXPECT_EQ(resultOf({.resultCode = "1234"}), "1234");
-    EXPECT_EQ(session.boxes(), box::goOn + "1\n");
-    Bytes reply;
-    EXPECT_EQ(fncSendCommand("0501", true, reply, 5000, true), "1234");
-    EXPECT_EQ(session.boxes(), box::goOn + "1\n");
+    EXPECT_EQ(session.boxes(), asked);
+    shared.commRetry = 4;
     world.desktop.answerBox = [](const Box&) { return boxAnswer::cancel; };
-    EXPECT_THROW(fncSendCommand("0501", true, reply, 5000, false), ProgramEnd);
+    EXPECT_THROW(resultOf({.resultCode = "1234"}), ProgramEnd);
+    EXPECT_EQ(session.boxes(), asked + box::goOn + "2\n");
 }
 
 TEST_F(Link, ReadsTheUnitState) {
-    struct Row {
-        const char* reply; // response code and data
-        const char* result;
-        const char* state;
-        int sensors;
+    const std::array<std::string, 3> rows[] = {
+        // response code and data, the result, what is then known
+        {"00001203", "0000", "12 3"}, {"00000199", "0000", "01 99"}, {"0000010x", "9999", "01 0"},
+        {"000001", "9999", "01 0"},   {"10040001", "1004", " 0"},
     };
-    const Row rows[] = {
-        {"00000012", "0000", "00", 12}, {"00000000", "0000", "00", 0}, {"0000010x", "9999", "01", 0},
-        {"000000", "9999", "00", 0},    {"10040001", "1004", "", 0},
-    };
-    for (const Row& row : rows) {
-        world.unit.options().answers = {{"0601", 0, {.reply = frameOf(std::string("0000000601") + row.reply)}}};
-        Bytes reply;
-        EXPECT_EQ(fncReadUnitState("0601", reply), row.result) << row.reply;
-        EXPECT_EQ(shared.unitStateText, row.state) << row.reply;
-        EXPECT_EQ(shared.sensorCount, row.sensors) << row.reply;
+    for (const auto& [reply, result, known] : rows) {
+        shared.unitStateText = "before";
+        shared.sensorCount = 77;
+        world.unit.options().answers = {{"0601", 0, {.reply = frameOf("0000000601" + reply)}}};
+        Bytes bytes;
+        EXPECT_EQ(fncReadUnitState("0601", bytes), result) << reply;
+        EXPECT_EQ(shared.unitStateText + ' ' + std::to_string(shared.sensorCount), known) << reply;
     }
-    const std::string box = "Tarn Beacon|Application error.\r\nRES : 0000|16>1\n";
-    EXPECT_EQ(session.boxes(), box + box);
+    EXPECT_EQ(session.boxes(), box::error + "0000|16>1\n" + box::error + "0000|16>1\n");
 }
 
 TEST_F(Link, ChecksTheTargetByNumber) {
-    const std::pair<const char*, int> rows[] = {{"0000", 0}, {"2204", 2204}, {"0E00", 8}, {"12AB", 8}};
-    for (const auto& [code, number] : rows) {
+    for (const auto& [code, number] : {std::pair{"0000", 0}, {"2204", 2204}, {"0E00", 8}, {"12AB", 8}}) {
         world.unit.options().answers = {{"0101", 0, {.resultCode = code}}};
         EXPECT_EQ(FirmComm::fncCheckTarget(), number) << code;
     }
-    world.unit.options().answers = {{"0101", 0, {.silent = true}}};
-    EXPECT_EQ(FirmComm::fncCheckTarget(), 9999);
-    for (const auto& [code, number] : {std::pair{"0000", 7}, {"", 8}, {"9013", 8}, {"1004", 15}, {"5555", 27}}) {
+    world.unit.options().answers = {{"0101", 0, {.reply = wrongCheck("00000001010000")}}};
+    EXPECT_EQ(FirmComm::fncCheckTarget(), 8);
+    for (const auto& [code, number] : {std::pair{"0000", 7}, {"", 8}, {"0101", 9}, {"1004", 15}, {"5555", 27}}) {
         EXPECT_EQ(FirmComm::fncResultNumber(code), number) << code;
     }
 }
@@ -229,41 +294,39 @@ TEST_F(Link, KeepsTheLogOfAFullDiskFromHoldingTheLink) {
     EXPECT_FALSE(shared.commBusy);
 }
 
-TEST(Port, OpensWithAMessageForEachFailure) {
-    const std::string missing = "Tarn Beacon|現在の通信ポート(COM9)は有効ではありません|16>1\n";
+TEST(Port, IsOpenOnlyWhenAllThatMattersHasSucceeded) {
     struct Row {
-        const char* what;
-        std::function<void(World&)> prepare;
+        Preparation prepare;
         std::string boxes;
         bool open;
     };
-    const auto socket = [](Socket::State state) {
-        return [state](World& world) { world.port.socket(9).state = state; };
-    };
-    const auto failure = [](Operation operation) {
-        const Failure gone(failureNumber::portLost, "gone");
-        return [=](World& world) { world.port.operations().add(failNth(operation, 1, Lasting::once, gone)); };
-    };
     const Row rows[] = {
-        {"free", [](World&) {}, "", true},
-        {"missing", [](World& world) { world.port.removeSocket(9); }, missing, false},
-        {"held", socket(Socket::State::held), box::portHeld, false},
-        {"forbidden", socket(Socket::State::forbidden), box::portHeld, false},
-        {"settings", socket(Socket::State::refusesSettings), box::portHeld, false},
-        {"first read fails", failure(Operation::readPort), box::portHeld, false},
-        {"buffer sizes refused", failure(Operation::setBufferSizes), "", true},
-        {"open already", [](World&) { EXPECT_TRUE(fncOpenPort(9, "38400,n,8,1")); }, box::portHeld, true},
+        {nothing, "", true},
+        {fails(Operation::setBufferSizes, 1), "", true},
+        {fails(Operation::readPort, 1), box::portHeld, false},
+        {[](World& world) { world.port.socket(9).state = Socket::State::forbidden; }, box::portHeld, false},
+        {[](World& world) { // the first failure counts
+             fails(Operation::setSettings, 1)(world);
+             world.port.removeSocket(9);
+         },
+         box::portHeld, false},
+        {[](World&) { EXPECT_TRUE(fncOpenPort(9, "38400,n,8,1")); }, box::portHeld, true},
     };
     for (const Row& row : rows) {
         Session session({.comPort = 9});
+        World& world = session.world;
         shared = SharedVariables();
-        row.prepare(session.world);
-        EXPECT_EQ(fncOpenPort(9, "38400,n,8,1"), row.open && row.boxes.empty()) << row.what;
-        EXPECT_EQ(session.boxes(), row.boxes) << row.what;
-        EXPECT_EQ(session.world.port.isOpen(), row.open) << row.what;
+        row.prepare(world);
+        EXPECT_EQ(fncOpenPort(9, "38400,n,8,1"), row.open && row.boxes.empty());
+        EXPECT_EQ(session.boxes(), row.boxes);
+        EXPECT_EQ(world.port.isOpen(), row.open);
+        for (const Operation done : {Operation::setBufferSizes, Operation::clearReceived}) {
+            EXPECT_EQ(world.port.operations().passed(done), row.open ? 1 : 0);
+        }
         subClosePort();
+        EXPECT_EQ(shared.serialPort, nullptr);
         subClosePort();
-        EXPECT_FALSE(session.world.port.isOpen()) << row.what;
+        EXPECT_FALSE(world.port.isOpen() || linkAlive());
     }
 }
 

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <ostream>
 
 namespace {
 
@@ -18,24 +17,6 @@ constexpr int nak = simulator::nak;
 constexpr int can = simulator::can;
 
 constexpr int endPacket = blockCount + 1;
-
-// What can be seen of a transfer, all of it as its answers come.
-struct Course {
-    int result = 0;
-    std::vector<int> sent; // packets by number in the order of their sending
-    std::int64_t clears = 0;
-    std::int64_t duration = 0; // milliseconds
-    double progress = 0;
-    bool operator==(const Course&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& out, const Course& course) {
-    out << "result " << course.result << ", sent";
-    for (const int packet : course.sent) {
-        out << ' ' << packet;
-    }
-    return out << ", " << course.clears << " clears, " << course.duration << " ms, progress " << course.progress;
-}
 
 // What an answer does to a count.
 enum class Count { keeps, clears, raises };
@@ -66,31 +47,35 @@ constexpr std::array replyRules{
 
 constexpr std::int64_t answerTime = 10; // milliseconds from one answer to the next
 
+// What can be seen of a transfer: each packet sent, by number, each clearing of the input ("-"), and the end.
+std::string endText(int result, std::int64_t duration, double progress) {
+    return " = " + std::to_string(result) + " after " + std::to_string(duration) + " ms, bar at " +
+           std::to_string(static_cast<int>(progress));
+}
+
 // The transfer as the tables have it, one answer after the other.
-class Expected {
-  public:
-    bool ended() const { return ended_; }
-    const Course& course() const { return course_; }
+struct Expected {
+    std::string course = {};
+    bool ended = false;
+    int packet = 0; // none: the start
+    int failures = 0;
+    int cancels = 0;
+    std::int64_t duration = 0;
+    double progress = 0;
 
     void take(int answer) {
-        const Rule& rule = ruleFor(answer);
-        course_.duration += answer != silence ? answerTime : packet_ == 0 ? 60'000 : 10'000;
-        const bool atLimit = apply(rule.failures, failures_, 10) || apply(rule.cancels, cancels_, 2);
+        const auto& rules = packet == 0 ? startRules : replyRules;
+        const auto found = std::ranges::find(rules, answer, &Rule::answer);
+        const Rule& rule = found == rules.end() ? rules.back() : *found;
+        duration += answer != silence ? answerTime : packet == 0 ? 60'000 : 10'000;
+        const bool atLimit = apply(rule.failures, failures, 10) || apply(rule.cancels, cancels, 2);
         if (atLimit || rule.action == Rule::ends) {
             // What is still on its way in goes, but not when a start is cancelled.
-            course_.clears += packet_ == 0 && answer == can ? 0 : 1;
-            course_.result = rule.result;
-            ended_ = true;
+            course += packet == 0 && answer == can ? "" : "-";
+            end(rule.result);
         } else {
             act(rule);
         }
-    }
-
-  private:
-    const Rule& ruleFor(int answer) const {
-        const auto& rules = packet_ == 0 ? startRules : replyRules;
-        const auto at = std::ranges::find(rules, answer, &Rule::answer);
-        return at == rules.end() ? rules.back() : *at;
     }
 
     // True when the count comes to its limit.
@@ -101,27 +86,23 @@ class Expected {
 
     void act(const Rule& rule) {
         switch (rule.action) {
-        case Rule::begins: failures_ = cancels_ = 0; [[fallthrough]];
+        case Rule::begins: failures = cancels = 0; [[fallthrough]];
         case Rule::acknowledges:
-            course_.progress = 128.0 * std::min(packet_, blockCount);
-            ended_ = packet_ == endPacket;
-            ++packet_;
-            [[fallthrough]];
-        case Rule::sendsAgain:
-            if (!ended_) {
-                course_.sent.push_back(packet_);
-                ++course_.clears;
+            progress = 128.0 * std::min(packet, blockCount);
+            if (packet++ == endPacket) {
+                end(0);
+                return;
             }
-            break;
-        default: course_.clears += rule.clearsInput ? 1 : 0;
+            [[fallthrough]];
+        case Rule::sendsAgain: course += "-" + std::to_string(packet); break;
+        default: course += rule.clearsInput ? "-" : "";
         }
     }
 
-    Course course_;
-    int packet_ = 0; // none: the start
-    int failures_ = 0;
-    int cancels_ = 0;
-    bool ended_ = false;
+    void end(int result) {
+        ended = true;
+        course += endText(result, duration, progress);
+    }
 };
 
 // Plays a receiver to the program's sender. The unit itself is not heard.
@@ -130,74 +111,69 @@ class Sender : public testing::Test {
     Sender() {
         session.start();
         world.clock.setLimit(never);
-        shared.firmwareImage.assign(imageSize + 1, 0);
         for (int block = 1; block <= blockCount; ++block) { // a block's data begin with the high byte of its number
             shared.firmwareImage[static_cast<std::size_t>((block - 1) * blockSize)] =
                 static_cast<std::uint8_t>(block >> 8);
         }
         world.line.setPace(unpaced);
         world.line.addHook([this](Passage& passage) {
+            const Bytes sent = std::exchange(passage.bytes, {});
             if (passage.direction == Direction::toUnit) {
-                note(passage.bytes);
+                course += std::to_string(sent.size() == 1 ? endPacket : sent[3] * 256 + sent[1]);
             }
-            passage.bytes.clear();
         });
+        world.port.operations().add(
+            [this](const OperationCall& call) { course += call.operation == Operation::clearReceived ? "-" : ""; });
     }
 
-    void note(const Bytes& packet) {
-        course.sent.push_back(packet.size() == 1 ? endPacket : packet[3] * 256 + packet[1]);
-    }
+    void put(int answer, Micros at) { world.line.put(Direction::fromUnit, {static_cast<std::uint8_t>(answer)}, at); }
 
-    Course transfer(const Answers& answers) {
+    std::string transfer(const Answers& answers) {
         const Micros begin = world.clock.now();
         Micros at = begin;
         Micros limit = fromSeconds(60);
         for (const int answer : answers) {
-            if (answer == silence) {
-                at += limit;
-            } else {
-                at += fromMilliseconds(answerTime);
-                world.line.put(Direction::fromUnit, {static_cast<std::uint8_t>(answer)}, at);
+            at += answer == silence ? limit : fromMilliseconds(answerTime);
+            if (answer != silence) {
+                put(answer, at);
             }
             limit = answer == 'C' || answer == nak ? fromSeconds(10) : limit;
         }
-        course = {};
-        OperationGate& gate = world.port.operations();
-        const std::int64_t clearsBefore = gate.passed(Operation::clearReceived);
-        EXPECT_EQ(world.desktop.run([&] { course.result = xModem::xModemS(); }), RunEnd::idle);
-        course.clears = gate.passed(Operation::clearReceived) - clearsBefore;
-        course.duration = (world.clock.now() - begin) / 1000;
-        course.progress = frmWait().prbComm.value;
-        return course;
+        course.clear();
+        frmWait().prbComm.value = 0;
+        int result = 0;
+        EXPECT_EQ(world.desktop.run([&] { result = xModem::xModemS(); }), RunEnd::idle);
+        const Timer& limitTimer = frmWait().timerWait;
+        EXPECT_FALSE(limitTimer.enabled() || limitTimer.interval() != 0);
+        return course + endText(result, (world.clock.now() - begin) / 1000, frmWait().prbComm.value);
     }
 
     // Each sequence of up to `depth` answers after those given; after the last one there is silence.
-    void tryAll(Answers answers, int depth, std::span<const int> alphabet) {
+    void tryAll(Answers answers, int depth) {
         Expected expected;
         for (const int answer : answers) {
             expected.take(answer);
         }
-        if (depth > 0 && !expected.ended()) {
-            for (const int answer : alphabet) {
-                Answers longer = answers;
-                longer.push_back(answer);
-                tryAll(longer, depth - 1, alphabet);
+        if (depth > 0 && !expected.ended) {
+            for (const int answer : {ack, nak, can, silence, int{'C'}}) {
+                answers.push_back(answer);
+                tryAll(answers, depth - 1);
+                answers.pop_back();
             }
             return;
         }
-        while (!expected.ended()) {
+        while (!expected.ended) {
             answers.push_back(silence);
             expected.take(silence);
         }
-        frmWait().prbComm.value = 0;
         if (!HasFailure()) {
-            EXPECT_EQ(transfer(answers), expected.course()) << testing::PrintToString(answers);
+            EXPECT_EQ(transfer(answers), expected.course) << testing::PrintToString(answers);
         }
     }
 
     Session session;
     World& world = session.world;
-    Course course;
+    std::string course;
 };
 
 Answers repeat(int count, Answers answers) {
@@ -213,31 +189,47 @@ Answers operator+(Answers first, const Answers& second) {
     return first;
 }
 
-constexpr std::array everyAnswer{ack, nak, can, silence, int{'C'}};
-
 TEST_F(Sender, KeepsTheRulesOfTheStart) {
-    tryAll({}, 7, everyAnswer);
-    tryAll(repeat(8, {0x00}), 4, everyAnswer);
-    tryAll(repeat(8, {0xFF}) + Answers{can}, 4, everyAnswer);
+    tryAll({}, 7);
+    tryAll(repeat(8, {0x00}), 4);
+    tryAll(repeat(8, {0xFF}) + Answers{can}, 4);
 }
 
 TEST_F(Sender, KeepsTheRulesOfReplies) {
     for (const Answers& failures : {repeat(8, {nak}), repeat(8, {silence}), repeat(4, {nak, 0x00, silence})}) {
-        tryAll(Answers{'C'} + failures, 5, everyAnswer);
-        tryAll(Answers{nak, ack} + failures + Answers{can}, 4, everyAnswer);
+        tryAll(Answers{'C'} + failures, 5);
+        tryAll(Answers{nak, ack} + failures + Answers{can}, 4);
     }
 }
 
 TEST_F(Sender, KeepsTheRulesAtTheEnd) {
-    tryAll(Answers{'C'} + repeat(blockCount - 1, {ack}), 4, everyAnswer);
+    tryAll(Answers{'C'} + repeat(blockCount - 1, {ack}), 4);
 }
 
 TEST_F(Sender, TakesAnyByteForWhatItIs) {
     for (int byte = 0; byte <= 0xFF; ++byte) {
-        tryAll({byte}, 1, everyAnswer);
-        tryAll({'C', byte}, 1, everyAnswer);
-        tryAll({nak, nak, byte}, 1, everyAnswer);
+        tryAll({byte}, 1);
+        tryAll({'C', byte}, 1);
+        tryAll({nak, nak, byte}, 1);
     }
+}
+
+TEST_F(Sender, TakesAByteThatComesWithTheLimit) {
+    put('C', world.clock.now() + fromSeconds(60));
+    put(ack, world.clock.now() + fromSeconds(70));
+    EXPECT_TRUE(transfer({}).starts_with("-1-2-2"));
+}
+
+TEST_F(Sender, LetsWindowEventsRunThoughBytesWait) {
+    std::string seen;
+    for (const int answer : {'C', 'x', 'x', 'x'}) {
+        put(answer, world.clock.now());
+    }
+    world.clock.advanceTo(world.clock.now() + 1);
+    world.desktop.schedule(world.clock.now(), [&] { seen += course + "!"; });
+    world.desktop.schedule(world.clock.now(), [&] { seen += course + "!"; });
+    transfer({});
+    EXPECT_EQ(seen, "!-1!");
 }
 
 } // namespace

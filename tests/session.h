@@ -46,6 +46,24 @@ inline Preparation pulledAfter(Micros time) {
     return [=](World& world) { world.port.socket(3).pulledAt = world.clock.now() + time; };
 }
 
+inline Preparation inJapanese(const Preparation& prepare) {
+    return [=](World& world) {
+        frmMain().fraLanguage.visible = true;
+        EXPECT_TRUE(world.person.perform(click("frmMain", "optLanguage", 0)));
+        prepare(world);
+    };
+}
+
+// The operation fails once, the nth time from now.
+inline Preparation fails(Operation operation, std::int64_t n) {
+    return [=](World& world) {
+        for (OperationGate* gate : {&world.port.operations(), &world.files.operations()}) {
+            const Failure failure(failureNumber::portLost, "It broke.");
+            gate->add(failNth(operation, gate->passed(operation) + n, Lasting::once, failure));
+        }
+    };
+}
+
 // Boxes that several tests meet, as Session::boxes() gives them.
 namespace box {
 const std::string timeout = "Tarn Beacon|It is a receiving timeout error.|16>1\n";
