@@ -6,6 +6,7 @@
 #include "tests/realDesktop.h"
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
@@ -95,7 +96,9 @@ struct RealSurroundings : contract::Surroundings {
             {"reader",
              [this](Text name) {
                  if (auto* button = widget<QAbstractButton>(name)) {
-                     button->click();
+                     auto* actions = QAccessible::queryAccessibleInterface(button)->actionInterface();
+                     actions->doAction(actions->actionNames().value(0));
+                     QTRY_VERIFY(!button->isDown()); // it shows a press for a moment
                  }
              }},
             {"choose",
@@ -117,8 +120,11 @@ struct RealSurroundings : contract::Surroundings {
              [this](Text button) {
                  whenShown<QMessageBox>([this, button](QMessageBox* box) {
                      QTest::qWait(20);
-                     commands.at("press")("second");
-                     commands.at("request")("");
+                     for (const std::string hand : {"press", "reader"}) {
+                         commands.at(hand)("second");
+                         commands.at(hand)("inFrame1");
+                     }
+                     windowOf(form)->close();
                      pressKey(box, button == "ok" ? Qt::Key_Return : Qt::Key_Escape);
                  });
              }},

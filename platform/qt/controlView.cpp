@@ -111,10 +111,22 @@ ControlView::ControlView(Control& control, QWidget* parent, const std::function<
         widget_->setObjectName(fromUtf8(control.name + (control.index < 0 ? "" : std::to_string(control.index))));
     }
     if (auto* button = qobject_cast<QAbstractButton*>(widget_)) {
-        QObject::connect(button, &QAbstractButton::clicked, button, [this, operated] { operated(*this); });
+        // A screen reader turns an option or a box round without a click.
+        const auto signal = button->isCheckable() ? &QAbstractButton::toggled : &QAbstractButton::clicked;
+        QObject::connect(button, signal, button, [this, operated] { operated(*this); });
     } else if (auto* list = qobject_cast<QComboBox*>(widget_)) {
         QObject::connect(list, &QComboBox::activated, list, [this, operated] { operated(*this); });
     }
+}
+
+bool ControlView::hasInput() const {
+    const auto* button = qobject_cast<QAbstractButton*>(widget_);
+    if (button == nullptr || !button->isCheckable()) {
+        return true;
+    }
+    const bool off = !button->isChecked();
+    const bool forAnother = off && control_->kind == ControlKind::optionButton;
+    return !forAnother && off == (control_->value != 0);
 }
 
 void ControlView::takeInput() {
@@ -222,7 +234,6 @@ void ControlView::showItems() {
             list->addItem(fromUtf8(item));
         }
     }
-    list->setCurrentIndex(control_->listIndex);
 }
 
 void ControlView::showValue() {
@@ -237,6 +248,8 @@ void ControlView::showValue() {
         option->setAutoExclusive(true);
     } else if (auto* box = qobject_cast<QCheckBox*>(widget_)) {
         box->setChecked(control_->value != 0);
+    } else if (auto* list = qobject_cast<QComboBox*>(widget_)) {
+        list->setCurrentIndex(control_->listIndex);
     }
 }
 

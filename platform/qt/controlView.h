@@ -26,8 +26,14 @@ class ControlView {
     // Takes the colours anew from the desktop's, which have changed.
     void showColours();
 
+    // Shows the control's value or selection, whatever the operator has made of it.
+    void showValue();
+
     // Tells screen readers what the control is called and what describes it.
     void showNames();
+
+    // False when the widget changed for the program or because another option of its group came on.
+    bool hasInput() const;
 
     // Takes the operator's input over into the control's state, but for the other options of a group.
     void takeInput();
@@ -35,7 +41,6 @@ class ControlView {
   private:
     void showLooks();
     void showCaption();
-    void showValue();
     void showItems();
 
     Control* control_;

@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "base/text.h"
+#include "platform/qt/stacking.h"
 #include "platform/qt/text.h"
 
 #include <QFileDialog>
@@ -66,6 +67,7 @@ void showFileDialog(FileDialog& dialog, FileDialogKind kind) {
     }
     shown.resize(roomFor(shown));
     fitColumns(shown);
+    standAboveAll(shown);
     if (shown.exec() == QDialog::Accepted) {
         dialog.fileName = toUtf8(shown.selectedFiles().value(0));
     } else if (dialog.cancelError) {

@@ -1,11 +1,12 @@
 #include "platform/qt/formWindow.h"
 
 #include "platform/qt/drawing.h"
+#include "platform/qt/stacking.h"
 #include "platform/qt/text.h"
 
 #include <QAccessibleWidget>
+#include <QApplication>
 #include <QCloseEvent>
-#include <QGuiApplication>
 #include <QLabel>
 #include <QPointer>
 #include <QScreen>
@@ -18,7 +19,9 @@ namespace platform {
 namespace {
 
 Qt::WindowFlags frameOf(const Form& form) {
-    const Qt::WindowType type = form.onTaskBar ? Qt::Window : Qt::Tool; // a tool window gets no button there
+    // A dialog that belongs to another window gets no button there. No tool window gets one either, but some window
+    // managers hide those while another program is active.
+    const Qt::WindowType type = form.onTaskBar ? Qt::Window : Qt::Dialog;
     return type | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
            Qt::MSWindowsFixedSizeDialogHint;
 }
@@ -155,6 +158,9 @@ void FormWindow::syncVisible() {
     if (form_->visible != isVisible()) {
         if (form_->visible) {
             placeOnScreen();
+            if (!form_->onTaskBar) {
+                standAboveForms(*this);
+            }
             shownAt_ = clockMicros();
             raise();
         }
@@ -215,13 +221,23 @@ bool FormWindow::event(QEvent* event) {
 
 void FormWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
-    if (form_ != nullptr && form_->visible && form_->enabled) {
+    if (takesInput() && form_->enabled) {
         call(form_->queryUnload);
     }
 }
 
+// Not while the program is busy hiding the window, and not while a box or dialog stands: the toolkit keeps mouse and
+// keyboard from the window then, but not a screen reader.
+bool FormWindow::takesInput() const {
+    return form_ != nullptr && form_->visible && QApplication::activeModalWidget() == nullptr;
+}
+
 void FormWindow::operated(ControlView& view) {
-    if (form_ == nullptr || !form_->visible) { // pressed while the program was busy hiding the window
+    if (form_ == nullptr || !view.hasInput()) {
+        return;
+    }
+    if (!takesInput()) {
+        std::ranges::for_each(views_, [](const auto& shown) { shown->showValue(); });
         return;
     }
     Control& control = view.control();

@@ -28,6 +28,8 @@ class FormWindow : public QWidget {
     // True while the window system has not yet put up a window that was shown a moment ago.
     bool comingUp() const;
 
+    Micros shownAt() const { return shownAt_; }
+
     // Takes the window away for good. The form may go; the window itself goes when its events have ended.
     void dismiss();
 
@@ -44,6 +46,7 @@ class FormWindow : public QWidget {
     bool syncEnabled();
     void syncVisible();
     void placeOnScreen();
+    bool takesInput() const;
     void operated(ControlView& view);
     void call(const Handler& handler);
 

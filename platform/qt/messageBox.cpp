@@ -1,6 +1,7 @@
 #include "platform/qt/messageBox.h"
 
 #include "platform/desktop.h"
+#include "platform/qt/stacking.h"
 #include "platform/qt/text.h"
 
 #include <QGridLayout>
@@ -72,7 +73,7 @@ void widenForTitle(QMessageBox& box) {
 
 } // namespace
 
-int showMessageBox(const std::string& text, int style, const std::string& title, QWindow* below) {
+int showMessageBox(const std::string& text, int style, const std::string& title) {
     QMessageBox box;
     box.setTextFormat(Qt::PlainText);
     box.setWindowTitle(fromUtf8(title));
@@ -85,8 +86,7 @@ int showMessageBox(const std::string& text, int style, const std::string& title,
         box.setEscapeButton(cancel);
     }
     widenForTitle(box);
-    box.winId(); // makes the window, which can then be told what it stands above
-    box.windowHandle()->setTransientParent(below);
+    standAboveAll(box);
     box.exec();
     return cancel != nullptr && box.clickedButton() == cancel ? boxAnswer::cancel : boxAnswer::ok;
 }

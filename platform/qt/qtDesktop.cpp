@@ -112,8 +112,7 @@ void QtDesktop::waitForEvents(std::int64_t until) {
 
 int QtDesktop::msgBox(const std::string& text, int style, const std::string& title) {
     sync();
-    QWindow* const below = shown_.empty() ? nullptr : windows_.at(shown_.back())->windowHandle();
-    return showMessageBox(text, style, title, below);
+    return showMessageBox(text, style, title);
 }
 
 void QtDesktop::showOpen(FileDialog& dialog) {
@@ -149,7 +148,6 @@ void QtDesktop::unload(Form& form) {
     timers_.remove(form);
     window->second->dismiss();
     windows_.erase(window);
-    std::erase(shown_, &form);
     form.visible = false;
 }
 
@@ -179,12 +177,6 @@ void QtDesktop::endProgram() {
 void QtDesktop::sync() {
     for (const auto& [form, window] : windows_) {
         window->sync();
-        const bool listed = std::ranges::find(shown_, form) != shown_.end();
-        if (form->visible && !listed) {
-            shown_.push_back(form);
-        } else if (!form->visible && listed) {
-            std::erase(shown_, form);
-        }
     }
     timers_.look();
     timers_.arm();

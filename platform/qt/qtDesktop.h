@@ -55,7 +55,6 @@ class QtDesktop final : public Desktop {
     TimerQueue timers_;
     Micros eventsAt_ = 0;                  // when window events ran last
     std::map<Form*, FormWindow*> windows_; // of the loaded forms
-    std::vector<Form*> shown_;             // in the order of showing
 };
 
 } // namespace platform
