@@ -38,6 +38,8 @@ class DevicePort : public SerialPort {
     bool waitForNews(Micros until);
     // Looks at the device without waiting.
     bool takeNews();
+    // The same, and leaves the news to be told. A device that is gone is closed here.
+    void look() { fetch(); }
 
     // Puts back what open() has changed on the device, before the process stops.
     void leaveDevice();

@@ -19,6 +19,7 @@
 #include <QTimer>
 #include <QWindow>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 
@@ -322,6 +323,25 @@ TEST_F(QtDesktopTest, AnEventDoesNotEnterItsOwnHandlerAndShowsWhatItChanged) {
         find<QAbstractButton>(form_.first)->click();
         EXPECT_EQ(find<QLabel>(form_.label)->text(), shown);
     }
+}
+
+bool isHeld(const std::string& device) {
+    return std::ranges::any_of(std::filesystem::directory_iterator("/proc/self/fd"), [&](const auto& file) {
+        std::error_code error;
+        return std::filesystem::read_symlink(file, error).string().starts_with(device);
+    });
+}
+
+TEST_F(QtDesktopTest, ADeviceThatGoesWhileNothingHappensIsLetGo) {
+    std::optional<simulator::PseudoTerminal> end{std::in_place, std::filesystem::path()};
+    const std::string device = end->device();
+    std::ofstream(desktop_.programDirectory() + "Setting.INI") << "[DEVICE]\nCOM3=" << device << '\n';
+    desktop_.commPort().choosePort(3);
+    desktop_.commPort().open();
+    EXPECT_TRUE(isHeld(device));
+    end.reset();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !isHeld(device); }));
+    desktop_.commPort().close();
 }
 
 TEST_F(QtDesktopTest, AFailureThatNoHandlerTookIsShownAndEndsTheProgram) {

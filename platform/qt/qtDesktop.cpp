@@ -16,6 +16,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <chrono>
 #include <clocale>
 
 namespace platform {
@@ -52,6 +53,14 @@ QtDesktop::QtDesktop()
     QApplication::setStyle(QStyleFactory::create("Fusion")); // the places of the controls fit its widgets
     // The toolkit's file dialog keeps settings of its own; this program writes none anywhere.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
+    watchPort();
+}
+
+// A system gives an adapter that is plugged in again another name while a program still holds the old device.
+void QtDesktop::watchPort() {
+    constexpr std::chrono::milliseconds interval{500}; // shorter than it takes to plug an adapter in again
+    QObject::connect(&portLook_, &QTimer::timeout, [this] { port_.look(); });
+    portLook_.start(interval);
 }
 
 QtDesktop::~QtDesktop() {

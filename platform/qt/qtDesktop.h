@@ -7,6 +7,7 @@
 #include "platform/qt/timerQueue.h"
 
 #include <QApplication>
+#include <QTimer>
 
 #include <map>
 
@@ -43,6 +44,7 @@ class QtDesktop final : public Desktop {
     [[noreturn]] void endProgram() override;
 
   private:
+    void watchPort();
     void sync();
     void paintChanges();
     bool windowComingUp() const;
@@ -52,6 +54,7 @@ class QtDesktop final : public Desktop {
     QApplication application_;
     std::unique_ptr<Files> files_;
     DevicePort port_;
+    QTimer portLook_;
     TimerQueue timers_;
     Micros eventsAt_ = 0;                  // when window events ran last
     std::map<Form*, FormWindow*> windows_; // of the loaded forms
