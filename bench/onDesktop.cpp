@@ -29,7 +29,6 @@
 #include <string_view>
 #include <sys/resource.h>
 
-using Micros;
 using platform::clockMicros;
 using platform::desktop;
 
@@ -78,7 +77,13 @@ bool send(const std::string& path) {
     if (FirmComm::fncBinaryFile(path, shared.firmwareImage, FirmComm::FileMode::read) != imageSize || !openPort()) {
         return false;
     }
-    return xModem::xModemS() == 0;
+    while (CommonComm::serialPort().countReceived() == 0) { // the unit asks every few seconds
+        desktop().waitForEvents(never);
+    }
+    const Micros processorAtStart = processorMicros();
+    const bool sent = xModem::xModemS() == 0;
+    print("cpu_ms", processorMicros() - processorAtStart);
+    return sent;
 }
 
 bool read(const std::string& path) {
@@ -153,13 +158,11 @@ int main(int count, char** words) {
     desktop().doEvents();
     const std::string_view what = count > 1 ? words[1] : "";
     const std::string path = count > 2 ? words[2] : "";
-    const Micros processorAtStart = processorMicros();
     const bool done = what == "send"       ? send(path)
                       : what == "read"     ? read(path)
                       : what == "load"     ? load(path)
                       : what == "exchange" ? exchange()
                                            : false;
-    print("cpu_ms", processorMicros() - processorAtStart);
     std::printf("peak_kib %ld\n", peakKib());
     return done ? EXIT_SUCCESS : EXIT_FAILURE;
 }

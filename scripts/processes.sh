@@ -7,7 +7,8 @@ startedProcesses=()
 startProcess() {
     local log="$1"
     shift
-    "$@" >"$log" 2>&1 </dev/null &
+    : >"$log" # here, for the process may take a moment to do it, and who waits for its words must not see old ones
+    "$@" >>"$log" 2>&1 </dev/null &
     startedProcesses+=("$!")
 }
 
