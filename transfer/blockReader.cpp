@@ -21,9 +21,9 @@ namespace FirmComm {
 namespace {
 
 constexpr std::int64_t silenceLimit = 3000; // milliseconds
-constexpr std::int64_t restGap = 1000;      // after a longer pause, a lone control byte is no rest of a block
 constexpr std::int32_t packetSize = xModem::headerSize + blockSize + 1;
 constexpr std::int32_t allDataReceived = packetSize - 1; // the last byte is the checksum
+constexpr std::size_t longestRest = packetSize + 1 - blockSize;
 
 // How long a poll waits for the next byte of a block. Adapters hand bytes over in lumps, up to 16 ms apart; after a
 // whole block, the second check byte of the other form follows at once or not at all.
@@ -76,40 +76,27 @@ bool beginsAsBlock(std::span<const std::uint8_t> bytes) {
     return std::ssize(bytes) >= xModem::headerSize && bytes[0] == xModem::soh && (bytes[1] ^ bytes[2]) == 0xFF;
 }
 
-// The first poll to find something after one that caught a block in the middle. Takes the rest of that block off
-// `bytes`; nothing is left when all of them may belong to it.
-void dropRest(std::span<const std::uint8_t>& bytes, bool rightAfter) {
-    const bool stored = shared.blockLength >= blockSize;
-    if ((stored || !rightAfter) && bytes.size() == 1 && controlResult(bytes[0]) != found::nothing) {
-        return; // the unit has gone on
-    }
-    // Of a block that is too short to be stored the rest may look like a beginning, but then it only fits as the rest.
-    if (!stored && shared.blockLength + std::ssize(bytes) <= packetSize) {
-        bytes = {};
-        return;
-    }
-    const std::size_t longestRest = stored ? packetSize + 1 - blockSize : 0;
+// What follows a block that a poll has caught in the middle: its rest, of up to 5 bytes once 128 are stored, and then
+// the next block. Gives that block, empty when there is none.
+std::span<const std::uint8_t> behindRest(std::span<const std::uint8_t> bytes) {
     for (std::size_t rest = 0; rest <= std::min(longestRest, bytes.size()); ++rest) {
         if (beginsAsBlock(bytes.subspan(rest))) {
-            bytes = bytes.subspan(rest);
-            return;
+            return bytes.subspan(rest);
         }
     }
-    shared.cutBlocks.lost |= bytes.size() > longestRest; // the next block may have begun in them
-    bytes = {};
+    return {};
 }
 
-std::int32_t takePoll(std::span<const std::uint8_t> bytes, std::int64_t now) {
-    const bool rightAfter = now - shared.signOfLifeAt < restGap;
-    shared.signOfLifeAt = now;
+std::int32_t takePoll(std::span<const std::uint8_t> bytes) {
     SharedVariables::CutBlocks& cut = shared.cutBlocks;
-    if (cut.restDue) {
-        const auto polled = bytes;
-        dropRest(bytes, rightAfter);
-        if (bytes.empty()) {
-            keep(polled);
+    if (cut.restDue && bytes.size() > 1) { // a single byte may be a control byte
+        const auto block = behindRest(bytes);
+        if (block.empty()) {
+            cut.lost |= bytes.size() > longestRest; // the next block may have begun in them
+            keep(bytes);
             return found::noBlock;
         }
+        bytes = block;
     }
     cut.restDue = false;
     if (const std::int32_t control = controlResult(bytes[0]); control != found::nothing) {
@@ -126,7 +113,7 @@ std::int32_t takePoll(std::span<const std::uint8_t> bytes, std::int64_t now) {
     return found::noBlock;
 }
 
-// Only the lost block itself, as its number tells, makes good for it.
+// A lost block is recovered only by the block with number lastNumber + 1.
 void noteStored(SharedVariables::CutBlocks& cut) {
     const std::uint8_t number = shared.blockBuffer[1];
     cut.damaged |=
@@ -160,7 +147,11 @@ std::int32_t fncReadBlock() {
         port.setReadLimit(0);
         const Bytes bytes = port.countReceived() > 0 ? port.read() : Bytes();
         const std::int64_t now = platform::desktop().timeGetTime();
-        return bytes.empty() ? lookAtSilence(now) : takePoll(bytes, now); // bytes that wait win over a silence
+        if (bytes.empty()) {
+            return lookAtSilence(now);
+        }
+        shared.signOfLifeAt = now;
+        return takePoll(bytes);
     } catch (const std::exception&) {
         subReportError();
         shared.readFailed = true;
