@@ -137,6 +137,8 @@ void showTransfer(const Walk& walk) {
     form.prbComm.value = 0.34 * imageSize;
     walk.desktop.show(form);
     lookAt(walk, "progress", form);
+    form.lblMsg.caption = walk.inJapanese() ? "ベリファイ中..." : "Verification...";
+    lookAt(walk, "verification", form);
     unloadFrmWait();
     frmMain().enabled = true;
 }
@@ -171,6 +173,9 @@ void showLiteralBoxes(const Walk& walk) {
     lookAtDialog(walk, "box-end");
     walk.desktop.msgBox(walk.inJapanese() ? messageText::succeedJapanese : messageText::succeed,
                         boxStyle::information + (walk.inJapanese() ? boxStyle::ok : boxStyle::okCancel),
+                        messageText::title);
+    lookAtDialog(walk, "box-failed");
+    walk.desktop.msgBox(walk.inJapanese() ? messageText::failedJapanese : messageText::failed, boxStyle::information,
                         messageText::title);
 }
 
