@@ -17,16 +17,22 @@ bool hasFrames() {
     return QGuiApplication::platformName() == "xcb";
 }
 
-// Waits until the window manager has drawn the frame, and a file dialog what it found.
-void settle(int milliseconds) {
+// Waits until the frame is there, for 10 s at most, and then for the painting and for what a file dialog lists.
+void settle(const QWidget& window) {
+    const int painting = hasFrames() ? 400 : 60;
     QElapsedTimer timer;
-    for (timer.start(); timer.elapsed() < milliseconds; QThread::msleep(10)) {
+    timer.start();
+    while (hasFrames() && window.frameGeometry() == window.geometry() && timer.elapsed() < 10'000) {
+        QCoreApplication::processEvents();
+        QThread::msleep(10);
+    }
+    for (timer.start(); timer.elapsed() < painting; QThread::msleep(10)) {
         QCoreApplication::processEvents();
     }
 }
 
 QPixmap pictureOf(QWidget& window) {
-    settle(hasFrames() ? 400 : 60);
+    settle(window);
     if (!hasFrames()) {
         return window.grab();
     }
