@@ -1,4 +1,4 @@
-// Arithmetic and array access that raise a run-time failure where a plain one would be undefined or would wrap.
+// Arithmetic and array access that raise a run-time failure instead of overflowing or leaving the array.
 #pragma once
 
 #include "base/failure.h"
@@ -8,7 +8,7 @@
 #include <limits>
 #include <type_traits>
 
-// `value` in a narrower width; fails with failureNumber::overflow when it does not fit.
+// Converts `value` to a narrower type; fails with failureNumber::overflow when it does not fit.
 template <class To, class From>
 To narrow(From value) {
     static_assert(std::is_integral_v<To> && std::is_signed_v<From> && sizeof(To) <= sizeof(From));
@@ -18,7 +18,7 @@ To narrow(From value) {
     return static_cast<To>(value);
 }
 
-// Element `index` of a vector or array; fails with failureNumber::outOfRange when there is none.
+// Gives element `index` of a vector or array; fails with failureNumber::outOfRange when there is none.
 template <class Array>
 auto& at(Array& array, std::int64_t index) {
     if (index < 0 || index >= static_cast<std::int64_t>(array.size())) {

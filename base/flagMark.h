@@ -1,4 +1,4 @@
-// A flag that is up for as long as a mark lives, however the routine around it is left.
+// Sets a flag for the lifetime of the mark, also when an exception leaves the routine.
 #pragma once
 
 class FlagMark {

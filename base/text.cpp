@@ -156,7 +156,7 @@ std::string_view cutText(std::string_view text, std::size_t limit) {
         return text;
     }
     const auto continues = [](char character) { return (static_cast<unsigned char>(character) & 0xC0) == 0x80; };
-    // At most three bytes of a character follow its first one; more of them are no UTF-8 and stay.
+    // At most three bytes follow the first one of a character; a longer run is not UTF-8 and is cut at the limit.
     std::size_t end = limit;
     while (end > 0 && limit - end < 3 && continues(text[end])) {
         --end;

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-// Without the blanks at both ends. Only the character 0x20 counts as a blank.
+// Removes the blanks at both ends. Only the character 0x20 counts as a blank.
 std::string trim(std::string_view text);
 
 std::string upperCase(std::string_view text);                   // ASCII letters only
@@ -18,24 +18,24 @@ std::string replaceAll(std::string_view text, char from, char to);
 // The last `digits` upper-case hexadecimal digits of a number, padded with "0".
 std::string hexText(std::uint32_t value, std::size_t digits);
 
-// Value of one hexadecimal digit of either case; nothing for any other character.
+// Value of one hexadecimal digit, upper or lower case; nullopt for any other character.
 std::optional<std::uint8_t> hexDigit(char character);
 
-// The number that the whole text reads as, blanks at both ends allowed: sign, digits, decimal point, exponent. Fails
-// with failureNumber::overflow for a number too large for a double, as the next routine does.
+// Parses the whole text as a number, blanks at both ends allowed: sign, digits, decimal point, exponent. Gives nullopt
+// when it is no number. Fails with failureNumber::overflow for a number too large for a double, as the next routine does.
 std::optional<double> readsAsNumber(std::string_view text);
 
-// The number that the longest numeric beginning of the text reads as, 0 when there is none.
+// Parses the longest beginning of the text that is a number; 0 when there is none.
 double numericBeginning(std::string_view text);
 
 // The nearest whole number, ties to even. Fails with failureNumber::overflow outside 32 bits.
 std::int32_t roundToWhole(double number);
 
-// A number of thousandths, not negative, divided by 1000 in the format "0.000".
+// A number of thousandths, not negative, as text in the format "0.000".
 std::string thousandthsText(std::int32_t thousandths);
 
-// Text of raw bytes, one character for each byte, as UTF-8.
+// Converts raw bytes to UTF-8, one character (U+0000 to U+00FF) for each byte.
 std::string textOfBytes(std::string_view bytes);
 
-// At most `limit` bytes of a UTF-8 text, without half a character at the end.
+// The first `limit` bytes of a UTF-8 text at most; does not cut within a character.
 std::string_view cutText(std::string_view text, std::size_t limit);

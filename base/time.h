@@ -1,12 +1,12 @@
-// Moments and lengths of time.
+// Points in time and durations.
 #pragma once
 
 #include <cstdint>
 
-// Microseconds, on whatever clock their owner keeps.
+// Microseconds of the clock of the desktop in use.
 using Micros = std::int64_t;
 
-// A moment that no clock reaches, in any unit.
+// A time that is never reached, in milliseconds or microseconds.
 constexpr std::int64_t never = INT64_MAX;
 
 constexpr Micros fromMilliseconds(std::int64_t count) {

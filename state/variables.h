@@ -21,7 +21,7 @@ struct SharedVariables {
     // The device link, written by link/.
     platform::SerialPort* serialPort = nullptr; // the one serial port, from fncOpenPort to subClosePort
     Bytes replyBytes;                           // the stored bytes of the last reply
-    bool commBusy = false;                      // an exchange is running, or one that failed left this standing
+    bool commBusy = false;                      // an exchange is running, or a failed one has left this set
     std::string unitStateText;                  // the unit's state, two characters
     std::int32_t sensorCount = 0;               // sensors connected to the unit
 
@@ -30,7 +30,7 @@ struct SharedVariables {
     std::int16_t comPortNumber = 0;   // COM port number: Setting.INI's, or the operator's choice
     std::string iniFilePath;          // the INI file being read
     std::vector<std::string> iniList; // items of the comma list last split
-    bool settingPort = false;         // a press of the set button is still at work
+    bool settingPort = false;         // cmdTest_Click is running
 
     // What is connected and what is loaded, as the rows of the main window show it.
     std::int16_t targetUnit = 0;               // unit that the commands address: 1 the amplifier, 0 the interface unit
@@ -38,7 +38,7 @@ struct SharedVariables {
     std::string ifuTypeName, ifuVersionText;   // row 1, the interface unit: the same; startup/
     std::string fileTypeName, fileVersionText; // row 2, the loaded file: the same; firmware/
 
-    // Firmware. Both images have one element more than a transfer carries; it stays 0.
+    // Firmware. Both images have one element more than a transfer sends; it stays 0.
     std::string loadFilePath, saveFilePath;     // paths chosen last in the open and the save dialog
     Bytes firmwareImage = Bytes(imageSize + 1); // the loaded file, source of a write; firmware/
     bool fileLoaded = false;                    // a file of the right size is in firmwareImage; firmware/
@@ -46,30 +46,30 @@ struct SharedVariables {
     std::int32_t readBackCount = 0;             // how many; transfer/
 
     // The transfer procedures, written by transfer/.
-    std::int16_t commRetry = 0;    // try of an operation under way; from the third on, the link reports a "1234"
+    std::int16_t commRetry = 0; // number of the present try of an operation; from 3 on, the result "1234" is reported
     std::int32_t programState = 0; // state of the procedures, see transfer/programState.h
     bool stepBusy = false;         // a step function is running
-    bool waitTimedOut = false;     // the limit of the present byte wait has passed
-    bool verifying = false;        // a write goes on into its verification; the main window stays disabled
+    bool waitTimedOut = false;     // the present wait for a byte has timed out
+    bool verifying = false;        // the write is followed by a verification; the main window stays disabled
     bool readFailed = false;       // the present read was refused or lost its port
 
     // The receiver, written by transfer/.
-    Bytes blockBuffer = Bytes(1025); // bytes of the latest poll that found data of a block
+    Bytes blockBuffer = Bytes(1025); // bytes of the latest poll that found block data
     std::int16_t blockLength = 0;    // how many
     std::int64_t signOfLifeAt = 0;   // clock at the last byte received or control byte sent, milliseconds
 
-    // What the receiver knows of blocks that a poll has caught in the middle.
+    // State of blocks of which a poll has found only a part.
     struct CutBlocks {
-        bool restDue = false;        // the latest poll took a part of a block; its rest may follow
-        bool lost = false;           // such a block was not stored, and has not come again yet
-        bool damaged = false;        // the image lacks bytes for good
+        bool restDue = false;        // the latest poll took a part of a block; the rest may follow
+        bool lost = false;           // such a block was not stored and has not been repeated yet
+        bool damaged = false;        // bytes of the image are missing
         std::uint8_t lastNumber = 0; // of the block stored last
     } cutBlocks;
 
     // Texts of the selected language, written by ui/.
     std::string screenFontName;
     std::string binFileFilter; // filter of the file dialogs
-    std::string portSetupText; // what start-up says when no unit answers
+    std::string portSetupText; // shown at start-up when no unit answers
 };
 
 extern SharedVariables shared;
