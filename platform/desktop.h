@@ -1,4 +1,4 @@
-// The seam: everything that the program needs of its surroundings. Two implementations stand beneath it, the
+// The interface to the system: everything that the program needs of its surroundings. It has two implementations, the
 // real desktop (platform/qt) and the simulated one (platform/simulated). All of it runs on one thread.
 #pragma once
 
@@ -32,7 +32,7 @@ constexpr int cancel = 2;
 struct FileDialog {
     static constexpr int overwritePrompt = 2;
 
-    int flags = 0; // overwritePrompt: a save dialog asks before it gives an existing file
+    int flags = 0; // overwritePrompt: a save dialog asks before it accepts an existing file
     std::string initialDirectory;
     std::string fileName;
     std::string filter;       // pairs of description and pattern, separated and ended by "|"
@@ -46,46 +46,46 @@ class Desktop {
     Desktop& operator=(const Desktop&) = delete;
     virtual ~Desktop() = default;
 
-    // Milliseconds of a counter that never goes back and never wraps.
+    // A counter of milliseconds; it never goes back and never wraps.
     virtual std::int64_t timeGetTime() = 0;
 
-    // Date and time of the day, as 2024/04/01 09:05:00.
+    // Local date and time, as 2024/04/01 09:05:00.
     virtual std::string dateAndTime() = 0;
 
     // Blocks for that many milliseconds; no window event runs.
     virtual void sleep(int milliseconds) = 0;
 
-    // A poll's pause: returns as soon as the serial port holds received bytes, or has failed, or the clock has
-    // reached `until`. No window event runs; the screen shows the state that the forms hold.
+    // Waits until the serial port holds received bytes, has failed, or the clock has reached `until`. No window event
+    // runs; the screen shows the present state of the forms.
     virtual void waitForBytes(std::int64_t until) = 0;
 
-    // Lets the pending window events run, and returns at once when there are none.
+    // Lets the pending window events run; does not wait for more.
     virtual void doEvents() = 0;
 
     // Lets window events run, and returns as soon as something has happened: a window event, a timer's tick, a
-    // received byte, a failure of the port, or the clock has reached `until`; now and then also before.
+    // received byte, a failure of the port, or the clock has reached `until`; sometimes earlier.
     virtual void waitForEvents(std::int64_t until) = 0;
 
     // Shows a modal box and gives boxAnswer::ok or boxAnswer::cancel. The text is plain, "\r\n" is a line break.
-    // Window events run while it stands. Escape and the close box answer Cancel where there is such a button.
+    // Window events run meanwhile. Escape and the close box answer Cancel, or OK where there is no Cancel button.
     virtual int msgBox(const std::string& text, int style, const std::string& title) = 0;
 
-    // Show the dialogs for opening and saving. An open dialog does not insist on an existing file; neither adds
-    // an extension. Blanks at the ends of a name do not count, for the question whether to overwrite either.
+    // Show the dialogs for opening and saving. An open dialog accepts a file that does not exist; neither adds an
+    // extension. Blanks at the ends of a name are ignored, also for the question whether to overwrite.
     virtual void showOpen(FileDialog& dialog) = 0;
     virtual void showSave(FileDialog& dialog) = 0;
 
-    // Loads the window of a form without showing it; its timers run from here on.
+    // Loads the window of a form without showing it, and starts its timers.
     virtual void load(Form& form) = 0;
     // Shows the window of a loaded form and does not wait. Both set the form's `visible`.
     virtual void show(Form& form) = 0;
     virtual void hide(Form& form) = 0;
-    // Takes the window away and stops its timers; the form object may go afterwards.
+    // Closes the window and stops its timers; the form object may be destroyed afterwards.
     virtual void unload(Form& form) = 0;
     virtual Size screenSize() = 0;
 
-    // While it is on, the computer does not go to sleep by itself: not for want of use, not by its lid. Does without in
-    // silence where the system offers nothing of the kind. Never waits longer than 100 ms.
+    // While on, blocks idle suspend, sleep and lid suspend. Has no effect where the system offers no such lock. Never
+    // waits longer than 100 ms.
     virtual void keepAwake(bool on) = 0;
 
     virtual SerialPort& commPort() = 0;
@@ -94,7 +94,7 @@ class Desktop {
     // Directory of the program, with a separator at its end.
     virtual std::string programDirectory() = 0;
 
-    // True when another instance of the program runs; from the first call on this one counts as running.
+    // True when another instance of the program runs. The first call registers this instance.
     virtual bool previousInstance() = 0;
 
     // Stops the whole process at once: no further code of the program runs.

@@ -49,7 +49,7 @@ void DevicePort::leaveDevice() {
     }
 }
 
-// Any operation of the program on the port passes here.
+// Runs first in every operation of the program on the port.
 void DevicePort::use() {
     newsDue_ = true;
     if (!open_) {
@@ -69,7 +69,7 @@ void DevicePort::reopen() {
     }
 }
 
-// Closes the device: one that has hung up would be readable for ever.
+// Closes the device: one that has hung up always counts as readable.
 void DevicePort::lose(const std::string& cause) {
     lost_ = true;
     lostCause_ = cause;
@@ -94,9 +94,9 @@ void DevicePort::onDevice(Action action) {
     }
 }
 
-// Takes over what has come in, and gives how many bytes. What does not fit into the receive buffer is lost.
+// Moves received bytes from the device to the receive buffer and gives their number. Bytes that do not fit are lost.
 std::size_t DevicePort::fetch() {
-    std::array<std::uint8_t, 4096> bytes; // the most that a system holds for a terminal
+    std::array<std::uint8_t, 4096> bytes; // the size of the system's buffer for a terminal
     std::size_t count = 0;
     onDevice([&] { count = device_->read(bytes); });
     if (count > 0) {
@@ -116,7 +116,7 @@ void DevicePort::send() {
 }
 
 std::int16_t DevicePort::countReceived() {
-    const bool fetched = !newsDue_ && !received_.empty(); // by the wait that has told of them
+    const bool fetched = !newsDue_ && !received_.empty(); // the last wait has fetched
     use();
     if (!fetched) {
         fetch();

@@ -1,5 +1,5 @@
-// The serial port of the program, on a line device of any system. It holds the buffers and the read limit, and takes a
-// device up again that was pulled out.
+// The serial port of the program, on a line device of any system. It holds the buffers and the read limit, and reopens a
+// device that was pulled out.
 #pragma once
 
 #include "platform/lineDevice.h"
@@ -10,8 +10,8 @@
 
 namespace platform {
 
-// A device that fails is lost: the bytes that came before are still read, then each use raises portLost. From then on
-// each use first tries to open the same device again with the same settings, and stays lost in silence if it cannot.
+// A device that fails is lost: the bytes received before can still be read, then a use raises portLost. From then on each
+// use first tries to open the same device again with the same settings; if that fails, it raises portLost again.
 class DevicePort : public SerialPort {
   public:
     // The path of the device behind a COM port; empty: there is none.
@@ -32,16 +32,16 @@ class DevicePort : public SerialPort {
     Bytes read() override;
     void write(std::span<const std::uint8_t> bytes) override;
 
-    // News are received bytes or a loss. They are told once, and again after the port has been used or more bytes have
-    // come: a wait must not become a busy loop where nobody reads them.
-    // Sleeps until there is news or the clock has reached `until`; says whether there is.
+    // News are received bytes or a loss. They are reported once, and again after the port has been used or more bytes have
+    // come; otherwise a wait would be a busy loop while the program does not read.
+    // Sleeps until there are news or the clock has reached `until`; true when there are.
     bool waitForNews(Micros until);
-    // Looks at the device without waiting.
+    // Checks the device without waiting; true when there are news.
     bool takeNews();
-    // The same, and leaves the news to be told. A device that is gone is closed here.
+    // Checks the device and reports nothing; closes a device that is gone.
     void look() { fetch(); }
 
-    // Puts back what open() has changed on the device, before the process stops.
+    // Restores the device settings that open() has changed, before the process stops.
     void leaveDevice();
 
   private:
@@ -58,9 +58,9 @@ class DevicePort : public SerialPort {
 
     std::unique_ptr<LineDevice> device_;
     FindDevice findDevice_;
-    std::int16_t chosen_ = 1; // by the next open
+    std::int16_t chosen_ = 1; // for the next open
     LineSettings settings_;
-    std::int16_t number_ = 1; // of the port opened last, as the next two
+    std::int16_t number_ = 1; // of the port opened last, like the next two
     std::string path_;
     LineSettings openSettings_;
     bool open_ = false;
@@ -71,7 +71,7 @@ class DevicePort : public SerialPort {
     Bytes unsent_;
     std::size_t inputSize_ = 1024;
     std::size_t readLimit_ = 0;
-    bool newsDue_ = true; // not told since the port was used last
+    bool newsDue_ = true; // not reported since the last use of the port
 };
 
 } // namespace platform

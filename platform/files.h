@@ -8,7 +8,7 @@
 
 namespace platform {
 
-// A file opened for binary access; destroying it closes it and drops any failure of the closing.
+// A file opened for binary access; destroying it closes it and ignores failures.
 class BinaryFile {
   public:
     BinaryFile() = default;
@@ -37,10 +37,10 @@ class Files {
 
     virtual bool exists(const std::string& path) = 0;
 
-    // Length in bytes; fails for a file that does not exist or cannot be asked.
+    // Length in bytes; fails for a file that does not exist or is not accessible.
     virtual std::int64_t length(const std::string& path) = 0;
 
-    // Opens for reading, or for writing with creation of a missing file; an existing one is not shortened.
+    // Opens for reading, or for writing: then creates a missing file and does not shorten an existing one.
     virtual std::unique_ptr<BinaryFile> openBinary(const std::string& path, FileAccess access) = 0;
 
     // The whole file as bytes.

@@ -1,5 +1,5 @@
 // The screen as data: a form is a set of control objects that hold their state. The program reads and writes
-// the state; a toolkit draws it whenever window events run, and turns the operator's input into the events.
+// the state; a toolkit draws it whenever window events run, and turns the operator's input into events.
 // All places and sizes are in twips: 1/1440 inch, 15 to a pixel at 96 dpi.
 #pragma once
 
@@ -51,7 +51,7 @@ constexpr Colour rgb(std::uint8_t red, std::uint8_t green, std::uint8_t blue) {
 enum class ControlKind {
     label,
     button,
-    optionButton, // one group for each container
+    optionButton, // those of one container are a group
     checkBox,
     frame,
     dropDownList,
@@ -59,7 +59,7 @@ enum class ControlKind {
     rectangle,
     progressBar,
     picture,
-    menu, // a stored caption only; no menu is drawn
+    menu, // holds a caption; it is not drawn
 };
 
 enum class Alignment { left, centre };
@@ -67,14 +67,14 @@ enum class Alignment { left, centre };
 struct Control {
     ControlKind kind = ControlKind::label;
     std::string name = {};
-    int index = -1;                  // place in a numbered array of controls, -1 outside one
+    int index = -1;                  // index in a numbered array of controls, -1: not in an array
     std::string container = {};      // name of the frame that holds the control, empty: the form itself
     Place place = {};                // within the container
-    int tabIndex = -1;               // order of the Tab key, -1: not reached by it
-    std::string caption = {};        // what it shows; on a button, an ampersand is an ordinary character
-    std::string accessibleName = {}; // what a screen reader calls it; a label's caption follows it. Empty: the caption
-    std::vector<const Control*> described = {}; // by the captions of these controls of its form, for a screen reader
-    const Control* label = nullptr;             // drop-down list: the label of its form that names it
+    int tabIndex = -1;               // order of the Tab key, -1: not reached
+    std::string caption = {};        // on a button, an ampersand is an ordinary character
+    std::string accessibleName = {}; // name for a screen reader, followed by the caption of a label; empty: the caption
+    std::vector<const Control*> described = {}; // for a screen reader: described by the captions of these controls
+    const Control* label = nullptr;             // drop-down list: the label that names it
     Font font = {};
     Colour textColour = windowText;
     Colour backColour = buttonFace;
@@ -88,12 +88,12 @@ struct Control {
     std::vector<std::string> items = {}; // drop-down list: its entries
     int listIndex = -1;                  // drop-down list: the selected entry, -1: none
     int picture = 0;                     // picture: number of the bitmap, 0: none
-    std::function<void()> click = {};    // the operator's click, also by keyboard
+    std::function<void()> click = {};    // a click of the operator, or its equivalent by keyboard
 };
 
 // A timer on the window's event queue. It ticks every `interval` milliseconds while it is enabled and the
-// interval is above 0; also again while its own tick still runs, if that tick lets window events shared.
-// Setting either property starts the interval anew.
+// interval is above 0; also while its own tick is running, if that tick lets window events run.
+// Setting either property restarts the interval.
 class Timer {
   public:
     explicit Timer(std::string name) : name_(std::move(name)) {}
@@ -102,7 +102,7 @@ class Timer {
     bool enabled() const { return enabled_; }
     int interval() const { return interval_; }
     bool running() const { return enabled_ && interval_ > 0; }
-    // Counts the settings, so that a toolkit sees a timer that was stopped and started between two looks.
+    // Number of settings so far: shows a toolkit that a timer was stopped and started again.
     std::uint64_t settings() const { return settings_; }
 
     void setEnabled(bool enabled) {
@@ -136,12 +136,12 @@ struct Form {
     bool onTaskBar = true;
     int icon = 0;        // number of the icon, 0: none
     int backPicture = 0; // bitmap behind the controls at the top left corner, 0: none
-    bool enabled = true; // a disabled window, as a hidden one, takes no click, no key and no close request
+    bool enabled = true; // a disabled or hidden window ignores clicks, keys and close requests
     bool visible = false;
     MousePointer mousePointer = MousePointer::standard;
     std::vector<Control*> controls; // in drawing order, the first at the bottom
     std::vector<Timer*> timers;
-    std::function<void()> load;        // run once by whoever loads the form, after Desktop::load
+    std::function<void()> load;        // runs once, after Desktop::load
     std::function<void()> queryUnload; // a close request of the operator or the system; empty: ignored
 
     Form() = default;

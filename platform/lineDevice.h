@@ -1,4 +1,4 @@
-// A serial line as a system gives it. Its owner opens it before any other call, and closes it after a failure.
+// A serial line of the system. Its owner opens it before any other call, and closes it after a failure.
 #pragma once
 
 #include "base/time.h"
@@ -11,10 +11,10 @@
 
 namespace platform {
 
-// The cause of a failure, whatever the system says of a device that has been pulled out.
+// The cause of a failure when a device has been pulled out, whatever error the system reports.
 constexpr const char* deviceGone = "the device has gone away";
 
-// The description of each failure is its cause alone. A failure on an open device has the number portLost.
+// The description of a failure is the cause alone. A failure of an open device has the number portLost.
 class LineDevice {
   public:
     LineDevice() = default;
@@ -27,21 +27,21 @@ class LineDevice {
     // hardware behind it, with portHeld, portForbidden or portRefused otherwise; then it is not open.
     virtual void open(const std::string& device, const LineSettings& settings) = 0;
 
-    // Puts the driver's latency back. Never fails.
+    // Restores the driver's latency. Never fails.
     virtual void close() = 0;
 
-    // Takes what has been received, up to the size of `bytes`, and gives how many; 0 when nothing waits.
+    // Takes received bytes, up to the size of `bytes`, and gives their number; 0 when there are none.
     virtual std::size_t read(std::span<std::uint8_t> bytes) = 0;
 
-    // Hands bytes to the system, as many as it takes without waiting, and gives how many.
+    // Gives the system as many bytes as it takes without waiting; returns their number.
     virtual std::size_t write(std::span<const std::uint8_t> bytes) = 0;
 
-    // Drop what the system holds: bytes received, bytes to be sent.
+    // Discard bytes that the system holds: received ones, those to be sent.
     virtual void clearReceived() = 0;
     virtual void clearUnsent() = 0;
 
-    // Sleeps in the kernel until bytes wait, the device has failed, it takes bytes again (only with `forRoom`), or the
-    // clock (platform/clock.h) has reached `until`.
+    // Sleeps in the kernel until there are received bytes, the device has failed, it takes bytes again (only with
+    // `forRoom`), or the clock (platform/clock.h) has reached `until`.
     virtual void wait(Micros until, bool forRoom) = 0;
 };
 

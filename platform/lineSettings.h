@@ -1,4 +1,4 @@
-// How a serial line runs, and the text that says so.
+// The settings of a serial line.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ struct LineSettings {
     int stopBits = 1;  // 1 or 2
 };
 
-// Reads a text such as "38400,n,8,1". Fails with failureNumber::invalidProperty for any other.
+// Reads a text such as "38400,n,8,1". Fails with failureNumber::invalidProperty for any other text.
 LineSettings parseLineSettings(const std::string& text);
 
 } // namespace platform

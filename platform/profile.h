@@ -1,4 +1,4 @@
-// One value of an INI file, UTF-8. The program reads its two files with it, the desktop the section of devices.
+// Reads values of INI files in UTF-8. The program reads its two files with it, the desktop the section [DEVICE].
 #pragma once
 
 #include "platform/files.h"
@@ -6,16 +6,16 @@
 #include <string>
 #include <string_view>
 
-// The most bytes of a value that are given.
+// Longer values are cut to this number of bytes.
 constexpr std::size_t profileValueLimit = 126;
 
 // The value of `key` in `section` of the INI text, empty when there is none. Section and key are matched without
-// regard to case (ASCII); blanks and tabs around section, key and value do not count; lines end with LF or CRLF;
+// regard to case (ASCII); blanks and tabs around section, key and value are ignored; lines end with LF or CRLF;
 // a byte-order mark is skipped; lines without an equals sign or a key ahead of it are skipped; quotes are ordinary
-// characters; the first of two equal keys wins. At most profileValueLimit bytes are given, never half a character.
+// characters; the first of two equal keys is used. A value is cut at profileValueLimit bytes, never within a character.
 std::string profileValue(std::string_view text, std::string_view section, std::string_view key);
 
-// A value as the program takes it: ahead of the first apostrophe, tabs as blanks, without blanks at both ends.
+// A value without its comment, which begins at the first apostrophe; tabs become blanks, blanks at both ends go.
 std::string cleanedValue(std::string_view value);
 
 // profileValue of a file; empty when the file is missing or cannot be read.

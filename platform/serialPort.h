@@ -1,5 +1,5 @@
-// What the program needs of a serial port. Every operation reports trouble by raising a Failure that names the
-// device and the cause; use of a port that is not open is such a failure.
+// What the program needs of a serial port. Every operation may raise a Failure that names the device and the cause; use
+// of a port that is not open is such a failure.
 #pragma once
 
 #include "base/bytes.h"
@@ -17,13 +17,13 @@ class SerialPort {
     SerialPort& operator=(const SerialPort&) = delete;
     virtual ~SerialPort() = default;
 
-    // Says which COM port the next open takes: a number, 1 upward.
+    // Chooses the COM port for the next open: a number from 1 on.
     virtual void choosePort(std::int16_t number) = 0;
 
-    // True while this object holds the port, also when its device has gone away: until close().
+    // True from open() to close(), also when the device is gone.
     virtual bool isOpen() const = 0;
 
-    // Takes speed, parity, data bits and stop bits from a text of the form 38400,n,8,1, for the next open.
+    // Sets speed, parity, data bits and stop bits for the next open: a text of the form 38400,n,8,1.
     virtual void setSettings(const std::string& settings) = 0;
 
     // Opens the chosen port. Fails with failureNumber::portMissing for a port that does not exist or has no
@@ -35,16 +35,16 @@ class SerialPort {
     // Sizes of the receive and the transmit queue in bytes.
     virtual void setBufferSizes(int input, int output) = 0;
 
-    // Number of received bytes waiting to be read, at once, without blocking.
+    // Number of received bytes waiting to be read. Never blocks.
     virtual std::int16_t countReceived() = 0;
 
-    // Drops all received bytes waiting, also those that the system still holds.
+    // Discards all received bytes, also those that the system still holds.
     virtual void clearReceived() = 0;
 
-    // Drops all bytes not yet transmitted.
+    // Discards all bytes not yet transmitted.
     virtual void clearUnsent() = 0;
 
-    // The most bytes that one read takes; 0: all that are waiting. Keeps its value over close and open.
+    // Maximum number of bytes that one read takes; 0: all that are waiting. Stays set over close and open.
     virtual void setReadLimit(int bytes) = 0;
 
     // Takes the bytes waiting, up to the read limit, in order of arrival. Never blocks.

@@ -1,5 +1,5 @@
-// What the system gives beside the windows. platform/posix and platform/windows each define all of it; the build takes
-// the folder of its target.
+// The services of the system beside the windows. platform/posix and platform/windows each define all of them; the build
+// takes the folder of its target.
 #pragma once
 
 #include "platform/files.h"
@@ -17,11 +17,11 @@ std::string usualDevice(int number);
 
 std::unique_ptr<Files> makeFiles();
 
-// Takes a lock for the user that ends with the process, however it ends. False when another process holds it.
+// Takes a lock for the user; it ends with the process, however that ends. False when another process holds it.
 bool becomeOnlyInstance();
 
-// Keeps the computer from going to sleep by itself, or no longer; ends with the process too. Does not wait, asks nobody,
-// and does without where the system offers nothing of the kind.
+// Blocks or allows idle suspend, sleep and lid suspend; the lock also ends with the process. Does not wait, never asks
+// for a password, and has no effect where the system offers no such lock.
 void keepAwake(bool on);
 
 // Ends the process at once; no exit handler runs.

@@ -18,7 +18,7 @@ Micros firstTick(const Timer& timer, Micros now) {
 
 void WindowTimers::add(Form& form) {
     for (Timer* timer : form.timers) {
-        const std::uint64_t neverSeen = ~timer->settings(); // so that the next look takes it up
+        const std::uint64_t neverSeen = ~timer->settings(); // so that the next look() starts it
         running_.push_back({&form, timer, neverSeen, never});
     }
 }

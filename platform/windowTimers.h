@@ -1,4 +1,4 @@
-// The timers of the loaded forms, for a desktop that tells them the time.
+// The timers of the loaded forms. The desktop passes the time.
 #pragma once
 
 #include "base/time.h"
@@ -13,14 +13,13 @@ class WindowTimers {
     void add(Form& form);
     void remove(const Form& form);
 
-    // Takes up what the program has set since the last call. To be called before time passes.
+    // Reads the settings of all timers. Call it before the clock moves.
     void look(Micros now);
 
-    // The moment of the next tick, never without one.
+    // Time of the next tick; `never` when no timer runs.
     Micros next() const;
 
-    // The timer whose tick is due first. Its next tick is set before this one runs; ticks that were missed
-    // meanwhile are left out.
+    // The timer whose tick is due first. Its next tick is scheduled at once; missed ticks are skipped.
     Timer& take(Micros now);
 
   private:
