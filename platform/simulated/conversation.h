@@ -1,4 +1,4 @@
-// What the simulated desktop keeps of its boxes, file dialogs and windows.
+// The simulated desktop's records of boxes, file dialogs and window changes.
 #pragma once
 
 #include "platform/desktop.h"
@@ -14,7 +14,7 @@ struct Box {
     int style = 0;
     std::string title;
     Micros at = 0;
-    int answer = 0; // 0 while it stands
+    int answer = 0; // 0 while it is open
 
     bool hasCancel() const { return (style & boxStyle::okCancel) != 0; }
 };
@@ -23,7 +23,7 @@ struct AskedFile {
     FileDialog dialog; // as the program set it
     bool save = false;
     Micros at = 0;
-    std::optional<std::string> path = std::nullopt; // what the operator gave; nothing: cancelled
+    std::optional<std::string> path = std::nullopt; // the operator's choice; nullopt: cancelled
     bool askedToOverwrite = false;
 };
 

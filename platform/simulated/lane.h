@@ -1,4 +1,4 @@
-// One direction of a simulated line: bytes under way, in order.
+// One direction of a simulated line: the bytes in transit, in order.
 #pragma once
 
 #include "base/bytes.h"
@@ -8,13 +8,13 @@
 
 namespace platform {
 
-// How bytes travel.
+// Timing of a line.
 struct LinePace {
     int bitsPerSecond = 38400; // 10 bits for each byte; 0: no time passes
-    bool wholeWrites = false;  // the tool gets what was sent at once with its last byte, not byte by byte
-    Micros latency = 1000;     // the tool's adapter hands bytes over at multiples of this; 0: at once
+    bool wholeWrites = false;  // the tool receives a write as a whole, not byte by byte
+    Micros latency = 1000;     // the tool's adapter delivers bytes at multiples of this time; 0: at once
 
-    // The time that so many bytes take.
+    // Time on the line of a number of bytes.
     Micros duration(std::size_t bytes) const;
 };
 
@@ -24,20 +24,20 @@ class Lane {
   public:
     explicit Lane(const LinePace& pace) : pace_(pace) {}
 
-    // Sends bytes from a moment on, or after those before them where that is later.
+    // Sends bytes, beginning at `at` or after the bytes before them, whichever is later.
     void send(Bytes bytes, Micros at);
 
-    // The moment at which the first of the writes under way is across, never without one.
+    // Time at which the oldest write in transit has arrived as a whole; `never` without one.
     Micros writeEnd() const;
-    // Takes that write off the line.
+    // Removes that write from the line and gives its bytes.
     Bytes takeWrite();
 
-    // The moment of the next byte's arrival as the adapter hands it over, never without one.
+    // Time at which the adapter delivers the next byte; `never` without one.
     Micros nextArrival() const;
-    // Moves what has arrived by `now` to the end of `received`; true when there was something.
+    // Appends the bytes that have arrived by `now` to `received`; true when there are any.
     bool takeArrived(Micros now, Bytes& received);
 
-    // Drops all that has not left by `now`; a byte on its way counts as gone.
+    // Discards the bytes whose transmission has not begun by `now`.
     void dropUnsent(Micros now);
     void clear();
 

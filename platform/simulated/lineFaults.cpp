@@ -8,7 +8,7 @@ namespace platform {
 
 namespace {
 
-// A byte that the other side may take for an answer, or any.
+// Mostly a control byte, which the other side may take for an answer; else any byte.
 std::uint8_t strayByte(Random& random) {
     using namespace simulator;
     constexpr std::array<std::uint8_t, 8> controls{soh, stx, etx, eot, ack, nak, can, crcStart};

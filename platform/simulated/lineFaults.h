@@ -1,4 +1,4 @@
-// What a simulated line does to the bytes of one direction besides carrying them.
+// Faults of one direction of a simulated line.
 #pragma once
 
 #include "base/bytes.h"
@@ -11,41 +11,40 @@
 
 namespace platform {
 
-// Which of the writes of a direction count.
+// The writes that a fault applies to.
 enum class Writes {
     any,
-    frames,   // to the unit: the parts of a command; from it: what begins with STX
+    frames,   // to the unit: the parts of a command; from it: writes that begin with STX
     transfer, // all others: blocks and control bytes
 };
 
 struct LineFault {
     enum class Kind {
-        lose,    // a byte
-        flip,    // a bit of a byte
-        twice,   // a byte comes twice
-        insert,  // `bytes`, or without any a control byte or another one
+        lose,    // one byte is lost
+        flip,    // one bit is inverted
+        twice,   // one byte arrives twice
+        insert,  // `bytes` are inserted; if that is empty, a random byte
         cut,     // the rest of the write is lost
         drop,    // the write is lost
-        repeat,  // the write comes twice
-        replace, // by `bytes`
-        delay,   // by `time`; what is sent later stays behind it
+        repeat,  // the write arrives twice
+        replace, // `bytes` arrive instead
+        delay,   // the write and those after it arrive later by `time`
     };
     Kind kind = Kind::lose;
     Writes writes = Writes::any;
-    std::int64_t first = 1; // of those writes, from when the fault is set on, and the last
+    std::int64_t first = 1; // first and last write that it applies to, counted from when the fault is set
     std::int64_t last = std::numeric_limits<std::int64_t>::max();
-    int perMille = 1000;                             // of the writes in between
-    std::optional<std::size_t> place = std::nullopt; // in the write, at most its length; without one it is drawn
+    int perMille = 1000;                             // share of these writes
+    std::optional<std::size_t> place = std::nullopt; // index in the write, at most its length; nullopt: random
     Bytes bytes = {};
     Micros time = 0;
 
-    // Kept by the line.
+    // Counted by the line.
     std::int64_t seen = 0;
     std::int64_t struck = 0;
 };
 
-// Applies the faults to a write of a kind that goes onto the line at a moment. What a fault leaves of it meets the next
-// one.
+// Applies the faults, one after the other, to a write that begins at `at`.
 void strike(std::vector<LineFault>& faults, Writes kind, Random& random, Bytes& bytes, Micros& at);
 
 } // namespace platform

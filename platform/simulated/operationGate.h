@@ -1,4 +1,4 @@
-// Where the operations of the simulated port and disk are counted and made to fail.
+// Counts the operations of the simulated port or disk and makes them fail.
 #pragma once
 
 #include "base/failure.h"
@@ -33,15 +33,15 @@ enum class Operation {
 };
 constexpr std::size_t operationCount = static_cast<std::size_t>(Operation::appendLine) + 1;
 
-// An operation about to be carried out. Both counts begin at 1.
+// An operation that is about to run. Both counts begin at 1.
 struct OperationCall {
     Operation operation;
-    std::int64_t occurrence; // among those of its kind
-    std::int64_t number;     // among all that passed the same gate
+    std::int64_t occurrence; // count of this operation
+    std::int64_t number;     // count of all operations of the gate
     Micros at;
 };
 
-// Called before an operation has any effect; a Failure that it throws is the operation's own.
+// Called before an operation has any effect. A Failure that it throws becomes the failure of the operation.
 using OperationHook = std::function<void(const OperationCall&)>;
 
 class OperationGate {
@@ -53,7 +53,7 @@ class OperationGate {
     void add(OperationHook hook) { hooks_.push_back(std::move(hook)); }
     void removeHooks() { hooks_.clear(); }
 
-    // All operations so far, those of a kind, and those that a hook has made fail.
+    // Number of all operations so far, of one operation, and of those that a hook has made fail.
     std::int64_t passed() const { return passed_; }
     std::int64_t passed(Operation operation) const { return counts_[static_cast<std::size_t>(operation)]; }
     std::int64_t failed() const { return failed_; }
@@ -68,7 +68,7 @@ class OperationGate {
 
 enum class Lasting { once, forGood };
 
-// The usual faults: the nth operation of a kind, or the nth of all, fails, and with forGood all after it.
+// The nth call of one operation, or the nth of all, fails; with forGood all later ones fail too.
 OperationHook failNth(Operation operation, std::int64_t n, Lasting lasting, const Failure& failure);
 OperationHook failNthOfAll(std::int64_t n, Lasting lasting, const Failure& failure);
 

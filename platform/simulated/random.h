@@ -8,7 +8,7 @@
 
 namespace platform {
 
-// Chance from a seed. The language's standard fixes the engine's sequence, so a seed gives the same draws everywhere.
+// Random numbers from a seed. The C++ standard defines the engine's sequence, so a seed gives the same numbers everywhere.
 class Random {
   public:
     explicit Random(std::uint64_t seed = 0) : engine_(seed) {}
@@ -20,8 +20,7 @@ class Random {
     std::int64_t between(std::int64_t least, std::int64_t most) { return least + below(most - least + 1); }
     bool chance(int perMille) { return below(1000) < perMille; }
 
-    // Each length in binary digits is as likely as another, so small numbers come up as well as large ones. `least` is 1
-    // or more.
+    // All lengths in binary digits are equally likely, so small numbers are as frequent as large ones. `least` is 1 or more.
     std::int64_t spread(std::int64_t least, std::int64_t most) {
         const std::int64_t digits = between(width(least), width(most));
         const std::int64_t first = std::int64_t{1} << (digits - 1);

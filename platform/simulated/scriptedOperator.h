@@ -1,4 +1,4 @@
-// The operator of a simulated desktop: does what a person in front of the windows could do, and nothing else.
+// The operator of a simulated desktop. It can do only what a person in front of the windows could do.
 #pragma once
 
 #include "platform/simulated/simulatedDesktop.h"
@@ -9,7 +9,7 @@
 
 namespace platform {
 
-// One thing done to a window.
+// One action of the operator on a window.
 struct Deed {
     enum class Kind {
         click,  // a button, an option button, a check box
@@ -19,7 +19,7 @@ struct Deed {
     Kind kind = Kind::click;
     std::string form;
     std::string control = {};
-    int index = -1; // of a numbered control
+    int index = -1; // of a control in an array
     int entry = -1; // of the list
 
     bool operator==(const Deed&) const = default;
@@ -32,7 +32,7 @@ Deed closing(std::string form);
 struct DoneDeed {
     Deed deed;
     Micros at = 0;
-    std::string refused; // why it had no effect; empty when it had
+    std::string refused; // reason why it had no effect; empty when it had one
 };
 
 class ScriptedOperator {
@@ -41,13 +41,13 @@ class ScriptedOperator {
     ScriptedOperator(const ScriptedOperator&) = delete;
     ScriptedOperator& operator=(const ScriptedOperator&) = delete;
 
-    // Does it now, as part of the event that runs. False when no person could do it at this moment.
+    // Does it now, as part of the running event. False when a person could not do it now.
     bool perform(const Deed& deed);
 
-    // Why a deed would have no effect at this moment; empty when it would have one.
+    // Reason why a deed would have no effect now; empty when it would have one.
     std::string_view refusal(const Deed& deed) const;
 
-    // All that a person could do at this moment, in the order of the forms and their controls.
+    // All deeds that a person could do now, in the order of the forms and their controls.
     std::vector<Deed> possible() const;
 
     const std::vector<DoneDeed>& done() const { return done_; }

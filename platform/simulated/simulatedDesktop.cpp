@@ -16,7 +16,7 @@ namespace {
 constexpr int deepestNesting = 50;
 constexpr auto startDate = std::chrono::sys_days{std::chrono::year{2024} / 4 / 1};
 
-// Counts one up as long as it lives.
+// Adds one to a count for its lifetime.
 class Counted {
   public:
     explicit Counted(int& count) : count_(count) { ++count_; }
@@ -234,7 +234,7 @@ Form* SimulatedDesktop::form(std::string_view name) const {
     return at == forms_.end() ? nullptr : *at;
 }
 
-// Notes what the program does with a form that it must have loaded.
+// Notes a change of a form, which must be loaded.
 void SimulatedDesktop::require(Form& form, FormChange change) {
     enter();
     if (std::ranges::find(forms_, &form) == forms_.end()) {

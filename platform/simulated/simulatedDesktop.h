@@ -1,4 +1,4 @@
-// A desktop on a virtual clock: one thread, no window, the same run for the same script.
+// A desktop on a virtual clock: one thread, no real windows; the same script gives the same run.
 #pragma once
 
 #include "platform/desktop.h"
@@ -30,42 +30,42 @@ class SimulatedDesktop : public Desktop {
     SimulatedDesktop(VirtualClock& clock, SimulatedPort& port, SimulatedFiles& files)
         : clock_(clock), port_(port), files_(files) {}
 
-    // Runs a first event and then all that follow, until one of the ends.
+    // Runs a first event and then all later ones, until one of the ends above.
     RunEnd run(const Handler& entry);
-    // Goes on with the events that follow.
+    // Continues with the later events.
     RunEnd carryOn() { return run({}); }
     const std::string& stuckReason() const { return stuckReason_; }
     bool ended() const { return ended_; }
 
-    // A window event of the operator or the tests at a moment.
+    // Adds a window event of the operator or of a test.
     void schedule(Micros moment, Handler handler);
 
-    // The operator's part in boxes and file dialogs. A box is answered, and a file given, `reactionTime` after it
-    // came up; window events run meanwhile. Without an answer of their own: OK, a cancelled dialog, yes.
+    // The operator's answers to boxes and file dialogs, given `reactionTime` after they open; window events run
+    // meanwhile. Without a function: OK for a box, Cancel for a dialog, overwriting confirmed.
     Micros reactionTime = fromSeconds(1);
     std::function<int(const Box&)> answerBox;
     std::function<std::optional<std::string>(const AskedFile&)> chooseFile;
     std::function<bool(const AskedFile&)> confirmOverwrite;
-    // Called as soon as a box stands.
+    // Called when a box has opened.
     std::function<void(const Box&)> boxStands;
 
-    // For those who watch. The first is called when the program has loaded a form and before it does anything else with
-    // one, the second after every window event that ran inside no other.
+    // For observers. The first is called after a load and before any other change of a form, the second after each window
+    // event that is not nested in another.
     std::function<void(Form&, FormChange)> formChanges;
     std::function<void()> eventRan;
 
-    // What has happened so far.
+    // Records of the run so far.
     const std::deque<Box>& boxes() const { return boxes_; }
     const std::deque<AskedFile>& askedFiles() const { return askedFiles_; }
-    // Failures that left an event's handler, and uses of the desktop that no real one would bear.
+    // Failures that left an event's handler, and invalid uses of the desktop.
     const std::vector<std::string>& violations() const { return violations_; }
     bool modalStands() const { return modalDepth_ > 0; }
     bool keptAwake() const { return keptAwake_; }
-    // A loaded form, nullptr without one of the name.
+    // The loaded form of that name, or nullptr.
     Form* form(std::string_view name) const;
     const std::vector<Form*>& forms() const { return forms_; }
 
-    // What the desktop is.
+    // Properties of the machine.
     Size screen{1920 * 15, 1080 * 15};
     std::string directory = "/tarnbeacon/";
     bool otherInstance = false;
@@ -92,7 +92,7 @@ class SimulatedDesktop : public Desktop {
     [[noreturn]] void endProgram() override;
 
   private:
-    void enter(); // at the head of each operation that takes the program out of its own code
+    void enter(); // first in each operation that the program calls
     void runEvent(const Handler& handler);
     Micros nextEvent();
     bool runDueEvent();

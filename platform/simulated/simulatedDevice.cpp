@@ -8,7 +8,7 @@ namespace platform {
 
 namespace {
 
-// What the unit at the other end understands.
+// The settings of the unit's own port.
 bool fits(const LineSettings& settings) {
     return settings.speed == 38400 && settings.parity == 'n' && settings.dataBits == 8 && settings.stopBits == 1;
 }
@@ -44,7 +44,7 @@ void SimulatedDevice::open(const std::string& device, const LineSettings& settin
     present_ = &found->second;
     openedAt_ = now;
     advance();
-    received_.clear(); // what came while the port was closed has gone nowhere
+    received_.clear(); // bytes that came while the port was closed are lost
 }
 
 void SimulatedDevice::close() {

@@ -1,4 +1,4 @@
-// The serial lines of the simulated desktop, as a system would give them.
+// The serial lines of the simulated desktop.
 #pragma once
 
 #include "platform/lineDevice.h"
@@ -8,13 +8,13 @@
 
 namespace platform {
 
-// A COM port of the machine. A number without one is missing.
+// A COM port of the machine. A port number without a socket does not exist.
 struct Socket {
     enum class State { free, held, forbidden, refusesSettings, broken };
     State state = State::free;
-    SimulatedLine* line = nullptr; // nothing is connected without one
-    Micros pulledAt = never;       // the adapter goes away at this moment
-    Micros backAt = never;         // and is there again from this one on, for a new open
+    SimulatedLine* line = nullptr; // nullptr: nothing is connected
+    Micros pulledAt = never;       // the adapter is pulled out at this time
+    Micros backAt = never;         // and can be opened again from this time on
 };
 
 class SimulatedDevice : public LineDevice {
@@ -34,9 +34,9 @@ class SimulatedDevice : public LineDevice {
     void clearUnsent() override;
     void wait(Micros /*until*/, bool /*forRoom*/) override {} // the desktop moves the clock
 
-    // Does all on the line that is due.
+    // Runs everything on the line that is due.
     void advance();
-    // The next moment at which something happens on the line or to the device, never without one.
+    // Time of the next event of line or device; `never` without one.
     Micros next() const;
 
   private:

@@ -1,4 +1,4 @@
-// The disk of the simulated desktop, in memory. Paths are compared as they stand; a folder is where a file lies in it.
+// The disk of the simulated desktop, in memory. Paths are compared as exact texts; a folder exists if a file is in it.
 #pragma once
 
 #include "platform/files.h"
@@ -14,7 +14,7 @@ struct SimulatedFile {
     std::string content;
     bool readOnly = false;
     bool unreadable = false;
-    std::optional<std::size_t> readable = std::nullopt; // a read beyond so many bytes fails
+    std::optional<std::size_t> readable = std::nullopt; // a read beyond this offset fails
 };
 
 class SimulatedFiles : public Files {
@@ -22,10 +22,10 @@ class SimulatedFiles : public Files {
     explicit SimulatedFiles(const VirtualClock& clock) : operations_(clock) {}
 
     void put(const std::string& path, std::string_view content);
-    void remove(const std::string& path) { files_.erase(path); } // an open one can still be used
+    void remove(const std::string& path) { files_.erase(path); } // an open file stays usable
     SimulatedFile* find(const std::string& path);
 
-    // The room left on the disk in bytes; nothing: no end of it. A write that does not fit stores what does.
+    // Free space in bytes; nullopt: unlimited. A write that does not fit stores the part that fits, and fails.
     void setRoom(std::optional<std::size_t> bytes) { room_ = bytes; }
     OperationGate& operations() { return operations_; }
 

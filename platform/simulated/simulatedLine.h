@@ -1,4 +1,4 @@
-// The line between the tool's port and a simulated unit, with the places where faults go in.
+// The line between the tool's port and a simulated unit, with hooks and faults.
 #pragma once
 
 #include "platform/simulated/lane.h"
@@ -13,8 +13,8 @@
 
 namespace platform {
 
-// Bytes at one end of the line. A hook may change them, take all of them away, add to them, and move `at` to a later
-// moment; what was sent after them stays after them.
+// A write at one end of the line. A hook may change, remove or add bytes, and move `at` to a later time; later writes stay
+// after it.
 struct Passage {
     Direction direction;
     Micros at = 0;
@@ -25,37 +25,37 @@ using PassageHook = std::function<void(Passage&)>;
 
 class SimulatedLine {
   public:
-    // Without a unit, what is written goes nowhere; a hook can then play the other side with `put`.
+    // Without a unit, written bytes are lost; a hook can answer with `put`.
     explicit SimulatedLine(simulator::Unit* unit, LinePace pace = {}) : unit_(unit), pace_(pace) {}
     SimulatedLine(const SimulatedLine&) = delete;
     SimulatedLine& operator=(const SimulatedLine&) = delete;
 
-    // Hooks see every write of either side before it goes onto the line, in the order in which they were added.
+    // Hooks are called for every write of either side before it is sent, in the order in which they were added.
     void addHook(PassageHook hook) { hooks_.push_back(std::move(hook)); }
     void removeHooks() { hooks_.clear(); }
 
-    // Faults of a direction. They strike what the hooks leave; the record has both.
+    // Faults of a direction. They apply after the hooks; the record has the write before and after.
     std::vector<LineFault>& faults(Direction direction) { return faults_[static_cast<std::size_t>(direction)]; }
-    // All that the faults draw follows from the seed.
+    // Seed of the random choices of the faults.
     void setSeed(std::uint64_t seed) { random_ = Random(seed); }
 
-    // Puts bytes onto the line that neither side has sent. Hooks and faults do not see them.
+    // Puts bytes onto the line that neither side has sent. Hooks and faults do not apply.
     void put(Direction direction, Bytes bytes, Micros at);
 
-    // Lets something happen at a moment, whatever the program does then: a restart of the unit, a flood of noise.
+    // Schedules something that does not depend on the program: a restart of the unit, a burst of noise.
     void at(Micros moment, std::function<void()> happening) { happenings_.emplace(moment, std::move(happening)); }
 
     WireRecord& record() { return record_; }
     void setPace(LinePace pace) { pace_ = pace; }
 
-    // The port's side.
+    // Used by the port.
     void write(std::span<const std::uint8_t> bytes, Micros now);
     void dropUnsent(Micros now) { toUnit_.dropUnsent(now); }
     void dropAll();
-    // Does all that happens on the line up to `now` and moves the bytes that reach the tool to the end of `received`.
-    // True when anything happened.
+    // Runs everything on the line up to `now` and appends the bytes that reach the tool to `received`. True when anything
+    // happened.
     bool advance(Micros now, Bytes& received);
-    // The next moment at which `advance` has something to do.
+    // Time at which `advance` has something to do next; `never` without one.
     Micros next() const;
 
   private:
@@ -72,8 +72,8 @@ class SimulatedLine {
     std::vector<PassageHook> hooks_;
     std::array<std::vector<LineFault>, 2> faults_;
     Random random_;
-    int frameParts_ = 0; // that the tool has yet to write
-    Micros frameAt_ = 0; // when it began to
+    int frameParts_ = 0; // parts of the present frame that the tool has not written yet
+    Micros frameAt_ = 0; // time of its first part
     std::multimap<Micros, std::function<void()>> happenings_;
     WireRecord record_;
 };

@@ -1,5 +1,4 @@
-// The serial port of the simulated desktop: that of every desktop on simulated devices, with a gate ahead of each
-// operation.
+// The serial port of the simulated desktop: a DevicePort on simulated devices, with a gate before each operation.
 #pragma once
 
 #include "platform/devicePort.h"
@@ -12,11 +11,11 @@ class SimulatedPort : public DevicePort {
   public:
     explicit SimulatedPort(VirtualClock& clock) : SimulatedPort(clock, new SimulatedDevice(clock)) {}
 
-    Socket& socket(int number) { return device_.sockets()[SimulatedDevice::path(number)]; } // makes a missing one
+    Socket& socket(int number) { return device_.sockets()[SimulatedDevice::path(number)]; } // creates a missing one
     void removeSocket(int number) { device_.sockets().erase(SimulatedDevice::path(number)); }
     OperationGate& operations() { return operations_; }
 
-    // Called with what each read of the program takes, for those who watch.
+    // For observers: called with the bytes of each read of the program.
     std::function<void(std::span<const std::uint8_t>)> bytesTaken;
 
     void choosePort(std::int16_t number) override;
@@ -31,14 +30,13 @@ class SimulatedPort : public DevicePort {
     Bytes read() override;
     void write(std::span<const std::uint8_t> bytes) override;
 
-    // The desktop's side.
-    // Does all on the line that is due.
+    // Used by the desktop. Runs everything on the line that is due.
     void advance() { device_.advance(); }
-    // The next moment at which something happens on the line, never without one.
+    // Time of the next event on the line; `never` without one.
     Micros next() const { return device_.next(); }
 
   private:
-    SimulatedPort(VirtualClock& clock, SimulatedDevice* device); // takes the device over
+    SimulatedPort(VirtualClock& clock, SimulatedDevice* device); // takes ownership of the device
     void pass(Operation operation);
 
     VirtualClock& clock_;

@@ -7,12 +7,11 @@
 
 namespace platform {
 
-// Thrown by the simulated endProgram(). No std::exception, so that no handler of the program stops it.
+// Thrown by the simulated endProgram(). Not a std::exception, so that no handler of the program catches it.
 struct ProgramEnd {};
 
-// Thrown when the program can never go on by itself: it waits for what nothing will bring, goes round without end at
-// one moment, or runs longer than any use of it does. No std::exception, so that no handler of the
-// program takes it for one of its own failures.
+// Thrown when the program hangs: it waits for something that cannot happen, loops without waiting, or runs longer than the
+// limit. Not a std::exception, so that no handler of the program catches it.
 struct Stuck {
     std::string why;
 };
@@ -21,13 +20,13 @@ class VirtualClock {
   public:
     Micros now() const { return now_; }
 
-    // Moves to a later moment; one that has passed changes nothing. Throws Stuck beyond the limit.
+    // Moves the clock forward; an earlier time changes nothing. Throws Stuck beyond the limit.
     void advanceTo(Micros moment);
 
-    // Notes a look of the program at its surroundings. Throws Stuck after too many of them at one moment.
+    // Counts a call of the program that waits or reads the clock. Throws Stuck after too many of them without progress.
     void noteLook();
 
-    // Notes that something happened at this moment, so that the looks at it count anew.
+    // Something happened without a move of the clock: counts from 0 again.
     void noteProgress() { looks_ = 0; }
 
     void setLimit(Micros limit) { limit_ = limit; }

@@ -1,4 +1,4 @@
-// What went over a simulated line.
+// Record of the bytes on a simulated line.
 #pragma once
 
 #include "base/bytes.h"
@@ -13,13 +13,13 @@ namespace platform {
 enum class Direction { toUnit, fromUnit };
 
 struct WireEntry {
-    Micros at = 0; // the moment of the write
+    Micros at = 0; // time of the write
     Direction direction = Direction::toUnit;
-    bool altered = false; // what a fault made of the entry before, or put onto the line by itself
+    bool altered = false; // the result of a fault on the entry before, or bytes that a fault has inserted
     Bytes bytes;
 };
 
-// Bytes for reading, in short where they are many: control characters by name, printable text in quotes.
+// Bytes as readable text, shortened when there are many: control characters by name, printable text in quotes.
 std::string wireText(std::span<const std::uint8_t> bytes);
 
 class WireRecord {
@@ -35,7 +35,7 @@ class WireRecord {
     // All bytes that one side has sent, one write after the other.
     Bytes sent(Direction direction) const;
 
-    // For reading: a line for each entry, time in seconds; the writes of one side at one moment stand on one line.
+    // Readable text, times in seconds: a line for each entry; writes of one side at the same time share a line.
     std::string text() const;
 
   private:

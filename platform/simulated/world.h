@@ -1,4 +1,4 @@
-// A whole simulated setting for one run of the program: desktop, operator, line, unit, and the files of a usual day.
+// Everything that one simulated run of the program needs: desktop, operator, line, unit and the usual files.
 #pragma once
 
 #include "platform/simulated/scriptedOperator.h"
@@ -15,7 +15,7 @@ struct WorldOptions {
     simulator::SampleImage image = {};
 };
 
-// Becomes the desktop of the program as long as it lives. An open dialog gives the sample firmware, a save dialog
+// It is the program's desktop for its lifetime. An open dialog gives the sample firmware, a save dialog
 // `savedPath`. Models: the amplifier is a QT-MVR, as the sample firmware is; the interface unit a QT-KP42.
 struct World {
     static constexpr const char* firmwarePath = "/firmware/sample.bin";
@@ -26,7 +26,7 @@ struct World {
     World& operator=(const World&) = delete;
     ~World();
 
-    // The supply of the unit fails at a moment and comes back later; what it was about goes, its images stay.
+    // Switches the unit off and on again; it loses the state of a transfer and keeps its images.
     void restartUnit(Micros off, Micros on);
 
     VirtualClock clock;
