@@ -1,4 +1,4 @@
-// The disk, by the calls of the system.
+// The disk, by system calls.
 #include "base/failure.h"
 #include "platform/system.h"
 
@@ -28,7 +28,7 @@ int numberOf(int systemError) {
     throw Failure(numberOf(systemError), path + ": " + std::generic_category().message(systemError));
 }
 
-// Asks for the file's state; a directory is refused as no file.
+// Gives the status of a file; fails for a directory.
 struct stat statusOf(const std::string& path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) < 0) {
@@ -43,7 +43,7 @@ struct stat statusOf(const std::string& path) {
 class DiskFile : public BinaryFile {
   public:
     DiskFile(std::string path, int flags) : path_(std::move(path)) {
-        constexpr mode_t newFileMode = 0666; // less what the user's mask takes
+        constexpr mode_t newFileMode = 0666; // reduced by the user's umask
         descriptor_ = ::open(path_.c_str(), flags | O_CLOEXEC, newFileMode);
         if (descriptor_ < 0) {
             raise(path_, errno);
@@ -94,8 +94,7 @@ class DiskFile : public BinaryFile {
     void close() override {
         const int descriptor = descriptor_;
         descriptor_ = -1;
-        // Some file systems find out only here that there is no room. What cannot be synchronized, a pipe or a
-        // terminal, says EINVAL.
+        // Some file systems report a full disk only here. Pipes and terminals cannot be synchronized: EINVAL.
         const bool late = writes_ && ::fsync(descriptor) < 0 && errno != EINVAL;
         const int lateError = errno;
         if (::close(descriptor) < 0 || late) {

@@ -1,4 +1,4 @@
-// What concerns the process as a whole: the lock of the one instance, the lock against sleep, the end.
+// The instance lock, the lock against sleep, and the end of the process.
 #include "base/version.h"
 #include "platform/system.h"
 
@@ -21,9 +21,9 @@ std::string instanceLockPath() {
                : "/tmp/" + std::string(program::name) + '-' + std::to_string(::getuid()) + ".lock";
 }
 
-// systemd-inhibit holds its lock for as long as its command runs, and "cat" runs until its input ends: when the write
-// end of the pipe is closed, at the end of this process at the latest. A session that is not at the machine itself
-// gets the second lock at most. Without a terminal nothing can ask for a password.
+// systemd-inhibit holds its lock while its command runs, and "cat" runs until its input ends: until the write end of the
+// pipe is closed, at the latest at the end of this process. A remote session gets only the second lock. The child has no
+// terminal, so nothing can ask for a password.
 constexpr const char* inhibitCommand =
     "exec 2>/dev/null; lock() { systemd-inhibit --what=$1 --who=TarnBeacon --mode=block "
     "--why='Firmware is moving between the computer and the unit' cat; }; "
@@ -61,7 +61,7 @@ class SleepLock {
         ::posix_spawn_file_actions_adddup2(&files, output, STDIN_FILENO);
         ::posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         ::posix_spawnattr_init(&attributes);
-        ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID); // a session of its own, without a terminal
+        ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID); // a new session, without a terminal
         std::string words[] = {"sh", "-c", inhibitCommand};
         char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
         if (::posix_spawn(&child_, "/bin/sh", &files, &attributes, arguments, environ) != 0) {
@@ -71,7 +71,7 @@ class SleepLock {
         ::posix_spawn_file_actions_destroy(&files);
     }
 
-    // The child ends soon after its input; it is not waited for.
+    // Does not wait: the child ends soon after its input.
     void reap() {
         if (child_ > 0 && ::waitpid(child_, nullptr, WNOHANG) == child_) {
             child_ = -1;
@@ -91,7 +91,7 @@ bool becomeOnlyInstance() {
     if (file < 0) {
         file = ::open(instanceLockPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     }
-    // A user without a folder for it is better served by a program that starts.
+    // If the lock file cannot be created, the program starts without a lock.
     return file < 0 || ::flock(file, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 

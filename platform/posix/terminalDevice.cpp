@@ -1,4 +1,4 @@
-// A serial line as a terminal of the system.
+// A serial line, as a terminal of the system.
 #include "base/failure.h"
 #include "platform/clock.h"
 #include "platform/system.h"
@@ -50,7 +50,7 @@ std::string groupOf(const struct stat& status) {
     return entry != nullptr ? entry->gr_name : "dialout";
 }
 
-// Tells a missing device and a missing right from all else, ahead of the open.
+// Detects a missing device and missing rights before the open.
 void checkDevice(const std::string& device) {
     struct stat status {};
     if (::stat(device.c_str(), &status) < 0) {
@@ -82,20 +82,20 @@ int openDescriptor(const std::string& device) {
 }
 
 bool isPseudoTerminal(int descriptor) {
-    constexpr unsigned first = 136; // major device numbers of the tool's ends
+    constexpr unsigned first = 136; // major device numbers of pseudo terminals
     constexpr unsigned last = 143;
     struct stat status {};
     ::fstat(descriptor, &status);
     return major(status.st_rdev) >= first && major(status.st_rdev) <= last;
 }
 
-// The exclusive mode does not keep an administrator out, and not every program sets it: the lock comes on top.
+// The exclusive mode does not stop an administrator, and not every program sets it; so there is a lock as well.
 void holdAlone(int descriptor) {
     if (::flock(descriptor, LOCK_EX | LOCK_NB) < 0) {
         raiseHeld();
     }
-    // On a pseudo terminal the exclusive mode outlives a process that is killed, for the far end's program often keeps
-    // the terminal open. The lock ends with the process.
+    // On a pseudo terminal the exclusive mode remains after a process is killed if the program at the other end keeps the
+    // terminal open. The lock ends with the process.
     if (!isPseudoTerminal(descriptor)) {
         ::ioctl(descriptor, TIOCEXCL);
     }
@@ -129,7 +129,7 @@ void setLine(int descriptor, const LineSettings& settings) {
     termios line{};
     if (::tcgetattr(descriptor, &line) < 0) {
         const int error = errno;
-        if (isGone(error)) { // a port without hardware behind it opens
+        if (isGone(error)) { // a port without hardware can be opened
             raiseMissing(error);
         }
         throw Failure(failureNumber::portRefused, causeText(error));
@@ -139,7 +139,7 @@ void setLine(int descriptor, const LineSettings& settings) {
     line.c_cflag |= CLOCAL | CREAD | flagsOf(sizes, settings.dataBits) | flagsOf(parities, settings.parity) |
                     (settings.stopBits == 2 ? CSTOPB : 0);
     line.c_iflag &= ~static_cast<tcflag_t>(IXOFF | IXANY | INPCK);
-    line.c_cc[VMIN] = 1; // a read of nothing is EAGAIN, and 0 only at a hang-up
+    line.c_cc[VMIN] = 1; // without bytes a read gives EAGAIN, and 0 only after a hang-up
     line.c_cc[VTIME] = 0;
     ::cfsetspeed(&line, flagsOf(speeds, settings.speed));
     termios taken{};
@@ -149,9 +149,8 @@ void setLine(int descriptor, const LineSettings& settings) {
     }
 }
 
-// An adapter gathers what it receives for up to 16 ms before it passes it on, for each block of a transfer anew. Its
-// driver passes it on at once when asked to; one without such a mode refuses, which is no failure. Says whether the
-// mode has changed.
+// An adapter may hold received bytes for up to 16 ms, at each block of a transfer. In the low-latency mode its driver
+// passes them on at once; a driver without that mode refuses, which is no failure. True when the mode has changed.
 bool changeLowLatency(int descriptor, bool on) {
     serial_struct driver{};
     if (::ioctl(descriptor, TIOCGSERIAL, &driver) < 0 || ((driver.flags & ASYNC_LOW_LATENCY) != 0) == on) {
@@ -194,7 +193,7 @@ class TerminalDevice : public LineDevice {
     std::size_t read(std::span<std::uint8_t> bytes) override {
         const ssize_t count = ::read(descriptor_, bytes.data(), bytes.size());
         if (count == 0) {
-            raiseLost(EIO); // a terminal that has hung up reads as at its end
+            raiseLost(EIO); // a terminal that has hung up reads as at the end of a file
         }
         return moved(count);
     }
@@ -212,7 +211,7 @@ class TerminalDevice : public LineDevice {
         const timespec limit{.tv_sec = rest / second, .tv_nsec = rest % second * 1000};
         const int events = forRoom ? POLLIN | POLLOUT : POLLIN;
         pollfd line{.fd = descriptor_, .events = static_cast<short>(events), .revents = 0};
-        ::ppoll(&line, 1, &limit, nullptr); // the next read tells of a failure
+        ::ppoll(&line, 1, &limit, nullptr); // the next read reports a failure
     }
 
   private:

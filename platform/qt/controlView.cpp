@@ -20,12 +20,12 @@ namespace platform {
 
 namespace {
 
-constexpr int barSteps = 500; // of a progress bar, about a pixel each: screen readers hear of every one
+constexpr int barSteps = 500; // of a progress bar, about a pixel each: screen readers are notified of every one
 
-// A bar is shown no more often than a screen can: a fast line moves it twenty times as often.
+// A bar is painted at most once per screen refresh; a fast line moves it twenty times as often.
 constexpr Micros screenTime = 16'000;
 
-// What a widget shows of its control, in two parts: what hardly ever changes, and what does.
+// The properties that a widget shows, in two parts: those that rarely change, and those that often do.
 auto looks(const Control& control) {
     return std::tie(control.place, control.caption, control.accessibleName, control.font, control.textColour,
                     control.backColour, control.alignment, control.border, control.enabled, control.picture);
@@ -34,14 +34,14 @@ auto state(const Control& control) {
     return std::tie(control.visible, control.value, control.min, control.max, control.items, control.listIndex);
 }
 
-// An option that the Tab key reaches also while another one of its group is on: it can be read before it is chosen.
+// An option that the Tab key reaches also while another option of its group is selected, so that it can be read first.
 class OptionButton : public QRadioButton {
   public:
     using QRadioButton::QRadioButton;
 
   protected:
     void focusInEvent(QFocusEvent* event) override {
-        setAutoExclusive(false); // the toolkit would take the rest of the group out of the tab order
+        setAutoExclusive(false); // otherwise the toolkit removes the rest of the group from the tab order
         QRadioButton::focusInEvent(event);
         setAutoExclusive(true);
     }
@@ -73,8 +73,8 @@ QWidget* makeWidget(const Control& control, QWidget* parent) {
     return nullptr;
 }
 
-// The font, set narrower where the caption would not fit: the places were laid out for fonts that this system may
-// have to stand in for with wider ones, and no caption is ever cut.
+// The font, narrower if the caption would not fit: the layout is for fonts that this system may replace by wider ones,
+// and no caption may be cut.
 QFont fittedFont(const Control& control) {
     QFont font = fontOf(control.font);
     const int ornament = control.kind == ControlKind::button         ? 8
@@ -90,7 +90,7 @@ QFont fittedFont(const Control& control) {
     return font;
 }
 
-// Turns the colours of an option's circle and a check box round on a dark window, where the style all but loses them.
+// Inverts the colours of an option's circle and a check box on a dark window, where the style hardly shows them.
 void setIndicator(QPalette& palette) {
     const QPalette desktop = QApplication::palette();
     for (const auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
@@ -111,7 +111,7 @@ ControlView::ControlView(Control& control, QWidget* parent, const std::function<
         widget_->setObjectName(fromUtf8(control.name + (control.index < 0 ? "" : std::to_string(control.index))));
     }
     if (auto* button = qobject_cast<QAbstractButton*>(widget_)) {
-        // A screen reader turns an option or a box round without a click.
+        // A screen reader toggles an option or a check box without a click.
         const auto signal = button->isCheckable() ? &QAbstractButton::toggled : &QAbstractButton::clicked;
         QObject::connect(button, signal, button, [this, operated] { operated(*this); });
     } else if (auto* list = qobject_cast<QComboBox*>(widget_)) {
@@ -145,17 +145,17 @@ bool ControlView::sync() {
         return false;
     }
     const Micros now = clockMicros();
-    if (newLooks) { // many calls, and the toolkit paints the widget anew
+    if (newLooks) { // many calls, and the toolkit repaints the widget
         showLooks();
     } else if (control_->kind == ControlKind::progressBar && now < shownAt_ + screenTime) {
-        return false; // the next look will do
+        return false; // the next update shows it
     }
     shownAt_ = shown_ ? now : 0;
     showItems();
     showValue();
     widget_->setVisible(control_->visible);
     shown_ = *control_;
-    return newLooks || control_->kind != ControlKind::progressBar; // a bar paints itself when it grows by a pixel
+    return newLooks || control_->kind != ControlKind::progressBar; // a bar repaints itself when it grows by a pixel
 }
 
 void ControlView::showLooks() {
@@ -182,7 +182,7 @@ void ControlView::showNames() {
     for (const Control* other : control_->described) {
         description += (description.empty() ? "" : " ") + other->caption;
     }
-    // Each setting is told to the reader, also of what it knows.
+    // The toolkit notifies the reader at each call, also without a change.
     if (const QString text = fromUtf8(name).trimmed(); text != widget_->accessibleName()) {
         widget_->setAccessibleName(text);
     }
@@ -192,12 +192,12 @@ void ControlView::showNames() {
 }
 
 void ControlView::showColours() {
-    if (widget_ == nullptr || dynamic_cast<Drawing*>(widget_) != nullptr) { // which takes them as it paints
+    if (widget_ == nullptr || dynamic_cast<Drawing*>(widget_) != nullptr) { // which reads them when it paints
         return;
     }
     QPalette palette;
     if (control_->kind == ControlKind::label || control_->textColour.source == Colour::Source::fixed) {
-        // In every state, also in a window that is disabled: the control alone says when its text is grey.
+        // The same colour in all states: the control alone decides when its text is grey, not a disabled window.
         palette.setColor(QPalette::WindowText, textColourOf(*control_));
     }
     if (control_->kind == ControlKind::optionButton || control_->kind == ControlKind::checkBox) {
@@ -212,7 +212,7 @@ void ControlView::showColours() {
 }
 
 void ControlView::showCaption() {
-    // An ampersand marks no key.
+    // An ampersand is not a mnemonic.
     const QString literal = fromUtf8(control_->caption).replace('&', "&&");
     if (auto* label = dynamic_cast<Label*>(widget_)) {
         label->show(*control_);
@@ -242,7 +242,7 @@ void ControlView::showValue() {
         const double share = range > 0 ? (control_->value - control_->min) / range : 0;
         bar->setValue(static_cast<int>(std::lround(std::clamp(share, 0.0, 1.0) * barSteps)));
     } else if (auto* option = qobject_cast<QRadioButton*>(widget_)) {
-        // The state says which option of a group is on; while the toolkit minds the group it lets none be turned off.
+        // The control's state decides which option is on; an exclusive group of the toolkit would not let one be turned off.
         option->setAutoExclusive(false);
         option->setChecked(control_->value != 0);
         option->setAutoExclusive(true);

@@ -1,4 +1,4 @@
-// The widget of one control: built once, then brought to the state that the control holds.
+// The widget of one control. It is created once and then follows the state of the control.
 #pragma once
 
 #include "platform/clock.h"
@@ -13,29 +13,29 @@ namespace platform {
 
 class ControlView {
   public:
-    // Makes the widget of the control in `parent`; `operated` is called when the operator has used it. Nothing is
-    // drawn for a menu.
+    // Creates the widget of the control in `parent`; `operated` is called when the operator has used it. A menu has no
+    // widget.
     ControlView(Control& control, QWidget* parent, const std::function<void(ControlView&)>& operated);
 
     Control& control() const { return *control_; }
     QWidget* widget() const { return widget_; }
 
-    // Brings the widget to the control's state; true when the widget has yet to be painted for it.
+    // Applies the control's state to the widget; true when the widget must be painted.
     bool sync();
 
-    // Takes the colours anew from the desktop's, which have changed.
+    // Applies the colours again after those of the desktop have changed.
     void showColours();
 
-    // Shows the control's value or selection, whatever the operator has made of it.
+    // Resets the widget to the control's value or selection.
     void showValue();
 
-    // Tells screen readers what the control is called and what describes it.
+    // Sets name and description for screen readers.
     void showNames();
 
-    // False when the widget changed for the program or because another option of its group came on.
+    // False when the program changed the widget, or another option of its group was selected.
     bool hasInput() const;
 
-    // Takes the operator's input over into the control's state, but for the other options of a group.
+    // Stores the operator's input in the control's state; the other options of a group stay as they are.
     void takeInput();
 
   private:
@@ -46,7 +46,7 @@ class ControlView {
     Control* control_;
     QWidget* widget_ = nullptr; // owned by its parent
     std::optional<Control> shown_;
-    Micros shownAt_ = 0; // when it was changed last
+    Micros shownAt_ = 0; // time of the last change
 };
 
 } // namespace platform

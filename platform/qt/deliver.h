@@ -1,5 +1,5 @@
-// How windows and timers run the program's handlers: through the desktop, which keeps failures out of the
-// toolkit's event dispatch and shows afterwards what the handler changed.
+// Windows and timers run the program's handlers through the desktop, which keeps failures out of the toolkit's event
+// dispatch and then shows what the handler has changed.
 #pragma once
 
 #include <functional>
@@ -8,7 +8,7 @@ namespace platform {
 
 using Handler = std::function<void()>;
 
-// Runs the handler. It takes a copy, for the form that owns the handler may be gone before the handler ends.
+// Runs the handler. It takes a copy, since the handler may destroy the form that owns it.
 using Deliver = std::function<void(Handler)>;
 
 } // namespace platform

@@ -19,7 +19,8 @@ QRect pixels(const Place& place) {
 }
 
 QFont fontOf(const Font& font) {
-    constexpr double pixelsPerPoint = 96.0 / 72.0; // as the places, whatever density the screen reports
+    constexpr double pixelsPerPoint =
+        96.0 / 72.0; // like the positions: independent of the density that the screen reports
     QFont result(fromUtf8(font.name));
     result.setPixelSize(static_cast<int>(std::lround(font.points * pixelsPerPoint)));
     result.setBold(font.bold);
@@ -32,7 +33,7 @@ QColor colourOf(const Colour& colour) {
     const QColor text = desktop.color(QPalette::Active, QPalette::WindowText);
     switch (colour.source) {
     case Colour::Source::windowText: return text;
-    case Colour::Source::greyText: { // half of it: still readable, which a theme's own grey need not be
+    case Colour::Source::greyText: { // half opaque: readable, unlike the grey of some themes
         constexpr int half = 128;
         return {text.red(), text.green(), text.blue(), half};
     }
@@ -77,7 +78,7 @@ void Drawing::show(const Control& control) {
         pictureNumber_ = control.picture;
         picture_ = pictureOf(control.picture);
     }
-    // A line has no area of its own where it runs level or upright, and may be given from its far end.
+    // The area of a horizontal or vertical line is empty, and a line may run from right to left or upwards.
     const QRect area = kind_ == ControlKind::line
                            ? pixels(place_).normalized().adjusted(0, 0, place_.width == 0 ? 1 : 0, place_.height == 0)
                            : pixels(place_);
@@ -97,7 +98,7 @@ void Drawing::paintEvent(QPaintEvent*) {
     case ControlKind::line: return paintLine(painter);
     case ControlKind::rectangle: return painter.fillRect(rect(), colourOf(backColour_));
     default:
-        painter.setRenderHint(QPainter::SmoothPixmapTransform); // at a scale between the picture's two densities
+        painter.setRenderHint(QPainter::SmoothPixmapTransform); // for scales between the picture's two densities
         return painter.drawPixmap(0, 0, picture_);
     }
 }

@@ -1,5 +1,5 @@
-// What a form shows without a widget of the toolkit: lines, filled rectangles, pictures; and how the seam's units,
-// colours, fonts and picture numbers become the toolkit's.
+// Controls that the toolkit has no widget for: lines, filled rectangles, pictures. Also converts units, colours, fonts and
+// picture numbers of the forms to the toolkit's.
 #pragma once
 
 #include "platform/form.h"
@@ -18,21 +18,21 @@ int pixels(int twips);
 QRect pixels(const Place& place);
 QFont fontOf(const Font& font);
 QColor colourOf(const Colour& colour);
-// The colour of a control's text. A text of the desktop's colour turns black or white on a fixed background, which no
-// theme knows of.
+// The colour of a control's text. On a fixed background a text in the desktop's colour becomes black or white, since the
+// theme does not know that background.
 QColor textColourOf(const Control& control);
 
-// The bitmap of that number, in the density of the screen; empty where there is none.
+// The bitmap of that number, for the density of the screen; empty when there is none.
 QPixmap pictureOf(int number);
-// The icon of that number in all its sizes; empty where there is none.
+// The icon of that number in all sizes; empty when there is none.
 QIcon iconOf(int number);
 
-// A line, a rectangle or a picture. It takes no input.
+// Widget for a line, a rectangle or a picture. It ignores input.
 class Drawing : public QWidget {
   public:
     Drawing(ControlKind kind, QWidget* parent);
 
-    // Takes over what the control says now.
+    // Applies the control's present state.
     void show(const Control& control);
 
   protected:

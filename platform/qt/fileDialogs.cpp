@@ -15,7 +15,7 @@ namespace platform {
 
 namespace {
 
-// "Bin File (*.bin)|*.bin||" as the toolkit's list: "Bin File (*.bin)". It takes the patterns from the brackets.
+// "Bin File (*.bin)|*.bin||" as a list for the toolkit: "Bin File (*.bin)". It reads the patterns in the brackets.
 QStringList nameFilters(const std::string& filter) {
     const QStringList parts = fromUtf8(filter).split('|');
     QStringList filters;
@@ -26,21 +26,21 @@ QStringList nameFilters(const std::string& filter) {
     return filters;
 }
 
-// Room for a path and the columns in the desktop's font, as far as the screen has it.
+// Large enough for a path and the columns in the desktop's font, if the screen is.
 QSize roomFor(const QFileDialog& dialog) {
     const QFontMetrics font = dialog.fontMetrics();
     const QSize room(90 * font.averageCharWidth(), 25 * font.lineSpacing());
     return room.expandedTo(dialog.size()).boundedTo(dialog.screen()->availableSize() * 9 / 10);
 }
 
-// The toolkit's columns are narrower than what stands in them.
+// The toolkit's columns are narrower than their contents.
 void fitColumns(const QFileDialog& dialog) {
     if (const auto* list = dialog.findChild<QTreeView*>()) {
         list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
     }
 }
 
-// Takes the name without blanks at its ends, before it asks whether to overwrite that file.
+// Removes blanks at the ends of the name before it asks whether to overwrite that file.
 class NameDialog : public QFileDialog {
   public:
     void accept() override {

@@ -1,4 +1,4 @@
-// The dialogs for opening and saving a file: the toolkit's own, so that they are the same on every desktop.
+// The dialogs for opening and saving a file. They are the toolkit's own, so they are the same on every desktop.
 #pragma once
 
 #include "platform/desktop.h"

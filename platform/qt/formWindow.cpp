@@ -19,24 +19,24 @@ namespace platform {
 namespace {
 
 Qt::WindowFlags frameOf(const Form& form) {
-    // A dialog that belongs to another window gets no button there. No tool window gets one either, but some window
-    // managers hide those while another program is active.
+    // A dialog with a parent window gets no button there. A tool window gets none either, but some window managers hide
+    // tool windows while another program is active.
     const Qt::WindowType type = form.onTaskBar ? Qt::Window : Qt::Dialog;
     return type | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
            Qt::MSWindowsFixedSizeDialogHint;
 }
 
-// A bitmap behind all controls, as a control of its own.
+// A control for the bitmap behind all controls.
 Control backPictureOf(const Form& form) {
     return {.kind = ControlKind::picture,
             .place = {0, 0, form.clientArea.width, form.clientArea.height},
             .picture = form.backPicture};
 }
 
-// What a screen reader is told of the widgets that the toolkit does not know.
+// The roles of our widgets for screen readers.
 QAccessibleInterface* accessibleOf(const QString& /*className*/, QObject* object) {
     if (auto* window = dynamic_cast<FormWindow*>(object)) {
-        return new QAccessibleWidget(window, QAccessible::Dialog); // its labels are read when it comes up
+        return new QAccessibleWidget(window, QAccessible::Dialog); // its labels are read when it opens
     }
     if (auto* drawing = dynamic_cast<Drawing*>(object)) {
         return new QAccessibleWidget(drawing, QAccessible::Graphic);
@@ -48,7 +48,7 @@ QAccessibleInterface* accessibleOf(const QString& /*className*/, QObject* object
 
 FormWindow::FormWindow(Form& form, Deliver deliver)
     : QWidget(nullptr, frameOf(form)), form_(&form), deliver_(std::move(deliver)), client_(new QWidget(this)) {
-    QAccessible::installFactory(accessibleOf); // once, however often it is called
+    QAccessible::installFactory(accessibleOf); // has an effect only once
     setObjectName(fromUtf8(form.name));
     setFixedSize(pixels(form.clientArea.width), pixels(form.clientArea.height));
     setWindowIcon(iconOf(form.icon));
@@ -69,7 +69,7 @@ void FormWindow::buildControls() {
     }
 }
 
-// A frame stands ahead of the controls that it holds.
+// Creates frames before the controls that they hold.
 QWidget* FormWindow::containerOf(const Control& control) const {
     const auto view =
         std::ranges::find_if(views_, [&](const auto& other) { return other->control().name == control.container; });
@@ -107,14 +107,14 @@ void FormWindow::setTabOrder() {
 }
 
 void FormWindow::sync() {
-    if (form_ == nullptr || (!form_->visible && !isVisible())) { // what is not up shows nothing
+    if (form_ == nullptr || (!form_->visible && !isVisible())) { // a hidden window needs no update
         return;
     }
     bool controlsChanged = false;
     for (const auto& view : views_) {
         controlsChanged = view->sync() || controlsChanged;
     }
-    if (controlsChanged) { // one control's name may hold the caption of another
+    if (controlsChanged) { // the name of a control may contain the caption of another
         for (const auto& view : views_) {
             view->showNames();
         }
@@ -126,7 +126,7 @@ void FormWindow::sync() {
 }
 
 bool FormWindow::syncWindow() {
-    // In place of an empty title the toolkit would show the name of the application.
+    // For an empty title the toolkit would show the name of the application.
     const QString title = form_->title.empty() ? QString(" ") : fromUtf8(form_->title);
     if (windowTitle() != title) {
         setWindowTitle(title);
@@ -145,7 +145,7 @@ bool FormWindow::syncEnabled() {
         return false;
     }
     if (!form_->enabled) {
-        focusBefore_ = focusWidget(); // the toolkit takes the focus from what is disabled
+        focusBefore_ = focusWidget(); // the toolkit removes the focus from a disabled widget
     }
     client_->setEnabled(form_->enabled);
     if (form_->enabled && focusBefore_ != nullptr) {
@@ -196,7 +196,7 @@ void FormWindow::paintChanges() {
 }
 
 bool FormWindow::comingUp() const {
-    constexpr Micros patience = 500'000; // a window on another desktop never comes up
+    constexpr Micros patience = 500'000; // a window on another virtual desktop is never mapped
     const QWindow* window = windowHandle();
     return isVisible() && window != nullptr && !window->isExposed() && clockMicros() < shownAt_ + patience;
 }
@@ -226,8 +226,8 @@ void FormWindow::closeEvent(QCloseEvent* event) {
     }
 }
 
-// Not while the program is busy hiding the window, and not while a box or dialog stands: the toolkit keeps mouse and
-// keyboard from the window then, but not a screen reader.
+// Not while the program is hiding the window, and not while a box or dialog is open: the toolkit then blocks mouse and
+// keyboard, but not a screen reader.
 bool FormWindow::takesInput() const {
     return form_ != nullptr && form_->visible && QApplication::activeModalWidget() == nullptr;
 }
@@ -252,7 +252,7 @@ void FormWindow::operated(ControlView& view) {
     call(control.click);
 }
 
-// A handler that lets window events run is not entered again by the same event.
+// A handler that lets window events run is not called again by the same event.
 void FormWindow::call(const Handler& handler) {
     if (!handler || running_.contains(&handler)) {
         return;

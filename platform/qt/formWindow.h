@@ -1,5 +1,4 @@
-// The window of one form: it shows the state that the form holds, and turns the operator's input into that state and
-// into the form's events.
+// The window of one form. It shows the state of the form and turns the operator's input into state and events of the form.
 #pragma once
 
 #include "platform/clock.h"
@@ -19,18 +18,18 @@ class FormWindow : public QWidget {
   public:
     FormWindow(Form& form, Deliver deliver);
 
-    // Shows the form's state.
+    // Applies the form's state to the window.
     void sync();
 
-    // Paints at once what has changed since the last painting; no window event runs.
+    // Paints changes at once; no window event runs.
     void paintChanges();
 
-    // True while the window system has not yet put up a window that was shown a moment ago.
+    // True while the window system has not yet mapped a window that was just shown.
     bool comingUp() const;
 
     Micros shownAt() const { return shownAt_; }
 
-    // Takes the window away for good. The form may go; the window itself goes when its events have ended.
+    // Closes the window for good. The form may then be destroyed; the window is deleted when its events have ended.
     void dismiss();
 
   protected:
@@ -50,14 +49,14 @@ class FormWindow : public QWidget {
     void operated(ControlView& view);
     void call(const Handler& handler);
 
-    Form* form_; // null after dismiss()
+    Form* form_; // nullptr after dismiss()
     Deliver deliver_;
-    QWidget* client_; // holds the controls; disabled in place of the window, which keeps its pointer and its title bar
+    QWidget* client_; // holds the controls; is disabled instead of the window, so that mouse pointer and title bar stay
     std::vector<std::unique_ptr<ControlView>> views_;
     std::vector<QWidget*> tabOrder_;
-    QWidget* focusBefore_ = nullptr; // what had the focus when the form was disabled
+    QWidget* focusBefore_ = nullptr; // the widget with the focus when the form was disabled
     QSet<const Handler*> running_;
-    bool changed_ = true; // since the window was painted last
+    bool changed_ = true; // since the window was last painted
     Micros shownAt_ = 0;
 };
 

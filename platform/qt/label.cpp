@@ -18,7 +18,7 @@ void Label::show(const Control& control) {
     border_ = control.border;
     const QRect area = pixels(control.place);
     const bool open = !border_ && control.backColour.source != Colour::Source::fixed;
-    const int excess = open ? std::max(0, fontMetrics().height() - area.height()) : 0; // the font's, over the place
+    const int excess = open ? std::max(0, fontMetrics().height() - area.height()) : 0; // of the font over the place
     setGeometry(area.adjusted(0, -excess, 0, excess));
     setAlignment(Qt::AlignVCenter | (control.alignment == Alignment::centre ? Qt::AlignHCenter : Qt::AlignLeft));
     setText(fromUtf8(control.caption));

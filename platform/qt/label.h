@@ -1,4 +1,4 @@
-// A label: a line of plain text that no stand-in font cuts; its border keeps its colour where the text is grey.
+// A label: one line of plain text that a larger replacement font does not cut; its border is not grey when the text is.
 #pragma once
 
 #include "platform/form.h"
@@ -11,7 +11,7 @@ class Label : public QLabel {
   public:
     explicit Label(QWidget* parent);
 
-    // Shows the control's place, caption, alignment and border; the font must have been set.
+    // Applies the control's place, caption, alignment and border; set the font before.
     void show(const Control& control);
 
   protected:

@@ -27,7 +27,7 @@ QMessageBox::Icon iconOfStyle(int style) {
     }
 }
 
-// Lays the line out at that width, in pixels. Gives its parts, and whether one of them is wider.
+// Breaks a line at a width in pixels. Gives its parts, and sets `wider` if one of them is wider.
 QStringList parts(const QString& line, const QFont& font, int width, QTextOption::WrapMode mode, bool& wider) {
     QTextLayout layout(line, font);
     QTextOption option;
@@ -44,11 +44,11 @@ QStringList parts(const QString& line, const QFont& font, int width, QTextOption
     return found;
 }
 
-// The text as the box shows it. The box itself breaks lines between words only, and would cut a long path: a line
-// with a word of more than a line's width is broken within that word.
+// The text with additional line breaks. The box breaks lines only between words and would cut a long path, so a word that
+// is wider than a line is broken here.
 QString shownText(const std::string& text, const QFont& font) {
     const int screen = QGuiApplication::primaryScreen()->size().width();
-    const int width = std::min(screen / 2, 500) - 100; // the box breaks what is wider than half of the screen, or 500
+    const int width = std::min(screen / 2, 500) - 100; // the box breaks lines at half of the screen or at 500
     QStringList lines = fromUtf8(text).replace("\r\n", "\n").split('\n');
     for (QString& line : lines) {
         bool wider = false;
@@ -60,7 +60,7 @@ QString shownText(const std::string& text, const QFont& font) {
     return lines.join('\n');
 }
 
-// Makes room for the title, which a frame cuts where the text below is short.
+// Widens the box to its title, which the frame would otherwise cut above a short text.
 void widenForTitle(QMessageBox& box) {
     constexpr int frameButtons = 130; // icon and buttons of the title bar
     QFont titleFont = box.font();

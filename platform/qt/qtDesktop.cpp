@@ -23,12 +23,12 @@ namespace platform {
 
 namespace {
 
-// The program has no command line: the toolkit sees the name alone, which it also uses as the class of the windows.
+// The program has no command line: the toolkit gets only the name, which is also the class of the windows.
 char programName[] = "TarnBeacon";
 char* words[] = {programName, nullptr};
 int wordCount = 1;
 
-// Path of the device behind a COM port: Setting.INI's, else the system's usual one.
+// Path of the device behind a COM port: from Setting.INI, else the default of the system.
 std::string portDevice(Files& files, const std::string& iniPath, int number) {
     const std::string key = "COM" + std::to_string(number);
     const std::string device = cleanedValue(getPrivateProfileString(files, "DEVICE", key, iniPath));
@@ -42,21 +42,21 @@ QtDesktop::QtDesktop()
       port_(makeLineDevice(),
             [this](int number) { return portDevice(*files_, programDirectory() + "Setting.INI", number); }),
       timers_([this](const Handler& tick) { deliver(tick); }) {
-    // Numbers and the causes of failures read the same under every locale.
+    // Numbers and causes of failures are the same in every locale.
     std::setlocale(LC_NUMERIC, "C");
     std::setlocale(LC_MESSAGES, "C");
     QCoreApplication::setApplicationName(program::name);
     QCoreApplication::setApplicationVersion(QString("%1.%2").arg(program::major).arg(program::minor));
-    QGuiApplication::setDesktopFileName("tarnbeacon"); // whose icon a desktop shows that takes none from the window
+    QGuiApplication::setDesktopFileName("tarnbeacon"); // for desktops that do not take the icon from the window
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QFont::insertSubstitutions("ＭＳ Ｐゴシック", {"IPAPGothic", "VL PGothic", "Noto Sans CJK JP"});
-    QApplication::setStyle(QStyleFactory::create("Fusion")); // the places of the controls fit its widgets
-    // The toolkit's file dialog keeps settings of its own; this program writes none anywhere.
+    QApplication::setStyle(QStyleFactory::create("Fusion")); // the layout of the controls fits its widgets
+    // The toolkit's file dialog stores settings; this program must not write any.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
     watchPort();
 }
 
-// A system gives an adapter that is plugged in again another name while a program still holds the old device.
+// While a program holds the old device, the system gives an adapter that is plugged in again another name.
 void QtDesktop::watchPort() {
     constexpr std::chrono::milliseconds interval{500}; // shorter than it takes to plug an adapter in again
     QObject::connect(&portLook_, &QTimer::timeout, [this] { port_.look(); });
@@ -67,7 +67,8 @@ QtDesktop::~QtDesktop() {
     for (const auto& [form, window] : windows_) {
         delete window;
     }
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // dismissed windows go before the toolkit
+    QCoreApplication::sendPostedEvents(nullptr,
+                                       QEvent::DeferredDelete); // delete dismissed windows before the toolkit ends
 }
 
 void QtDesktop::run() {
@@ -96,7 +97,7 @@ void QtDesktop::waitForBytes(std::int64_t until) {
 }
 
 void QtDesktop::doEvents() {
-    constexpr int longest = 20; // ms, however fast further events come in
+    constexpr int longest = 20; // ms, even if events keep coming
     do {
         sync();
         QCoreApplication::processEvents(QEventLoop::AllEvents, longest);
@@ -105,8 +106,8 @@ void QtDesktop::doEvents() {
     eventsAt_ = clockMicros();
 }
 
-// The line comes first: a wait on the port alone notices a byte in a fraction of the time that the toolkit's dispatch
-// takes. Window events wait for it 20 ms at most, also while bytes come without end.
+// Waits on the port first: that notices a byte in a fraction of the time that the toolkit's dispatch takes. Window events
+// are delayed by 20 ms at most, also while bytes keep coming.
 void QtDesktop::waitForEvents(std::int64_t until) {
     constexpr Micros longest = 20'000;
     timers_.look();
@@ -182,7 +183,7 @@ void QtDesktop::endProgram() {
     stopProcess();
 }
 
-// Brings windows and timers to what the program has set since the last look.
+// Applies what the program has changed since the last call to windows and timers.
 void QtDesktop::sync() {
     for (const auto& [form, window] : windows_) {
         window->sync();
@@ -210,7 +211,7 @@ void QtDesktop::deliver(const Handler& handler) {
     sync();
 }
 
-// A failure that no handler took must not run on through the toolkit, and after it the program's state is unknown.
+// A failure that no handler caught must not pass through the toolkit, and the state of the program is unknown after it.
 void QtDesktop::endUnhandled(const std::string& description) {
     msgBox(description, boxStyle::critical, program::name);
     endProgram();

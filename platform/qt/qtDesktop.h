@@ -15,11 +15,11 @@ namespace platform {
 
 class QtDesktop final : public Desktop {
   public:
-    // Makes the toolkit's application. One desktop for each process.
+    // Creates the toolkit's application. There is one desktop in a process.
     QtDesktop();
     ~QtDesktop() override;
 
-    // Runs the program's windows until the program ends itself.
+    // Runs the windows until the program ends the process.
     void run();
 
     std::int64_t timeGetTime() override;
@@ -56,7 +56,7 @@ class QtDesktop final : public Desktop {
     DevicePort port_;
     QTimer portLook_;
     TimerQueue timers_;
-    Micros eventsAt_ = 0;                  // when window events ran last
+    Micros eventsAt_ = 0;                  // time of the last run of window events
     std::map<Form*, FormWindow*> windows_; // of the loaded forms
 };
 

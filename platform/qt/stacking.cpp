@@ -22,7 +22,7 @@ QWidget* newestForm(const QWidget& window) {
 }
 
 void standAbove(const QWidget* below, const QWidget& window) {
-    window.winId(); // makes the window, which can then be told what it belongs to
+    window.winId(); // creates the window handle, which holds the parent
     window.windowHandle()->setTransientParent(below == nullptr ? nullptr : below->windowHandle());
 }
 

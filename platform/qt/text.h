@@ -1,4 +1,4 @@
-// UTF-8, as the program holds its texts, to the toolkit's strings and back.
+// Converts the program's texts, in UTF-8, to the toolkit's strings and back.
 #pragma once
 
 #include <QString>

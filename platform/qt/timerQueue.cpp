@@ -20,7 +20,7 @@ void TimerQueue::arm() {
         alarm_.stop();
         return;
     }
-    constexpr Micros longest = fromSeconds(24 * 3600); // what a timer of the toolkit takes; it is set again then
+    constexpr Micros longest = fromSeconds(24 * 3600); // limit of the toolkit's timer; it is set again when it fires
     const Micros rest = std::clamp<Micros>(next - clockMicros(), 0, longest);
     alarm_.start(static_cast<int>((rest + 999) / 1000), Qt::PreciseTimer, this);
 }

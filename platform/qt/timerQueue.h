@@ -1,4 +1,4 @@
-// Ticks the timers of all loaded forms, from one timer of the toolkit where its event loop runs.
+// Runs the timers of all loaded forms; in the toolkit's event loop by one timer of the toolkit.
 #pragma once
 
 #include "platform/qt/deliver.h"
@@ -16,16 +16,16 @@ class TimerQueue : public QObject {
     void add(Form& form) { timers_.add(form); }
     void remove(const Form& form) { timers_.remove(form); }
 
-    // Takes over what the program has set on the timers since the last look.
+    // Reads the settings of all timers.
     void look();
 
-    // Moment of the next tick.
+    // Time of the next tick.
     Micros due() const { return timers_.next(); }
 
-    // Sets the toolkit's timer to that moment, ahead of a run of the toolkit's event loop.
+    // Sets the toolkit's timer to that time. Call it before the toolkit's event loop runs.
     void arm();
 
-    // Ticks what is due.
+    // Runs the ticks that are due.
     void tickDue();
 
   protected:
@@ -34,7 +34,7 @@ class TimerQueue : public QObject {
   private:
     Deliver deliver_;
     WindowTimers timers_;
-    Micros armed_ = never; // moment that alarm_ is set to
+    Micros armed_ = never; // time that alarm_ is set to
     QBasicTimer alarm_;
 };
 
