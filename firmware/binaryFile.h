@@ -9,9 +9,9 @@ namespace FirmComm {
 
 enum class FileMode { read = 0, write = 1 };
 
-// Moves an image between memory and the file at `path` (blanks at its ends do not count): all elements but the last, in
-// order, from the start of the file. Gives the number of bytes moved, or 0 after a report of the failure, a file that
-// ends too early among them. A write does not shorten a longer file.
+// Reads or writes an image: all elements but the last, from the start of the file at `path` (blanks at its ends are
+// ignored). Gives the number of bytes; or 0 after a failure, which it reports, also when the file ends too early. A write
+// does not shorten a longer file.
 std::int32_t fncBinaryFile(const std::string& path, Bytes& image, FileMode mode);
 
 } // namespace FirmComm

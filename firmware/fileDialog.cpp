@@ -12,7 +12,7 @@ namespace MainWindow {
 
 void askForPath(DialogKind kind, std::string& path) {
     platform::FileDialog& dialog = frmMain().cmdSoft;
-    dialog.flags = platform::FileDialog::overwritePrompt; // passed over by an open dialog
+    dialog.flags = platform::FileDialog::overwritePrompt; // ignored by an open dialog
     dialog.initialDirectory = desktop().programDirectory();
     dialog.fileName = path;
     dialog.filter = shared.binFileFilter;

@@ -1,4 +1,4 @@
-// What the load and the save command share of the file dialog.
+// The file dialog of the load and the save command.
 #pragma once
 
 #include <string>
@@ -7,11 +7,11 @@ namespace MainWindow {
 
 enum class DialogKind { open, save };
 
-// Shows the dialog, with the path chosen last as its file name, and stores the path that the operator gives. Fails with
+// Shows the dialog with the last path as its file name, and stores the path that the operator chooses. Fails with
 // failureNumber::dialogCancelled.
 void askForPath(DialogKind kind, std::string& path);
 
-// subReportError, but a cancelled dialog passes in silence.
+// subReportError(), but without a message after a cancelled dialog.
 void reportUnlessCancelled();
 
 } // namespace MainWindow

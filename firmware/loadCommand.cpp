@@ -32,14 +32,14 @@ bool readImage() {
     return FirmComm::fncBinaryFile(shared.loadFilePath, shared.firmwareImage, FirmComm::FileMode::read) == imageSize;
 }
 
-// Key of the image's type text in TYPE.INI.
+// Key in TYPE.INI for the type text of the image.
 std::string typeTextKey() {
     const std::string text = trim(replaceAll(FirmComm::fncGetFileField(FirmComm::FileField::typeText), '\0', ' '));
     return text.empty() ? "NULL" : text;
 }
 
-// An interface-unit entry comes first; its version is in thousandths as it stands. That of an amplifier counts from the
-// base of its range.
+// Looks for an interface-unit entry first; there the raw version is in thousandths. The raw version of an amplifier is the
+// base of its range plus thousandths.
 void takeModelAndVersion() {
     const std::string versionText = FirmComm::fncGetFileField(FirmComm::FileField::rawVersion);
     const std::string typeText = typeTextKey();
@@ -80,7 +80,7 @@ void cmdLoading_Click() {
         blankFileRow(form);
         loadImage();
         subSetAllVersion();
-        desktop().doEvents(); // presses on the disabled window go before it is enabled
+        desktop().doEvents(); // discards clicks on the disabled window before it is enabled
     } catch (const std::exception&) {
         reportUnlessCancelled();
     }

@@ -16,7 +16,7 @@ namespace {
 constexpr int inputBufferSize = 1024;
 constexpr int outputBufferSize = 512;
 
-// Runs one step; its failure, if it is the first, leaves its number behind and stops nothing.
+// Runs one step. Catches its failure and stores the number if it is the first.
 template <class Step>
 void tryStep(int& failure, Step step) {
     try {
@@ -32,7 +32,7 @@ void tryStep(Step step) {
     tryStep(ignored, step);
 }
 
-// These texts are Japanese whatever the language of the screen is.
+// These texts are Japanese in both languages.
 void showOpenFailure(const std::string& text) {
     desktop().msgBox(text, platform::boxStyle::critical, messageText::title);
 }
@@ -92,7 +92,7 @@ void subClearInput() {
 
 bool linkAlive() {
     try {
-        serialPort().countReceived(); // fails when the device has gone away
+        serialPort().countReceived(); // fails when the device is gone
         return serialPort().isOpen();
     } catch (const Failure&) {
         return false;

@@ -1,4 +1,4 @@
-// The one serial port: opening, closing, and the way in which all other routines reach it.
+// The one serial port: opening, closing, and access for all other routines.
 #pragma once
 
 #include "platform/serialPort.h"
@@ -8,20 +8,20 @@
 
 namespace CommonComm {
 
-// The bound port. Fails with failureNumber::objectNotSet while none is bound.
+// The port of the last fncOpenPort. Fails with failureNumber::objectNotSet before it and after subClosePort.
 platform::SerialPort& serialPort();
 
-// Binds the port and opens COM `portNumber` with settings of the form 38400,n,8,1. True when it is open and ready; else
-// False after a message of its own, and the port is not open. A port that was open already stays as it was.
+// Opens COM `portNumber` with settings of the form 38400,n,8,1. True when it is open and ready. Otherwise shows a message
+// and gives False; the port is then not open, but a port that was open before stays open.
 bool fncOpenPort(std::int16_t portNumber, const std::string& settings);
 
-// Closes the port if it is open and unbinds it. Never fails.
+// Closes the port if it is open and drops the reference to it. Never fails.
 void subClosePort();
 
-// Throws away what has been received so far. Never fails.
+// Discards pending input. Never fails.
 void subClearInput();
 
-// True when a port is bound, open, and its device still there.
+// True when the port is open and its device present.
 bool linkAlive();
 
 } // namespace CommonComm

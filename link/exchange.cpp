@@ -21,15 +21,15 @@ constexpr std::int32_t linkFreeLimit = 5000;
 constexpr int passesBehindBadFrame = 3;
 constexpr std::int16_t reportedTry = 3;
 
-// Polls the port until the reply is finished or the clock has passed the deadline, that is, stands a millisecond later.
+// Polls the port until the reply is finished or until timeGetTime() > deadline.
 void receiveReply(ReplyReceiver& receiver, std::int64_t deadline) {
-    int passes = 0; // polls since a frame finished without being good
+    int passes = 0; // polls since a bad frame finished
     do {
         if (serialPort().countReceived() > 0) {
             if (receiver.take(serialPort().read())) {
                 subClearInput();
             }
-        } else if (!receiver.frameDone()) { // after a bad frame the polls follow without delay
+        } else if (!receiver.frameDone()) { // after a bad frame the next poll comes without delay
             desktop().waitForBytes(deadline + 1);
         }
         if (receiver.frameGood() || (receiver.frameDone() && ++passes == passesBehindBadFrame)) {
@@ -46,7 +46,7 @@ void subLinkFailure(const std::string& text) {
 }
 
 std::string fncCheckResult(const std::string& result) {
-    subLinkFailure(loadText(textId::communicationError)); // Japanese in either language
+    subLinkFailure(loadText(textId::communicationError)); // Japanese in both languages
     return result;
 }
 
@@ -85,7 +85,7 @@ std::string fncExchange(const std::string& command, bool rawData, std::int32_t t
 void subWaitLinkFree(std::int32_t timeoutMs) {
     const std::int64_t deadline = desktop().timeGetTime() + timeoutMs;
     while (shared.commBusy && desktop().timeGetTime() <= deadline) {
-        desktop().waitForEvents(deadline + 1); // the clock has to pass it
+        desktop().waitForEvents(deadline + 1); // until timeGetTime() > deadline
     }
     shared.commBusy = false;
 }

@@ -12,18 +12,18 @@ namespace CommonComm {
 void subSendFrame(const std::string& command);
 
 // One exchange: sends the command once and polls the port until the reply is finished or `timeoutMs` have passed. No
-// window event runs meanwhile. Gives the result code; the stored bytes of the reply are in shared.replyBytes, data as
-// hexadecimal pairs or, with `rawData`, as they come. Failures of the port and of the reply leave it, and
-// shared.commBusy standing.
+// window event runs meanwhile. Gives the result code; the stored bytes of the reply are in shared.replyBytes, its data
+// decoded from hexadecimal pairs or, with `rawData`, unchanged. Failures of the port and of the reply leave the routine
+// and leave shared.commBusy set.
 std::string fncExchange(const std::string& command, bool rawData, std::int32_t timeoutMs);
 
-// Waits up to `timeoutMs` for shared.commBusy to fall, letting window events run, and clears it in any case.
+// Waits up to `timeoutMs` until shared.commBusy is clear, letting window events run; clears it in any case.
 void subWaitLinkFree(std::int32_t timeoutMs);
 
-// Appends date, time and the text to the link log beside the program.
+// Appends date, time and the text to the link log in the program's directory.
 void subWriteLog(const std::string& text);
 
-// The entry for all commands: waits for the link, exchanges, copies shared.replyBytes to `reply` and, unless
+// Sends any command: waits for the link, exchanges, copies shared.replyBytes to `reply` and, unless
 // `suppressMessage`, shows the failure dialog when the unit gives "1234" on the third try of an operation or later.
 std::string fncSendCommand(const std::string& command, bool rawData, Bytes& reply, std::int32_t timeoutMs,
                            bool suppressMessage);

@@ -85,7 +85,7 @@ bool ReplyReceiver::takeBlockCheck(std::uint8_t byte) {
         bccBad_ = true;
         return false;
     }
-    // A later byte may match where the first one did not; the frame stays bad.
+    // A frame stays bad even if a later byte matches.
     if (answered() && !bccBad_) {
         responseCode_ = hexText(at(replyBytes_, replyResponse), 2) + hexText(at(replyBytes_, replyResponse + 1), 2);
     }

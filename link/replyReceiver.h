@@ -9,7 +9,7 @@
 
 namespace CommonComm {
 
-// Places of replyBytes, and where in it the fields of a reply stand.
+// Size of replyBytes, and the indices of the fields of a reply.
 constexpr std::int32_t replyCapacity = 451;
 constexpr std::int32_t replyResponse = 2; // two bytes: the response code
 constexpr std::int32_t replyData = 4;     // to the end
@@ -17,41 +17,39 @@ constexpr std::int32_t replyData = 4;     // to the end
 constexpr std::uint8_t stx = 0x02;
 constexpr std::uint8_t etx = 0x03;
 
-// Reads one reply. It counts a position over every byte that is neither STX nor ETX, noise ahead of STX included, and
-// the position alone decides what a byte is:
+// Parses one reply. It counts every byte that is neither STX nor ETX, noise ahead of STX included; this position alone
+// decides the meaning of a byte:
 //
-//   1 to 4     node number and sub-address, not looked at
+//   1 to 4     node number and sub-address, ignored
 //   5, 6       end code
 //   7 to 14    hexadecimal pairs, stored: command code and response code
-//   15 onward  data: hexadecimal pairs, or as they come with `rawData`, stored
+//   from 15    data, stored: hexadecimal pairs, or with `rawData` unchanged
 //
-// After STX and ETX, in whatever order they came, the next byte is the block check: the exclusive OR of all bytes
-// but STX up to and with ETX.
+// After STX and ETX, in any order, the next byte is the block check: the exclusive OR of all bytes but STX, ETX included.
 class ReplyReceiver {
   public:
-    // Stores into `replyBytes`, which it re-creates with replyCapacity bytes of 0.
+    // Stores into `replyBytes`, which it resets to replyCapacity bytes of 0.
     ReplyReceiver(Bytes& replyBytes, bool rawData);
 
-    // Takes the bytes of one read up to a block check byte; what stands after that one is not looked at. True when the
-    // block check was right, so that all else that has come is to be thrown away. Fails when there is no room left to
-    // store, at a pair that is not hexadecimal, and at the block check of a frame that stored too little to be cut or
-    // to hold a response code.
+    // Takes the bytes of one read up to a block check byte; ignores those after it. True when the block check was right:
+    // the caller then discards pending input. Fails when replyBytes is full, at a pair that is not hexadecimal, and at the
+    // block check of a frame that is too short.
     bool take(std::span<const std::uint8_t> bytes);
 
     // A block check byte has ended the frame, good or bad.
     bool frameDone() const { return frameDone_; }
 
-    // The frame is done, its block check right, its end code 00 or 0F.
+    // The frame is finished, its block check right, its end code 00 or 0F.
     bool frameGood() const { return frameDone_ && !bccBad_ && answered(); }
 
-    // Result of the exchange as things stand: the response code of an answer, empty as long as no good frame stands;
-    // 9999 without an end code; else 90 and the end code.
+    // Result of the exchange so far: with end code 00 or 0F the response code, empty without a good frame; without an end
+    // code 9999; else 90 and the end code.
     std::string result() const;
 
-    // The end code says that all is well, but no good frame came of it.
+    // The end code is 00, but there is no good frame.
     bool brokenAnswer() const { return endCode_ == "00" && responseCode_.empty(); }
 
-    // State of a broken answer as the link log tells it.
+    // State of a broken answer, for the link log.
     std::string logText() const;
 
   private:
@@ -68,7 +66,7 @@ class ReplyReceiver {
     std::uint8_t bcc_ = 0;
     bool stxSeen_ = false;
     bool etxSeen_ = false;
-    bool bodyEnded_ = false; // a block check byte was taken, in a frame with another end code than 11
+    bool bodyEnded_ = false; // a block check byte was taken and the end code is not 11
     bool bccBad_ = false;
     bool frameDone_ = false;
     std::string endCode_;

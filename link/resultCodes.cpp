@@ -15,7 +15,7 @@ struct Row {
 constexpr std::array rows{
     Row{"0000", resultSuccess},
     Row{"0101", 9},
-    Row{"9000", 10}, // nothing gives it
+    Row{"9000", 10}, // not used
     Row{"9998", 11}, // an exchange is running
     Row{"9999", 12}, // silence, or a run-time failure
     Row{"1001", 13},

@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::int32_t operationTimeout = 10000;
 
-// The failure rule that the command routines share. `command` gets the result that it holds so far.
+// Runs a command routine and shows its failure. `command` sets `result` as soon as it has one.
 template <class Command>
 std::string commandRoutine(Command command) {
     std::string result;

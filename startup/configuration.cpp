@@ -25,7 +25,7 @@ std::string typeValue(const std::string& section, const std::string& key) {
     return fncGetIniString(section, key, shared.iniFilePath);
 }
 
-// Takes the range whose base stands in item `base` of shared.iniList; the model name stands in the next.
+// Uses the range whose base is item `base` of shared.iniList; the model name is the next item.
 bool takeRange(std::int32_t base, std::int32_t rawVersion, std::string& typeName, std::int32_t& version) {
     version = roundToWhole(rawVersion - numericBeginning(at(shared.iniList, base)));
     typeName = at(shared.iniList, base + 1);

@@ -24,7 +24,7 @@ constexpr std::int32_t typeKeyByte = replyData + 3;      // of the area D5
 constexpr std::size_t modelLength = 16;                  // characters of the identification text
 constexpr std::size_t versionLength = 6;
 
-// Ends the program, whichever button is pressed.
+// Ends the program after the box, whatever the answer.
 void refuseUnit(std::int32_t id, std::int32_t japaneseStyle, std::int32_t englishStyle) {
     if (japaneseSelected()) {
         fncMsgBox(id, japaneseStyle);

@@ -98,7 +98,7 @@ void probeUnit(FrmStartUp& form) {
     }
 }
 
-// Two tries; window events run after each that failed.
+// Two tries; window events run after each failed one.
 bool unitAnswers() {
     for (int tries = 0; tries < 2; ++tries) {
         Bytes reply;
@@ -135,7 +135,7 @@ void Form_Load() {
         probeUnit(form);
     } catch (const std::exception&) {
         subReportError();
-        // The operator needs a button to press, whatever went wrong.
+        // After any failure the operator needs a button to press.
         desktop().show(form);
         offerPorts(form);
     }

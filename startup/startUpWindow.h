@@ -3,10 +3,10 @@
 
 namespace StartUpWindow {
 
-// The first of the program's own code. Reads the settings, shows the picture, opens the port and asks for a unit.
+// Runs first. Reads the settings, shows the picture, opens the port and asks for a unit.
 void Form_Load();
 
-// The set button: tries the port chosen in the list. A press while an earlier one is still at work does nothing.
+// The set button: tries the port chosen in the list. Ignores a press while an earlier one is running.
 void cmdTest_Click();
 
 // The cancel button: ends the program.
