@@ -15,7 +15,7 @@ namespace program {
 
 namespace {
 
-// Handlers deal with their failures themselves; what one leaves over is reported here and never reaches the toolkit.
+// Handlers report their failures themselves. This reports any that is left, so that none reaches the toolkit.
 template <class Handler>
 std::function<void()> event(Handler handler) {
     return [handler] {
@@ -48,7 +48,7 @@ void bindMain(FrmMain& form) {
     form.CommTimer.tick = event(MainWindow::CommTimer_Timer);
 }
 
-// A close request is ignored: taking the dialog away is the matter of the transfer.
+// A close request is ignored: the transfer unloads the dialog.
 void bindWait(FrmWait& form) {
     form.load = event(WaitWindow::Form_Load);
     form.cmdCancel.click = event(WaitWindow::cmdCancel_Click);

@@ -5,8 +5,8 @@ namespace program {
 // Binds every event of every form to its handler.
 void bindEvents();
 
-// The start of the program: variables at their start values, no form loaded, every event bound to its handler, and the
-// start-up window runs. Needs the desktop to be set. Returns when start-up hands over to the operator.
+// Starts the program: resets variables and forms, binds every event to its handler, and runs the start-up window. Call
+// setDesktop() before. Returns when start-up is over and the program waits for the operator.
 void start();
 
 } // namespace program

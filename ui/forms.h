@@ -1,5 +1,5 @@
-// The three windows. The first touch of a form loads it: its object comes to be, its events are bound, the desktop
-// loads its window, and its load event runs.
+// The three windows. The first call of an accessor loads the form: it creates the object, binds the events, lets the
+// desktop load the window, and runs the load event.
 #pragma once
 
 #include "ui/frmMain.h"
@@ -14,10 +14,10 @@ FrmWait& frmWait();
 
 bool frmWaitLoaded();
 
-// Takes the progress dialog away; the next touch loads it anew. Harmless when it is not loaded.
+// Unloads the progress dialog; the next frmWait() loads it again. Does nothing when it is not loaded.
 void unloadFrmWait();
 
-// What binds the events of each form: routines of subsystems that stand above this one.
+// The routines that bind the events of each form; the handlers are in higher folders.
 struct FormBinders {
     std::function<void(FrmStartUp&)> frmStartUp;
     std::function<void(FrmMain&)> frmMain;
@@ -25,5 +25,5 @@ struct FormBinders {
 };
 void setFormBinders(FormBinders binders);
 
-// Forgets all forms, as the start of a process does.
+// Resets all forms to the state at the start of a process.
 void forgetForms();

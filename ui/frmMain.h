@@ -21,7 +21,7 @@ struct FrmMain : platform::Form {
     platform::Control chkVerify;
     platform::Control fraLanguage;
     std::array<platform::Control, 2> optLanguage; // Japanese, English
-    platform::Control LabelWriteProtect;          // visible: writes are checked, not carried out
+    platform::Control LabelWriteProtect;          // visible: a write ends after its checks
     platform::Control Line2;
 
     platform::Timer CommTimer{"CommTimer"}; // steps the transfer procedures

@@ -30,7 +30,7 @@ Control button(const char* name, int tabIndex, Place place) {
 FrmStartUp::FrmStartUp() {
     name = "frmStartUp";
     clientArea = {4800, 855};
-    centred = false; // its Form_Load works the place out
+    centred = false; // its Form_Load computes the position
     icon = art::programIcon;
     backPicture = art::startUpPicture;
 

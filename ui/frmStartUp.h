@@ -1,4 +1,4 @@
-// The first window: a picture while the unit is probed, the choice of a port when none answers.
+// The first window: a picture while the program asks for the unit, a list of ports when none answers.
 #pragma once
 
 #include "platform/desktop.h"

@@ -1,4 +1,4 @@
-// The progress dialog that stands over the main window while firmware moves.
+// The progress dialog, shown during a transfer.
 #pragma once
 
 #include "platform/desktop.h"

@@ -1,4 +1,4 @@
-// The language is the state of the option pair of the main window; it is held nowhere else.
+// The language is the state of the two option buttons of the main window and is stored nowhere else.
 #pragma once
 
 #include "ui/forms.h"

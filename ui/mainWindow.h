@@ -1,22 +1,22 @@
-// What the main window does by itself. The commands behind its buttons stand in firmware/ and transfer/.
+// Start, rows and end of the main window. The commands of its buttons are in firmware/ and transfer/.
 #pragma once
 
 #include <cstdint>
 
 namespace MainWindow {
 
-// Fixes the language (English), selects row 0, sets the texts; ends the program when TYPE.INI is missing.
+// Selects English and row 0, sets the texts; ends the program when TYPE.INI is missing.
 void Form_Load();
 
-// Brings title, models and versions to the screen. A row without a model shows no version.
+// Shows title, models and versions. A row without a model shows no version.
 void subSetAllVersion();
 
-// Selects the row that the commands address: 1 the interface unit, any other the amplifier. The other row greys.
+// Selects the row that the commands address: 1 the interface unit, any other the amplifier. The other row turns grey.
 void optPresent_Click(std::int16_t index);
 
 void cmdEnd_Click();
 
-// Ends the program at once, whatever asks for the close.
+// Ends the program at once, whatever the close request.
 void Form_QueryUnload();
 
 } // namespace MainWindow

@@ -21,7 +21,7 @@ std::string boxText(std::int32_t row, const std::string& msg1) {
     case textId::receiveTimeout:
     case textId::shutDownByCancel: return msg1 + text;
     case textId::applicationError: return text + msg1;
-    case textId::portNotEffective1: // Japanese in either language
+    case textId::portNotEffective1: // Japanese in both languages
         return loadText(textId::portNotEffective1) + msg1 + loadText(textId::portNotEffective2);
     default: return text;
     }

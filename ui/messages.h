@@ -4,11 +4,11 @@
 #include <cstdint>
 #include <string>
 
-// The literals that no row of the string table holds.
+// Texts that are not in the string table.
 namespace messageText {
 constexpr const char* title = "Tarn Beacon";
 constexpr const char* japaneseTitle = "ターンビーコン"; // of the Japanese transfer notices
-constexpr const char* linkErrorTitle = "エラー";        // of the low link routines, in either language
+constexpr const char* linkErrorTitle = "エラー";        // of failed writes of raw bytes, in both languages
 constexpr const char* succeedJapanese = "正常終了";
 constexpr const char* succeed = "Succeed";
 constexpr const char* failedJapanese = "異常終了";
@@ -17,16 +17,16 @@ constexpr const char* verifyFailedJapanese = "ベリファイ失敗";
 constexpr const char* formatTest = "形式認識テストです　書込み処理はスキップします。";
 } // namespace messageText
 
-// Shows the text of `id`, moved to the English row when English is selected and `id` stands in the Japanese half, under
-// the title "Tarn Beacon". `msg1` goes in front of receiveTimeout and shutDownByCancel, after applicationError and into
-// portNotEffective1. Gives 1 for OK, 2 for Cancel; 0 after a failure of its own, which it has shown in a box.
+// Shows the text of `id` under the title "Tarn Beacon"; with English selected, the English text of a Japanese `id`. `msg1`
+// goes in front of receiveTimeout and shutDownByCancel, after applicationError and into portNotEffective1. Gives 1 for OK,
+// 2 for Cancel; 0 after a failure of its own, which it has shown in a box.
 int fncMsgBox(std::int32_t id, std::int32_t style, const std::string& msg1 = {});
 
-// Shows the failure in flight: applicationError and its description, nothing after it when there is none. A failure
-// that no operation of the platform raises counts as unexpected, and ends the program after its box.
+// Shows applicationError and the description of the current exception, which is empty when there is none. An exception
+// other than Failure counts as unexpected and ends the program after the box.
 void subReportError();
 
-// The failure in flight, of any kind; number 0 and no text when there is none.
+// The current exception, of any type; number 0 and no text when there is none.
 struct FailureReport {
     int number = 0;
     std::string description;

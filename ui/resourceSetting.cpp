@@ -27,7 +27,7 @@ void setCaptions(std::initializer_list<CaptionRow> rows, std::int32_t languageOf
     }
 }
 
-// What a screen reader calls the rows, which have no captions of their own on the screen.
+// Sets the names of the rows for screen readers; on the screen the rows have no captions.
 void nameRows(FrmMain& form) {
     struct Row {
         const char* japanese;

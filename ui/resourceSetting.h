@@ -16,7 +16,7 @@ void subSetWaitText(std::int32_t languageOffset);
 // Sets shared.portSetupText.
 void subLoadMessageTexts();
 
-// A press of a language option: the texts of the main window follow at once. Both buttons do the same.
+// The click of both language options: sets the texts of the main window.
 void optLanguage_Click();
 
 } // namespace ResourceSetting

@@ -1,5 +1,5 @@
-// The controls that the delivered screen hides and the service screen shows: two sets of stored properties. The build
-// chooses one.
+// The controls that the delivered screen hides and the service screen shows. There are two sets of their properties; the
+// build chooses one.
 #pragma once
 
 #include "platform/form.h"
@@ -13,7 +13,7 @@ struct Showing {
 
 struct HiddenControls {
     Showing cmdPresent, chkVerify, fraLanguage;
-    std::array<platform::Place, 2> optLanguage; // visible as far as fraLanguage is
+    std::array<platform::Place, 2> optLanguage; // visible when fraLanguage is
     Showing cmdCancel;
 };
 

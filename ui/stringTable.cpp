@@ -9,12 +9,12 @@ namespace {
 
 struct Row {
     std::int32_t id;
-    const char* key; // for people: it names the text in both languages, and nothing looks a text up by it
+    const char* key; // names the text for the reader; not used by the program
     const char* japanese;
     const char* english;
 };
 
-// The wording is the product's own, typing errors included.
+// The texts are those of the product and are kept unchanged, spelling errors included.
 constexpr std::array rows{
     Row{textId::fontName, "IDS_FONTNAME", "ＭＳ Ｐゴシック", "Arial"},
     Row{textId::binFileFilter, "IDS_FILTER_BINFILE", "Binファイル (*.bin)|*.bin||", "Bin File (*.bin)|*.bin||"},

@@ -1,4 +1,4 @@
-// The numbered texts. Japanese stands at the id, English at the id + englishOffset.
+// The numbered texts: Japanese at the id, English at the id + englishOffset.
 #pragma once
 
 #include <cstdint>
@@ -47,5 +47,5 @@ constexpr std::int32_t portNotEffective2 = 3032;
 
 constexpr std::int32_t englishOffset = 500;
 
-// The text of an id of either half. Fails with failureNumber::noSuchText for an id without a text.
+// The text of an id, Japanese or English. Fails with failureNumber::noSuchText for an id without a text.
 std::string loadText(std::int32_t id);
