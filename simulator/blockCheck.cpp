@@ -6,8 +6,8 @@
 
 namespace simulator {
 
-// The polynomial 0x1021 divides eight bits in one go: what it carries over lies 4, 12 and 5 bits from where it arose. No
-// table, as the program has one: a fault in that would go unseen if both had it.
+// Processes eight bits at once by shifts of 4, 12 and 5 bits. Has no table, unlike the program: with the same table in both
+// a fault in it would not be noticed.
 std::uint16_t crcOf(std::span<const std::uint8_t> bytes) {
     std::uint16_t crc = 0;
     for (const std::uint8_t byte : bytes) {

@@ -1,4 +1,4 @@
-// The check bytes of a block, worked out apart from the tool's own, so that neither hides a fault of the other.
+// The check bytes of a block. The code is independent of the tool's, so that neither hides a fault of the other.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ std::uint16_t crcOf(std::span<const std::uint8_t> bytes);
 // The low eight bits of the sum of the bytes.
 std::uint8_t checksumOf(std::span<const std::uint8_t> bytes);
 
-// True when the packet (SOH, number, complement, 128 bytes, CRC or checksum) is whole and agrees with itself.
+// True when the packet (SOH, number, complement, 128 bytes, CRC or checksum) is complete and its checks are right.
 bool packetAgrees(std::span<const std::uint8_t> packet, bool crc);
 
 } // namespace simulator

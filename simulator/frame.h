@@ -12,8 +12,8 @@ class FrameReader {
   public:
     enum class State { idle, underWay, complete, broken };
 
-    // Takes a byte and gives the state after it. An STX begins a frame, also in the midst of one. A byte that no
-    // command text holds breaks the frame, and so does a text longer than any command.
+    // Takes a byte and gives the state after it. An STX begins a frame, also within a frame. A byte that cannot be
+    // part of a command breaks the frame, and so does a text longer than any command.
     State read(std::uint8_t byte);
 
     void drop() { state_ = State::idle; }

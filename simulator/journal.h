@@ -1,4 +1,4 @@
-// What a simulated unit has lived through.
+// Record of what a simulated unit has received and done.
 #pragma once
 
 #include "simulator/wire.h"
@@ -9,24 +9,24 @@
 namespace simulator {
 
 struct HeardFrame {
-    std::string text;  // the command text; of a frame that is not in order, all between STX and ETX
+    std::string text;  // the command text; of a bad frame, everything between STX and ETX
     bool good = false; // block check right and addressed to this unit
     Micros at = 0;
-    std::string reply; // what stood between STX and ETX; empty for silence and for a reply set byte for byte
+    std::string reply; // text between STX and ETX; empty without a reply and for a reply given as bytes
 };
 
 struct Journal {
     std::vector<HeardFrame> frames;
     std::vector<std::string> operations; // two digits each, in order, refused ones included
 
-    // As receiver; the counts run on over all transfers.
-    int packets = 0; // packets heard, damaged ones and EOTs included
+    // As receiver; the counts cover all transfers.
+    int packets = 0; // packets received, damaged ones and EOTs included
     int blocksAccepted = 0;
     int blocksRefused = 0;      // damaged
     int blocksRepeated = 0;     // received a second time: acknowledged, not stored
     int ends = 0;               // EOTs acknowledged
-    int cancels = 0;            // transfers broken off with CAN CAN, by either side
-    bool imageComplete = false; // the last image received has ended with all its blocks
+    int cancels = 0;            // transfers cancelled with CAN CAN, by either side
+    bool imageComplete = false; // the last image received is complete
     Micros receiveTime = 0;     // of that image, from the end of its first packet to its EOT
 
     // As sender.
@@ -34,7 +34,7 @@ struct Journal {
     int blocksSent = 0;  // each block once
 };
 
-// A short summary in lines of the form "name: values". Frames that were not good carry a "!".
+// A summary in lines of the form "name: values". Bad frames are marked with "!".
 std::string journalText(const Journal& journal);
 
 } // namespace simulator

@@ -20,7 +20,7 @@ void putText(Bytes& image, std::size_t offset, std::size_t length, std::string t
 
 Bytes makeSampleImage(const SampleImage& sample) {
     Bytes image(imageSize);
-    std::mt19937_64 random(sample.seed); // its sequence is fixed by the language's standard
+    std::mt19937_64 random(sample.seed); // the C++ standard defines its sequence
     std::uint64_t drawn = 0;
     for (std::size_t i = 0; i < image.size(); ++i) {
         drawn = i % sizeof drawn == 0 ? random() : drawn >> 8;

@@ -6,15 +6,15 @@
 
 namespace simulator {
 
-// Where the type text stands in an image.
+// Offset of the type text in an image.
 inline constexpr std::size_t typeTextOffset = 0x3BF10;
 inline constexpr std::size_t typeTextLength = 16;
 
 struct SampleImage {
-    std::string typeText = "AMPFIRM"; // up to 16 characters; zero bytes fill it up
+    std::string typeText = "AMPFIRM"; // up to 16 characters, padded with zero bytes
     std::uint16_t rawVersion = 11046;
-    std::string leadText = "TARN0"; // up to 5 characters, at the head of the identification block
-    std::uint32_t seed = 1;         // of the bytes that stand for the firmware; the same seed gives the same bytes
+    std::string leadText = "TARN0"; // up to 5 characters, at the start of the identification block
+    std::uint32_t seed = 1;         // of the random bytes of the firmware
 };
 
 // A firmware image of the right size with an identification block.

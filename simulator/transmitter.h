@@ -10,27 +10,27 @@
 
 namespace simulator {
 
-// Bytes and the moment at which the unit hands them to its line.
+// Bytes, and the time at which the unit sends them.
 struct Output {
     Micros at = 0;
     Bytes bytes;
 };
 
-// What the unit is about to say, in order.
+// The output queue of the unit.
 class Transmitter {
   public:
-    // Queues bytes for a moment, or for that of the bytes queued last where this is later.
+    // Queues bytes for a time, but not before the bytes queued last.
     void send(std::span<const std::uint8_t> bytes, Micros at, Pieces pieces = {});
 
-    // Hands over what is due.
+    // Moves the bytes that are due to the output.
     void release(Micros now);
 
-    // Forgets what has not been handed over.
+    // Discards the bytes that are not due yet.
     void drop() { queue_.clear(); }
 
     std::optional<Micros> due() const;
 
-    // What has been handed over since the last call.
+    // The output since the last call.
     std::vector<Output> take() { return std::exchange(released_, {}); }
 
   private:

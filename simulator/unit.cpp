@@ -47,7 +47,7 @@ void Unit::receive(std::span<const std::uint8_t> bytes, Micros now) {
     advance(now);
 }
 
-// Takes some of the bytes and gives how many.
+// Takes some of the bytes and gives their number.
 std::size_t Unit::hear(std::span<const std::uint8_t> bytes, Micros now) {
     const bool mayBegin = mode_ != Mode::receiving || receiver_.betweenPackets();
     if (frame_.underWay() || (bytes.front() == stx && mayBegin)) {
@@ -263,7 +263,7 @@ std::optional<Micros> Unit::dueByItself() const {
 
 void Unit::advance(Micros now) {
     for (auto next = due(); next && *next <= now; next = due()) {
-        latest_ = std::max(latest_, *next); // a frame on its way in has held other things back
+        latest_ = std::max(latest_, *next); // a frame that is being received delays other actions
         step(latest_);
     }
 }

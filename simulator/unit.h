@@ -1,4 +1,4 @@
-// A simulated amplifier unit: bytes in, bytes out, and the time told to it.
+// A simulated amplifier unit: bytes in, bytes out; the caller passes the time.
 #pragma once
 
 #include "simulator/frame.h"
@@ -15,49 +15,49 @@
 
 namespace simulator {
 
-// Commands are answered like this:
-// - A frame with a wrong block check gets a reply that has the end code "13" and nothing else, one whose text is no
-//   command at all the end code "14"; a frame to another node or sub-address gets silence. During a transfer, what is
-//   not a good frame counts as noise.
+// Answers to commands:
+// - A frame with a wrong block check gets a reply with end code "13" and nothing else, a frame whose text is no command
+//   gets end code "14", a frame to another node or sub-address no reply. During a transfer, everything but a good frame
+//   counts as noise.
 // - "0501", "0601", the area reads of one element at address 1 and the operations in their exact form get "0000".
 //   Any other area read gets "1101", an operation in another form "1004", any other command "1001".
 // - "51" without a "50" to the same unit before it gets "2204", and so does any command but an operation while the
-//   unit is in its transfer mode. It leaves that mode by any operation, or when a transfer is broken off or
-//   all is sent.
+//   unit is in its transfer mode. It leaves that mode at any operation, or when a transfer is cancelled or
+//   complete.
 //
-// An image that ended with all its blocks becomes the present image of its unit, and the version that the unit tells
-// is from then on that of the image. Times must not go backwards from call to call.
+// A complete image becomes the present image of its unit, and the unit then reports the version of the image. Times must
+// not go backwards from call to call.
 class Unit {
   public:
     explicit Unit(UnitOptions options);
     Unit(const Unit&) = delete;
     Unit& operator=(const Unit&) = delete;
 
-    // Bytes whose last one has arrived at `now`.
+    // Passes bytes to the unit, of which the last has arrived at `now`.
     void receive(std::span<const std::uint8_t> bytes, Micros now);
 
-    // Does all that the unit does by itself up to `now`.
+    // Runs everything that the unit does by itself up to `now`.
     void advance(Micros now);
 
-    // The next moment at which `advance` has something to do.
+    // Time at which `advance` has something to do next.
     std::optional<Micros> due() const;
 
-    // What the unit has handed to its line since the last call, in order.
+    // The output of the unit since the last call, in order.
     std::vector<Output> takeOutput() { return transmitter_.take(); }
 
     // Enters a transfer without a command, for the amplifier.
     void startReceiving(Micros now);
     void startSending(Micros now);
 
-    // Begins anew, as after a power failure: what it was about is forgotten. Images and journal stay.
+    // Restarts, as after a power failure: the state of a transfer is lost. Images and journal stay.
     void restart();
 
-    // What the unit is may change while it runs.
+    // The options may change while the unit runs.
     UnitOptions& options() { return options_; }
 
     const Journal& journal() const { return journal_; }
 
-    // The image of the last write as far as it came.
+    // The image of the last write, complete or not.
     const Bytes& receivedImage() const { return receiver_.image(); }
 
   private:
@@ -93,11 +93,11 @@ class Unit {
     XmodemSender sender_{options_, journal_, transmitter_};
     FrameReader frame_;
     Micros frameByteAt_ = 0;
-    Micros latest_ = 0;           // the moment of the last thing done or heard
+    Micros latest_ = 0;           // time of the last action or received byte
     std::vector<int> ruleCounts_; // frames that each answer rule has counted
     Mode mode_ = Mode::commands;
     std::string preparedUnit_; // unit field of the last "50", until "53" or "54"
-    std::string writtenUnit_;  // unit field of the write under way
+    std::string writtenUnit_;  // unit field of the present write
     int endsSeen_ = 0;
 };
 

@@ -1,4 +1,4 @@
-// The bytes, and sizes of the line that the unit knows.
+// Control bytes and sizes of the line protocol.
 #pragma once
 
 #include "base/bytes.h"

@@ -38,7 +38,7 @@ std::size_t XmodemReceiver::receive(std::span<const std::uint8_t> bytes, Micros 
         }
         return taken.size();
     }
-    case Phase::purging: // up to an STX, which may begin a command
+    case Phase::purging: // ends at an STX, which may begin a command
         return std::max<std::size_t>(1, static_cast<std::size_t>(std::ranges::find(bytes, stx) - bytes.begin()));
     default: hearFirst(bytes.front(), now); return 1;
     }
@@ -46,7 +46,7 @@ std::size_t XmodemReceiver::receive(std::span<const std::uint8_t> bytes, Micros 
 
 void XmodemReceiver::hearFirst(std::uint8_t byte, Micros now) {
     cans_ = byte == can ? cans_ + 1 : 0;
-    if (byte == eot) { // also after the end: its ACK may have been lost
+    if (byte == eot) { // also a repeated EOT: the ACK may have been lost
         packet_[0] = eot;
         packetFill_ = 1;
         endPacket(now);

@@ -10,30 +10,30 @@
 
 namespace simulator {
 
-// The unit's XMODEM receiver, 128-byte blocks, after the rules of Ward Christensen and the CRC of John Byrns: it asks
-// with 'C' or NAK until the first packet, answers each with ACK or NAK, acknowledges a repeated block without storing
-// it, and gives up with CAN CAN on a block out of sequence. Noise is let pass until the line has been quiet.
+// The unit's XMODEM receiver for 128-byte blocks. It sends 'C' or NAK until the first packet, answers each packet with ACK
+// or NAK, acknowledges a repeated block without storing it, and cancels with CAN CAN at a block out of sequence. After
+// noise it discards bytes until the line has been idle.
 class XmodemReceiver {
   public:
     XmodemReceiver(const UnitOptions& options, Journal& journal, Transmitter& transmitter)
         : options_(options), journal_(journal), transmitter_(transmitter) {}
 
-    // Begins a transfer. The first start byte goes out at `firstStart`.
+    // Begins a transfer. The first start byte is sent at `firstStart`.
     void start(Micros firstStart);
 
-    // Takes bytes up to the end of a packet at most and gives how many it took. `bytes` is not empty.
+    // Takes bytes up to the end of a packet at most and gives their number. `bytes` is not empty.
     std::size_t receive(std::span<const std::uint8_t> bytes, Micros now);
 
-    // The line brought something that was no packet.
+    // Something other than a packet was received.
     void hearNoise(Micros now);
 
     void advance(Micros now);
     std::optional<Micros> due() const;
 
-    // False while a packet is on its way in, so that an STX is data.
+    // False while a packet is being received: an STX is then data.
     bool betweenPackets() const { return phase_ != Phase::packet; }
 
-    // Broken off, by either side or for want of an answer.
+    // Ended by CAN of either side or because no answer came.
     bool brokenOff() const { return phase_ == Phase::brokenOff; }
 
     const Bytes& image() const { return image_; }
@@ -61,10 +61,10 @@ class XmodemReceiver {
     std::array<std::uint8_t, crcPacketSize> packet_{};
     std::size_t packetFill_ = 0;
     Bytes image_;
-    bool packetSeen_ = false; // since then start bytes give way to NAK
+    bool packetSeen_ = false; // from then on NAK is sent instead of start bytes
     int starts_ = 0;
-    int failures_ = 0; // in a row
-    int cans_ = 0;     // in a row
+    int failures_ = 0; // consecutive
+    int cans_ = 0;     // consecutive
     Micros lastByteAt_ = 0;
     Micros firstPacketAt_ = 0;
     Micros waitEnd_ = 0;

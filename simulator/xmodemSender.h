@@ -9,21 +9,21 @@
 
 namespace simulator {
 
-// The unit's XMODEM sender, 128-byte blocks, with checksums when asked with NAK and CRC when asked with 'C'. A packet
-// is sent again on NAK and on silence. What arrives while a packet is still going out is looked at after it.
+// The unit's XMODEM sender for 128-byte blocks, with checksums if the transfer begins with NAK and CRC if it begins with
+// 'C'. It repeats a packet after NAK or a time-out. Bytes that arrive while a packet is being sent are handled after it.
 class XmodemSender {
   public:
     XmodemSender(const UnitOptions& options, Journal& journal, Transmitter& transmitter)
         : options_(options), journal_(journal), transmitter_(transmitter) {}
 
-    // Begins a transfer of the image's whole blocks. The image stays the caller's and must outlive the transfer.
+    // Begins a transfer of the image's whole blocks. The caller owns the image, which must outlive the transfer.
     void start(std::span<const std::uint8_t> image, Micros now);
 
     void receive(std::uint8_t byte, Micros now);
     void advance(Micros now);
     std::optional<Micros> due() const;
 
-    // Finished, broken off, or given up for want of an answer.
+    // Complete, cancelled, or ended because no answer came.
     bool ended() const { return phase_ == Phase::ended; }
 
   private:
@@ -49,9 +49,9 @@ class XmodemSender {
     bool endSent_ = false;
     Bytes packet_;
     std::span<const std::uint8_t> unsent_;
-    Bytes held_;       // heard while a packet was going out
-    int failures_ = 0; // in a row
-    int cans_ = 0;     // in a row
+    Bytes held_;       // received while a packet was being sent
+    int failures_ = 0; // consecutive
+    int cans_ = 0;     // consecutive
     Micros nextAt_ = 0;
 };
 

@@ -18,8 +18,8 @@ namespace {
 
 constexpr Micros bitsPerByte = 10; // start, eight data, stop
 constexpr Micros bitsPerSecond = 38400;
-constexpr std::size_t readSize = 256;   // below the terminal's queue, so that a full line holds the tool back
-constexpr std::size_t deliverySize = 8; // bytes that a serial chip gathers before it reports them
+constexpr std::size_t readSize = 256;   // less than the terminal's queue, so that a full line makes the tool wait
+constexpr std::size_t deliverySize = 8; // bytes that a serial chip collects before it reports them
 constexpr Micros quietTime = fromMilliseconds(50);
 
 Micros clockNow() {
@@ -102,7 +102,7 @@ void LineSession::queueDepartures(Micros now) {
     }
 }
 
-// How many bytes of the departure will have been delivered with the next write.
+// Number of bytes of the departure that are delivered with the next write, counted from its start.
 std::size_t LineSession::nextWritten(const Departure& departure) const {
     const std::size_t size = departure.bytes.size();
     return options_.paced ? std::min(size, departure.written + deliverySize) : size;
@@ -155,7 +155,7 @@ void LineSession::sleep(Micros now, const sigset_t& waitMask) {
     mayRead_ = (terminal.revents & POLLIN) != 0;
 }
 
-// The files stand before the unit's reply to operation 53 goes out: who waits for that reply finds them.
+// Writes the files before the reply to operation 53 is sent, so that they exist when the tool has that reply.
 void LineSession::saveFiles(Micros now) {
     const auto& operations = unit_.journal().operations;
     const bool procedureClosed = operations.size() > operationsSaved_ && operations.back() == "53";
@@ -176,8 +176,8 @@ void LineSession::saveImage() const {
     }
 }
 
-// When the tool said its first byte, in seconds of the day's clock; and how long it took from the last byte of what the
-// unit said to the first of what it said next.
+// The time of the tool's first byte, in seconds since 1970, and the tool's turnaround: from the last byte that the unit
+// sends to the first byte that the tool sends next.
 std::string LineSession::timesText() {
     std::ostringstream text;
     if (firstHeardAt_) {

@@ -12,8 +12,8 @@
 
 namespace simulator {
 
-// Joins a unit to a pseudo terminal, in real time: takes bytes from it as the line would bring them, gives them at
-// the moments at which the line would deliver them, and sleeps in the kernel between.
+// Connects a unit to a pseudo terminal in real time: reads and writes bytes at the times at which a line would deliver
+// them, and sleeps in the kernel in between.
 class LineSession {
   public:
     LineSession(ProgramOptions options, PseudoTerminal& terminal);
@@ -44,18 +44,18 @@ class LineSession {
     ProgramOptions options_;
     PseudoTerminal& terminal_;
     Unit unit_;
-    Bytes arriving_; // on the line to the unit, whole at arrivalAt_
+    Bytes arriving_; // on the line to the unit, complete at arrivalAt_
     Micros arrivalAt_ = 0;
     std::deque<Departure> departing_;
     Micros departureEnd_ = 0;
     bool terminalFull_ = false;
     bool mayRead_ = false;
-    Micros lateness_ = 0; // with which the last bytes were delivered: the answer to them is taken as that much earlier
+    Micros lateness_ = 0; // of the last delivery; the answer counts as that much earlier
     std::optional<std::chrono::system_clock::time_point> firstHeardAt_;
-    std::optional<Micros> saidAt_; // when the last byte was written, until the tool says something
+    std::optional<Micros> saidAt_; // time of the last byte written, until the tool sends something
     std::vector<Micros> turnarounds_;
     std::size_t operationsSaved_ = 0;
-    std::optional<Micros> quietAt_; // when the journal is due to be written
+    std::optional<Micros> quietAt_; // time at which to write the journal
     std::string journalSaved_;
 };
 

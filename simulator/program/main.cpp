@@ -15,7 +15,7 @@ namespace {
 
 volatile std::sig_atomic_t stop = 0;
 
-// Holds the two signals back except while the session sleeps, and gives the mask for its sleep.
+// Blocks the two signals except while the session sleeps, and gives the mask for that.
 sigset_t catchStopSignals() {
     sigset_t held;
     sigset_t waitMask;

@@ -115,16 +115,16 @@ const std::map<std::string, Option, std::less<>> knownOptions{
 
 const std::string_view helpText = R"(Usage: tarnbeacon-unit [options]
 
-Plays an amplifier unit on a pseudo terminal, whose name it prints, until SIGTERM or SIGINT.
+Simulates an amplifier unit on a pseudo terminal until SIGTERM or SIGINT. Prints the name of the terminal.
 
-  --link PATH             make a symbolic link to the pseudo terminal
-  --paced                 keep to the line's 38400 bit/s in both directions
-  --journal FILE          keep a summary of what the unit has heard
+  --link PATH             create a symbolic link to the pseudo terminal
+  --paced                 send and receive at 38400 bit/s
+  --journal FILE          write a summary of what the unit has received
   --image-out FILE        write the image received, at operation 53 and at the end
 
-What the unit is:
+Properties of the unit:
   --identification TEXT   model text ("KP42 UNIT")
-  --version-text TEXT     firmware version behind it ("V2.301")
+  --version-text TEXT     firmware version after it ("V2.301")
   --state TEXT            unit state, two characters ("00")
   --sensors N             sensors connected (1)
   --raw-version N         raw version of the amplifier (11022)
@@ -132,20 +132,20 @@ What the unit is:
   --image FILE            present firmware of the amplifier, 245760 bytes
   --interface-image FILE  present firmware of the interface unit
 
-How it behaves:
+Behaviour:
   --reply-delay MS        from a command to its reply (2)
   --answer [PREFIX:]N=CODE  answer the N-th command (0: each) that begins with PREFIX with this result code of
                           four digits, or with "silence"; may be given more than once
-  --silent                hear nothing and say nothing
-  --checksum              receive with checksums in place of CRC
-  --packet-delay MS       from a packet received to its answer
-  --slow-blocks MS        wait ahead of each block sent
+  --silent                receive and send nothing
+  --checksum              receive with checksums instead of CRC
+  --packet-delay MS       from a received packet to its answer
+  --slow-blocks MS        wait before each block sent
   --pieces SIZE:MS        send blocks in pieces with a pause between them
-  --transfer-at-once      begin as XMODEM receiver, with no command before
-  --send-at-once          begin as XMODEM sender, with no command before
+  --transfer-at-once      begin as XMODEM receiver, without a command
+  --send-at-once          begin as XMODEM sender, without a command
 
-  --make-sample FILE      write a sample firmware file and end
-      --type TEXT --version RAW --seed N   what it holds (AMPFIRM, 11046, 1)
+  --make-sample FILE      write a sample firmware file and exit
+      --type TEXT --version RAW --seed N   its contents (AMPFIRM, 11046, 1)
 )";
 
 ProgramOptions readOptions(int count, char** words) {

@@ -13,16 +13,16 @@ enum class TransferAtOnce { none, receive, send };
 struct ProgramOptions {
     bool help = false;
     UnitOptions unit;
-    bool paced = false; // both ways at the speed of the line
+    bool paced = false; // in both directions at the speed of the line
     TransferAtOnce transferAtOnce = TransferAtOnce::none;
     std::filesystem::path link;
     std::filesystem::path imageOut;
     std::filesystem::path journal;
-    std::filesystem::path sampleOut; // write a sample image there and end
+    std::filesystem::path sampleOut; // where to write a sample image; the program then ends
     SampleImage sample;
 };
 
-// Reads the command line. Throws std::runtime_error that names the fault.
+// Reads the command line. Throws std::runtime_error with a description.
 ProgramOptions readOptions(int count, char** words);
 
 extern const std::string_view helpText;

@@ -19,7 +19,7 @@ Number checked(Number result, const char* what) {
     return result;
 }
 
-// The result of a read or write that may find nothing to do.
+// The result of a read or write; 0 if it would block.
 std::size_t countMoved(ssize_t result, const char* what) {
     if (result < 0 && (errno == EAGAIN || errno == EINTR)) {
         return 0;

@@ -7,7 +7,7 @@
 
 namespace simulator {
 
-// A file descriptor that closes itself.
+// Owns a file descriptor.
 class Descriptor {
   public:
     Descriptor() = default;
@@ -22,12 +22,12 @@ class Descriptor {
     int number_ = -1;
 };
 
-// The unit's end of a pseudo terminal. The other end is raw, and held open here too, so that the tool may open and
-// close it at will. Throws std::system_error where the system refuses.
+// The unit's end of a pseudo terminal. The other end is raw and also kept open here, so that the tool can close and reopen
+// it. Throws std::system_error when a system call fails.
 class PseudoTerminal {
   public:
-    // Makes the terminal and, unless `link` is empty, a symbolic link to the tool's end. A link that stands there
-    // already is replaced, any other file is not.
+    // Creates the terminal and, unless `link` is empty, a symbolic link to the tool's end. Replaces an existing link, but
+    // no other file.
     explicit PseudoTerminal(const std::filesystem::path& link);
     PseudoTerminal(const PseudoTerminal&) = delete;
     PseudoTerminal& operator=(const PseudoTerminal&) = delete;
@@ -38,10 +38,10 @@ class PseudoTerminal {
     const std::string& device() const { return device_; }
     int descriptor() const { return unitEnd_.number(); }
 
-    // Takes what the tool has written, as much as fits, and gives the number of bytes. Never blocks.
+    // Reads what the tool has written, as much as fits, and gives the number of bytes. Never blocks.
     std::size_t read(std::span<std::uint8_t> bytes);
 
-    // Gives the number of bytes that found room. Never blocks.
+    // Gives the number of bytes written. Never blocks.
     std::size_t write(std::span<const std::uint8_t> bytes);
 
   private:
