@@ -1,5 +1,5 @@
-// What the tool's own work costs, without the line: the time that a block or a reply takes in the program, and whole
-// upgrades on the simulated desktop, which bound the number of sessions that a soak can shared.
+// Measures the program without the line: the time for a block or a reply, and whole upgrades on the simulated desktop,
+// which limit the number of sessions of a soak.
 #include "app/program.h"
 #include "link/replyReceiver.h"
 #include "platform/simulated/world.h"
@@ -20,7 +20,7 @@ void crcOfOneBlock(benchmark::State& state) {
 }
 BENCHMARK(crcOfOneBlock);
 
-// The longest reply there is, or a usual one; whole, or byte by byte as a tight poll finds it.
+// The longest possible reply, or a usual one; whole, or byte by byte as a busy loop reads it.
 void reply(benchmark::State& state) {
     const bool longest = state.range(0) != 0;
     const bool byteByByte = state.range(1) != 0;

@@ -1,8 +1,8 @@
-// What is timed on the real desktop, with the windows up; scripts/bench runs it.
+// Measurements on the real desktop, with the windows open; scripts/bench runs it.
 //   onDesktop send FILE   sends the image by XMODEM to a unit that waits for it
 //   onDesktop read FILE   saves the unit's firmware in the file
 //   onDesktop load FILE   loads the firmware file
-//   onDesktop exchange    exchanges a command with the unit, many times, and the same by a tight poll
+//   onDesktop exchange    exchanges a command with the unit, many times, and the same in a busy loop
 // The port is COM3 of the Setting.INI beside this program. Prints lines of the form "name value".
 #include "app/program.h"
 #include "firmware/binaryFile.h"
@@ -48,7 +48,7 @@ void print(const char* name, Micros micros) {
     std::printf("%s %.3f\n", name, static_cast<double>(micros) / 1000);
 }
 
-// Does that as soon as a dialog of this class stands.
+// Calls the function as soon as a dialog of this class is open.
 template <class Dialog>
 void whenShown(std::function<void(Dialog&)> action) {
     QTimer::singleShot(1, [action] {
@@ -57,7 +57,7 @@ void whenShown(std::function<void(Dialog&)> action) {
     });
 }
 
-// Enters the path into the next file dialog; `acceptedAt` is when.
+// Enters the path into the next file dialog; `acceptedAt` becomes the time.
 void enterPath(const std::string& path, Micros& acceptedAt) {
     whenShown<QFileDialog>([&, path](QFileDialog& dialog) {
         dialog.findChild<QLineEdit*>()->setText(QString::fromStdString(path));
@@ -132,7 +132,7 @@ bool exchange() {
     constexpr int times = 3000;
     Micros asleep = 0;
     Micros polling = 0;
-    // Turn by turn, or what else the machine does would fall on one of them.
+    // They take turns, so that other load on the machine affects both.
     for (int count = 0; count < times; ++count) {
         const Micros start = clockMicros();
         const bool good = CommonComm::fncExchange("0501", true, 5000) == "0000";

@@ -19,7 +19,7 @@ namespace {
 
 namespace boxStyle = platform::boxStyle;
 
-// What one walk through the scenes has at hand.
+// Parameters of one run through the scenes.
 struct Walk {
     platform::QtDesktop& desktop;
     Language language;
@@ -42,11 +42,11 @@ void lookAt(const Walk& walk, const std::string& scene, const platform::Form& fo
     walk.look(scene, windowOf(form));
 }
 
-// Looks at the dialog that the program is about to bring up, and closes it.
+// Looks at the next dialog as soon as it is open, and closes it.
 void lookAtDialog(const Walk& walk, const std::string& scene) {
     QTimer::singleShot(0, [walk, scene] {
         auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (dialog == nullptr) { // not there yet
+        if (dialog == nullptr) { // not open yet
             lookAtDialog(walk, scene);
             return;
         }

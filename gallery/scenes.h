@@ -1,5 +1,4 @@
-// Every window of the program, in every state worth a look, in either language: for pictures, and for tests of what the
-// windows say.
+// Every window of the program, in every state, in both languages: for pictures, and for tests of the windows.
 #pragma once
 
 #include "platform/qt/qtDesktop.h"
@@ -14,14 +13,14 @@ namespace gallery {
 
 enum class Language { japanese, english };
 
-// Called while a window stands: the name of the scene, and the window.
+// Called while a window is open: the name of the scene, and the window.
 using Look = std::function<void(const std::string& scene, QWidget& window)>;
 
-// Brings up one scene after the other. Forms and variables are those of the program, but no routine of it has run
-// that needs a unit; nothing is loaded afterwards.
+// Shows one scene after the other, with the program's own forms and variables; no unit is needed. No form is loaded
+// afterwards.
 void showAll(platform::QtDesktop& desktop, Language language, const Look& look);
 
-// The colours of a dark desktop, which names no more of them than most do.
+// The colours of a dark desktop; it sets only those that most desktops set.
 QPalette darkPalette();
 
 } // namespace gallery

@@ -1,5 +1,5 @@
-// Saves a picture of every window in every state worth one, in both languages: FOLDER/en and FOLDER/ja. The scale comes
-// from the environment (QT_SCALE_FACTOR). On a display with a window manager a picture shows the frame too.
+// Saves a picture of every window in every state, in both languages, in FOLDER/en and FOLDER/ja. QT_SCALE_FACTOR in the
+// environment sets the scale. On a display with a window manager a picture includes the frame.
 #include "gallery/scenes.h"
 
 #include <QCommandLineParser>
