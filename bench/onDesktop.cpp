@@ -144,7 +144,7 @@ bool exchange() {
         polling += clockMicros() - middle;
     }
     print("exchange_ms", asleep / times);
-    print("tight_poll_ms", polling / times);
+    print("busy_loop_ms", polling / times);
     return true;
 }
 

@@ -1,5 +1,5 @@
-# Run by cmake --install: the INI files and the link log where a system keeps such files, and links to them beside the
-# program, which looks for them in its own directory.
+# Run by cmake --install: puts the INI files and the link log where the system keeps such files, and links to them into
+# the directory of the program, which looks for them there.
 set(program_directory ${CMAKE_INSTALL_PREFIX}/lib/tarnbeacon)
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   set(above "")
@@ -14,7 +14,7 @@ function(link_to target link)
   file(CREATE_LINK ${target} $ENV{DESTDIR}${link} SYMBOLIC)
 endfunction()
 
-# What an earlier installation left may be edited by now.
+# Files of an earlier installation may have been edited.
 function(install_once source folder name)
   if(NOT EXISTS $ENV{DESTDIR}${folder}/${name})
     file(INSTALL ${CMAKE_CURRENT_LIST_DIR}/${source} DESTINATION ${folder} RENAME ${name})
@@ -34,7 +34,7 @@ endif()
 link_to(../lib/tarnbeacon/tarnbeacon ${CMAKE_INSTALL_PREFIX}/bin/tarnbeacon)
 
 if("$ENV{DESTDIR}" STREQUAL "")
-  # Whoever runs the program appends to the log; a package sees to this when it is installed.
+  # Every user of the program appends to the log; with a package, postinst sets these rights.
   file(TOUCH ${log}/KelpLog.txt)
   execute_process(COMMAND chgrp dialout ${log}/KelpLog.txt RESULT_VARIABLE failed ERROR_QUIET)
   if(failed)

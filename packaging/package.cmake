@@ -1,6 +1,6 @@
-# What cmake --install puts where, and the Debian package that CPack makes of it.
+# The rules of cmake --install, and the Debian package that CPack makes from them.
 
-# The newest version of the changelog has to be the present one; its date is that of the package.
+# The newest version in the changelog must be the project's; the package takes its date.
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
 file(STRINGS CHANGELOG.md release_heading REGEX "^## [0-9]" LIMIT_COUNT 1)
 if(NOT release_heading MATCHES "^## ([0-9.]+) - ([0-9-]+)$" OR NOT CMAKE_MATCH_1 STREQUAL PROJECT_VERSION)
@@ -10,7 +10,7 @@ set(release_date ${CMAKE_MATCH_2})
 execute_process(COMMAND date --utc --date ${release_date} +%a,\ %d\ %b\ %Y\ %T\ %z
                 OUTPUT_VARIABLE release_mail_date OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 
-# Fills in version and date; with COMPRESS the result has .gz behind its name.
+# Fills in version and date; with COMPRESS also makes a compressed file, NAME.gz.
 set(generated ${PROJECT_BINARY_DIR}/packaging)
 function(fill_in source name)
   configure_file(packaging/${source} ${generated}/${name} @ONLY)
@@ -22,7 +22,7 @@ fill_in(tarnbeacon.1.in tarnbeacon.1 COMPRESS)
 fill_in(debian/changelog.in changelog COMPRESS)
 fill_in(desktop/org.tarnbeacon.TarnBeacon.metainfo.xml.in org.tarnbeacon.TarnBeacon.metainfo.xml)
 
-# The program reads and writes its files in its own directory, so that it has one to itself.
+# The program reads and writes files in its own directory, so it has a directory of its own.
 set(program_directory lib/tarnbeacon)
 install(TARGETS tarnbeacon DESTINATION ${program_directory})
 install(SCRIPT packaging/installSettings.cmake)
@@ -50,7 +50,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION electronics)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE ${PROJECT_HOMEPAGE_URL})
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# The way to the screen is a plugin, and the fonts are stand-ins for those that the windows ask for.
+# The X11 output is a plugin; the fonts replace those that the windows ask for.
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
     "qt6-qpa-plugins, fonts-liberation2 | fonts-liberation, fonts-ipafont-gothic | fonts-vlgothic")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS qt6-wayland)

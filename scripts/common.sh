@@ -1,16 +1,16 @@
-# Sourced by the commands: where the project lies, the packages, the build.
+# Sourced by the commands: the project's folder, the packages, the build.
 # shellcheck shell=bash
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
-cd "$root" || exit # wherever a command is called from
+cd "$root" || exit # commands can be called from any folder
 
 buildPackages=(cmake ninja-build g++ qt6-base-dev libgtest-dev)
-# A stand-in for each of the two fonts that the windows ask for.
+# A replacement for each of the two fonts that the windows ask for.
 fontPackages=(fontconfig fonts-liberation2 fonts-ipafont-gothic)
 packagingPackages=(dpkg-dev file)
 packageCheckPackages=(lintian desktop-file-utils appstream man-db)
 fuzzPackages=(clang libclang-rt-dev)
-# A screen for machines without one, and hands and eyes for the scripted operator.
+# A virtual screen, and the tools of the scripted operator.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick)
 
 say() {
@@ -22,11 +22,11 @@ fail() {
     exit 1
 }
 
-# Installs those of the given Debian packages that are missing; touches nothing when there are none.
+# Installs those of the given Debian packages that are missing.
 needPackages() {
     local package missing=()
     if ! command -v dpkg-query >/dev/null; then
-        say "Not a Debian system; going on in the hope that these are there: $*"
+        say "Not a Debian system; assuming that these are installed: $*"
         return
     fi
     for package in "$@"; do
@@ -39,7 +39,7 @@ needPackages() {
     ((EUID == 0)) || command -v sudo >/dev/null || fail "These packages are missing and there is no sudo: ${missing[*]}"
     say "Installing: ${missing[*]}"
     quietly asRoot apt-get -q -o DPkg::Lock::Timeout=300 update ||
-        say "The package lists could not be brought up to date; trying with those at hand."
+        say "The package lists could not be updated; trying with the present ones."
     quietly asRoot env DEBIAN_FRONTEND=noninteractive \
         apt-get -q -y -o DPkg::Lock::Timeout=300 install --no-install-recommends "${missing[@]}" ||
         fail "These packages could not be installed: ${missing[*]}"
@@ -53,7 +53,7 @@ asRoot() {
     fi
 }
 
-# Runs a command without a word, unless it fails: then with all that it said.
+# Runs a command and shows its output only if it fails.
 quietly() {
     local output
     output="$("$@" 2>&1 </dev/null)" || {
@@ -62,7 +62,7 @@ quietly() {
     }
 }
 
-# Builds the given targets of a preset, all of them when none is named.
+# Builds the given targets of a preset, or all of them.
 buildPreset() {
     local preset="$1"
     shift

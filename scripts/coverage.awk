@@ -1,5 +1,5 @@
-# Reads what gcov prints, "count:line:text" for each line; sums up over the folders above the seam. A line with nothing
-# but a closing brace does not count: it stands for the clean-up behind a failure.
+# Reads gcov's output, "count:line:text" for each line, and adds up the folders above platform/. A line that holds only a
+# closing brace is left out: it stands for the clean-up after a failure.
 
 BEGIN { FS = ":" }
 

@@ -1,19 +1,19 @@
-# Sourced by what runs the program against a simulated unit: the demo's folder, the unit, the program, and what is left
-# to see afterwards.
+# Sourced by commands that run the program with a simulated unit: the demo's folder, the unit, the program, and the
+# comparison at the end.
 # shellcheck shell=bash
 
-# The unit takes this long for each block, so that the bar can be watched: some 10 seconds for an image. A real unit
-# takes 70 to 80 seconds, which is the time that the line needs.
+# Milliseconds that the unit takes for each block, so that the bar can be watched: some 10 seconds for an image. A real
+# unit takes 70 to 80 seconds, the time of the line.
 readonly packetDelay=4
-# And this long for a reply, so that the start-up picture can be seen.
+# Milliseconds for a reply, so that the start-up picture can be seen.
 readonly replyDelay=300
-# Of the main window, with the version that CMakeLists.txt names.
+# Title of the main window, with the version from CMakeLists.txt.
 mainTitle="$(sed -n 's/^project(TarnBeacon VERSION \([0-9]*\)\.\([0-9]*\) .*/\1 \2/p' "$root/CMakeLists.txt" |
     xargs printf 'TarnBeacon ver%d.%03d')"
 readonly mainTitle
 
 # Makes the folder with the program, its two INI files and a firmware file for the unit.
-prepareDemo() { # preset, name of the folder if it shall have another
+prepareDemo() { # preset, name of the folder if not the preset's
     demo="$root/build/demo/${2-$1}"
     rm -rf "$demo"
     mkdir -p "$demo"
@@ -49,13 +49,13 @@ programHasEnded() {
     ! isRunning "$programProcess"
 }
 
-# Waits until the program has ended by itself; its exit code has to be 0.
+# Waits until the program has ended by itself; fails unless its exit code is 0.
 waitForProgram() { # seconds
     waitFor "$1" "the end of the program" programHasEnded
     wait "$programProcess" || fail "The program ended with exit code $?; see $demo/program.log."
 }
 
-# Stops the unit, says what it has heard, and compares its image with the firmware file.
+# Stops the unit, prints its journal, and compares its image with the firmware file.
 reportUnit() {
     stopProcess "$unitProcess" || true
     say "The unit's journal:"

@@ -1,4 +1,4 @@
-# Sourced by what has a scripted operator: what this one does in every job. Places are those of the forms, in twips.
+# Sourced by commands with a scripted operator: the steps of every job. Places are those of the forms, in twips.
 # shellcheck shell=bash
 
 readonly lblVersion0=(2040 480 1455 255)
@@ -8,7 +8,7 @@ readonly cmdUpgrade=(600 2640 1335 315)
 readonly cmdEnd=(2160 2640 1335 315)
 readonly progressArea=(5220 1755)
 
-# Starts the program and waits for its main window, which is `main` from here on.
+# Starts the program, waits for its main window, and sets `main` to it.
 comeUp() {
     startProgram
     waitFor 20 "the start-up picture" findOther
@@ -18,7 +18,7 @@ comeUp() {
     screenshot main-window
 }
 
-# Types a path into the dialog that has come up.
+# Types a path into the open file dialog.
 enterPath() { # path, name of the screenshot
     waitFor 10 "the file dialog" findOther "$main"
     enterText "$window" "$1"
@@ -33,17 +33,17 @@ loadFile() {
     screenshot file-loaded
 }
 
-# Waits for the progress window, which is `progress` from here on.
+# Waits for the progress window and sets `progress` to it.
 seeProgress() { # title
     waitForWindow 20 "$1" "$main"
     progress="$window"
-    hasClientArea "$progress" "${progressArea[@]}" || fail "A message came up in place of the progress window."
+    hasClientArea "$progress" "${progressArea[@]}" || fail "There is a message instead of the progress window."
 }
 
-# Waits for the box at the end of a transfer, which is then `window`; a box in its midst will not do.
+# Waits for the box at the end of a transfer and sets `window` to it; fails at a box during the transfer.
 seeEndBox() { # seconds, title, name of the screenshot
     waitFor "$1" "the end of the transfer" findWindow "$2" "$main" "$progress"
-    isGone "$progress" || fail "A message came up during the transfer."
+    isGone "$progress" || fail "There is a message during the transfer."
     screenshot "$3"
 }
 

@@ -1,4 +1,4 @@
-# Sourced by commands that start processes: stopAllProcesses, for their way out, ends every one of them by its id.
+# Sourced by commands that start processes. On exit they call stopAllProcesses, which ends each of them by its id.
 # shellcheck shell=bash
 
 startedProcesses=()
@@ -16,7 +16,7 @@ isRunning() {
     kill -0 "$1" 2>/dev/null
 }
 
-# Asks the process to end, makes it end after two seconds, and gives its exit code.
+# Asks the process to end, kills it after two seconds, and gives its exit code.
 stopProcess() {
     local id="$1" tries
     kill "$id" 2>/dev/null || true
@@ -36,13 +36,13 @@ stopAllProcesses() {
     startedProcesses=()
 }
 
-# Tries a command every 50 ms until it succeeds. After `seconds` it says what was waited for and fails.
+# Repeats a command every 50 ms until it succeeds. After `seconds` it prints `what` and fails.
 waitFor() { # seconds, what, command...
     local end=$((SECONDS + $1)) what="$2"
     shift 2
     until "$@"; do
         if ((SECONDS >= end)); then
-            say "Waited in vain for $what." >&2
+            say "Waiting for $what took too long." >&2
             return 1
         fi
         sleep 0.05

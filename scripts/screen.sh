@@ -1,4 +1,4 @@
-# Sourced by commands that need a screen: a virtual display, and the hands and eyes of an operator on it.
+# Sourced by commands that need a screen: a virtual display, and an operator's input and views of it.
 # shellcheck shell=bash
 
 # A pixel is 15 twips; the window positions below are those of the forms.
@@ -19,7 +19,7 @@ hasWindowManager() {
     xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q '#'
 }
 
-# The windows on the screen, the oldest first.
+# The windows on the screen, oldest first.
 windows() {
     xprop -root _NET_CLIENT_LIST 2>/dev/null | grep -o '0x[0-9a-f]*' || true
 }
@@ -32,7 +32,7 @@ isGone() {
     ! isShown "$1"
 }
 
-# Puts the newest window that is not among the known ones into the variable `window`, whatever its title.
+# Sets the variable `window` to the newest window, of any title, that is not among the known ones.
 findOther() { # known window...
     local known=" $* " candidate
     window=""
@@ -42,7 +42,7 @@ findOther() { # known window...
     [[ -n $window ]]
 }
 
-# The same of a window with that title.
+# The same for a window with that title.
 findWindow() { # title, known window...
     findOther "${@:2}" && [[ $(xdotool getwindowname "$window" 2>/dev/null) == "$1" ]]
 }
@@ -63,7 +63,7 @@ hasClientArea() { # window, width, height in twips
     ((WIDTH == $2 / twipsPerPixel && HEIGHT == $3 / twipsPerPixel))
 }
 
-# Clicks into the middle of a place of a window, given in twips as in the forms.
+# Clicks in the middle of a place of a window; twips, as in the forms.
 click() { # window, left, top, width, height
     xdotool mousemove --window "$1" $((($2 + $4 / 2) / twipsPerPixel)) $((($3 + $5 / 2) / twipsPerPixel)) click 1
 }
@@ -72,28 +72,28 @@ isActive() {
     [[ $(printf '0x%x' "$(xdotool getactivewindow 2>/dev/null || echo 0)") == "$1" ]]
 }
 
-# Presses keys once the window has the keyboard.
+# Presses keys as soon as the window has the focus.
 press() { # window, key...
-    waitFor 10 "the keyboard to reach the window" isActive "$1"
+    waitFor 10 "the window to get the focus" isActive "$1"
     shift
     xdotool key --delay 50 "$@"
 }
 
 enterText() { # window, text
-    waitFor 10 "the keyboard to reach the window" isActive "$1"
+    waitFor 10 "the window to get the focus" isActive "$1"
     xdotool type --delay 20 -- "$2"
 }
 
 screenshotCount=0
 
-# Saves what the screen shows, once it has been painted, under the next number and a name in the folder $screenshots.
+# Saves a picture of the screen, after the painting, with the next number and a name in the folder $screenshots.
 screenshot() { # name
     sleep 0.3
     import -window root "$screenshots/$((++screenshotCount))-$1.png"
     say "  $screenshotCount-$1"
 }
 
-# Puts a number that stands for the pixels of a place of a window, without its frame, into the variable `content`.
+# Sets the variable `content` to a hash of the pixels of a place of a window, without its frame.
 lookAt() { # window, left, top, width, height in twips
     local frame=2 area
     area="$(($4 / twipsPerPixel - 2 * frame))x$(($5 / twipsPerPixel - 2 * frame))"

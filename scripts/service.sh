@@ -1,5 +1,5 @@
-# Sourced by run: what the service screen adds. The unit's firmware is saved, a save is cancelled, and a file is written
-# with verification, in Japanese. A read takes one block for each 100 ms, so that this takes some six minutes.
+# Sourced by run: the additions of the service screen. Saves the unit's firmware, cancels a save, and writes a file with
+# verification, in Japanese. A read takes 100 ms for each block, so this takes some six minutes.
 # shellcheck shell=bash
 
 readonly cmdPresent=(600 2985 2895 300)

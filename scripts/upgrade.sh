@@ -1,13 +1,12 @@
-# Sourced by run and scripts/tryPackage: the main job. A firmware file is loaded and written into the unit, and the
-# program is ended.
+# Sourced by run and scripts/tryPackage: loads a firmware file, writes it into the unit, and ends the program.
 # shellcheck shell=bash
 
-# By the person at the screen.
+# The user does the upgrade.
 attend() {
     say "Load $demo/sample.bin, press \"Start upgrade\", and \"End\" when it is done."
 }
 
-# By script, with mouse and keyboard. It goes no further than the first step that does not come about.
+# The script does the upgrade, with mouse and keyboard. It ends at the first step that fails.
 operate() {
     startUnit
     comeUp
@@ -23,7 +22,7 @@ operate() {
     seeEndBox 120 "Tarn Beacon" end-box
     answerBox
     screenshot upgraded
-    # The row takes the file's version only behind "Succeed".
+    # The row takes the file's version only after "Succeed".
     showsFileVersion || fail "The unit's row does not show the file's version: the upgrade did not succeed."
 
     pressEnd
