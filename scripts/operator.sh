@@ -33,11 +33,11 @@ loadFile() {
     screenshot file-loaded
 }
 
-# Waits for the progress window and sets `progress` to it.
+# Waits for the progress dialog and sets `progress` to it.
 seeProgress() { # title
     waitForWindow 20 "$1" "$main"
     progress="$window"
-    hasClientArea "$progress" "${progressArea[@]}" || fail "There is a message instead of the progress window."
+    hasClientArea "$progress" "${progressArea[@]}" || fail "There is a message instead of the progress dialog."
 }
 
 # Waits for the box at the end of a transfer and sets `window` to it; fails at a box during the transfer.

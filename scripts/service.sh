@@ -63,11 +63,11 @@ writeWithVerification() {
     seeProgress "ターンビーコン"
     sleep 6
     screenshot writing
-    waitForEndOf 120 "the progress window of the write" "$progress"
+    waitForEndOf 120 "the progress dialog of the write" "$progress"
     seeProgress "ターンビーコン"
     sleep 20
     screenshot verifying
-    # The progress window may stand behind this box.
+    # The progress dialog may be open behind this box.
     waitFor 400 "the end of the verification" findWindow "ターンビーコン" "$main" "$progress"
     screenshot verified
     lookAt "$window" "${boxIcon[@]}"
