@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* addressAndService = "00000"; // node number, sub-address, service id
 constexpr std::int32_t linkFreeLimit = 5000;
-constexpr int passesBehindBadFrame = 3;
+constexpr int pollsAfterBadFrame = 3;
 constexpr std::int16_t reportedTry = 3;
 
 // Polls the port until the reply is finished or until timeGetTime() > deadline.
@@ -32,7 +32,7 @@ void receiveReply(ReplyReceiver& receiver, std::int64_t deadline) {
         } else if (!receiver.frameDone()) { // after a bad frame the next poll comes without delay
             desktop().waitForBytes(deadline + 1);
         }
-        if (receiver.frameGood() || (receiver.frameDone() && ++passes == passesBehindBadFrame)) {
+        if (receiver.frameGood() || (receiver.frameDone() && ++passes == pollsAfterBadFrame)) {
             return;
         }
     } while (desktop().timeGetTime() <= deadline);

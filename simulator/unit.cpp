@@ -42,16 +42,16 @@ void Unit::receive(std::span<const std::uint8_t> bytes, Micros now) {
     advance(now);
     latest_ = now;
     while (!bytes.empty() && !silentAt(now)) {
-        bytes = bytes.subspan(hear(bytes, now));
+        bytes = bytes.subspan(take(bytes, now));
     }
     advance(now);
 }
 
 // Takes some of the bytes and gives their number.
-std::size_t Unit::hear(std::span<const std::uint8_t> bytes, Micros now) {
+std::size_t Unit::take(std::span<const std::uint8_t> bytes, Micros now) {
     const bool mayBegin = mode_ != Mode::receiving || receiver_.betweenPackets();
     if (frame_.underWay() || (bytes.front() == stx && mayBegin)) {
-        hearFrameByte(bytes.front(), now);
+        takeFrameByte(bytes.front(), now);
         return 1;
     }
     if (mode_ == Mode::receiving) {
@@ -67,11 +67,11 @@ std::size_t Unit::hear(std::span<const std::uint8_t> bytes, Micros now) {
     return 1;
 }
 
-void Unit::hearFrameByte(std::uint8_t byte, Micros now) {
+void Unit::takeFrameByte(std::uint8_t byte, Micros now) {
     frameByteAt_ = now;
     const FrameReader::State state = frame_.read(byte);
     if (state == FrameReader::State::complete) {
-        hearFrame(now);
+        takeFrame(now);
     } else if (state == FrameReader::State::broken) {
         dropFrame(now);
     }
@@ -80,11 +80,11 @@ void Unit::hearFrameByte(std::uint8_t byte, Micros now) {
 void Unit::dropFrame(Micros now) {
     frame_.drop();
     if (mode_ == Mode::receiving) {
-        receiver_.hearNoise(now);
+        receiver_.takeNoise(now);
     }
 }
 
-void Unit::hearFrame(Micros now) {
+void Unit::takeFrame(Micros now) {
     const std::string text = frame_.text();
     const bool toThisUnit = text.starts_with(address);
     const bool command = toThisUnit && text.size() >= 9 && text[4] == '0';

@@ -68,9 +68,9 @@ class Unit {
     };
 
     bool silentAt(Micros now) const { return options_.silentFrom && now >= *options_.silentFrom; }
-    std::size_t hear(std::span<const std::uint8_t> bytes, Micros now);
-    void hearFrameByte(std::uint8_t byte, Micros now);
-    void hearFrame(Micros now);
+    std::size_t take(std::span<const std::uint8_t> bytes, Micros now);
+    void takeFrameByte(std::uint8_t byte, Micros now);
+    void takeFrame(Micros now);
     void dropFrame(Micros now);
     void step(Micros now);
     std::optional<Micros> dueByItself() const;

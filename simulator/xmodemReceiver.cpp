@@ -40,11 +40,11 @@ std::size_t XmodemReceiver::receive(std::span<const std::uint8_t> bytes, Micros 
     }
     case Phase::purging: // ends at an STX, which may begin a command
         return std::max<std::size_t>(1, static_cast<std::size_t>(std::ranges::find(bytes, stx) - bytes.begin()));
-    default: hearFirst(bytes.front(), now); return 1;
+    default: takeFirst(bytes.front(), now); return 1;
     }
 }
 
-void XmodemReceiver::hearFirst(std::uint8_t byte, Micros now) {
+void XmodemReceiver::takeFirst(std::uint8_t byte, Micros now) {
     cans_ = byte == can ? cans_ + 1 : 0;
     if (byte == eot) { // also a repeated EOT: the ACK may have been lost
         packet_[0] = eot;
@@ -59,11 +59,11 @@ void XmodemReceiver::hearFirst(std::uint8_t byte, Micros now) {
     } else if (cans_ == 2) {
         breakOff();
     } else {
-        hearNoise(now);
+        takeNoise(now);
     }
 }
 
-void XmodemReceiver::hearNoise(Micros now) {
+void XmodemReceiver::takeNoise(Micros now) {
     lastByteAt_ = now;
     if (phase_ == Phase::waiting) {
         packetFill_ = 0;

@@ -25,7 +25,7 @@ class XmodemReceiver {
     std::size_t receive(std::span<const std::uint8_t> bytes, Micros now);
 
     // Something other than a packet was received.
-    void hearNoise(Micros now);
+    void takeNoise(Micros now);
 
     void advance(Micros now);
     std::optional<Micros> due() const;
@@ -42,7 +42,7 @@ class XmodemReceiver {
     enum class Phase { waiting, packet, purging, finished, brokenOff };
     using Answer = std::span<const std::uint8_t>;
 
-    void hearFirst(std::uint8_t byte, Micros now);
+    void takeFirst(std::uint8_t byte, Micros now);
     void sendStart(Micros now);
     void endPacket(Micros now);
     Answer judgePacket();

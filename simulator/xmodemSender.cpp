@@ -20,22 +20,22 @@ void XmodemSender::start(std::span<const std::uint8_t> image, Micros now) {
 
 void XmodemSender::receive(std::uint8_t byte, Micros now) {
     switch (phase_) {
-    case Phase::starting: hearRequest(byte, now); break;
+    case Phase::starting: takeRequest(byte, now); break;
     case Phase::sending: held_.push_back(byte); break;
-    case Phase::waiting: hearAnswer(byte, now); break;
+    case Phase::waiting: takeAnswer(byte, now); break;
     case Phase::ended: break;
     }
 }
 
-void XmodemSender::hearRequest(std::uint8_t byte, Micros now) {
-    if (!hearCancel(byte) && (byte == nak || byte == crcStart)) {
+void XmodemSender::takeRequest(std::uint8_t byte, Micros now) {
+    if (!takeCancel(byte) && (byte == nak || byte == crcStart)) {
         crc_ = byte == crcStart;
         sendNext(now);
     }
 }
 
-void XmodemSender::hearAnswer(std::uint8_t byte, Micros now) {
-    if (hearCancel(byte)) {
+void XmodemSender::takeAnswer(std::uint8_t byte, Micros now) {
+    if (takeCancel(byte)) {
         return;
     }
     if (byte == ack) {
@@ -46,7 +46,7 @@ void XmodemSender::hearAnswer(std::uint8_t byte, Micros now) {
     }
 }
 
-bool XmodemSender::hearCancel(std::uint8_t byte) {
+bool XmodemSender::takeCancel(std::uint8_t byte) {
     cans_ = byte == can ? cans_ + 1 : 0;
     if (cans_ == 2) {
         phase_ = Phase::ended;

@@ -29,9 +29,9 @@ class XmodemSender {
   private:
     enum class Phase { starting, sending, waiting, ended };
 
-    void hearRequest(std::uint8_t byte, Micros now);
-    void hearAnswer(std::uint8_t byte, Micros now);
-    bool hearCancel(std::uint8_t byte);
+    void takeRequest(std::uint8_t byte, Micros now);
+    void takeAnswer(std::uint8_t byte, Micros now);
+    bool takeCancel(std::uint8_t byte);
     void sendNext(Micros now);
     void sendAgain(Micros now);
     void sendPacket(Micros now);

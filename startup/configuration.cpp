@@ -13,7 +13,7 @@ namespace Common {
 
 namespace {
 
-constexpr std::int16_t mostItems = 101;
+constexpr std::int16_t maxItems = 101;
 constexpr std::int32_t highestVersion = 9999; // of a range, in thousandths
 
 std::string iniPath(const char* fileName) {
@@ -42,7 +42,7 @@ std::int16_t fncSplitList(std::string& text) {
     text = replaceAll(text, '\t', ' ');
     shared.iniList.clear();
     std::size_t start = 0;
-    while (shared.iniList.size() < mostItems) {
+    while (shared.iniList.size() < maxItems) {
         const std::size_t comma = text.find(',', start);
         shared.iniList.push_back(trim(std::string_view(text).substr(start, comma - start)));
         if (comma == std::string::npos) {

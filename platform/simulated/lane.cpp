@@ -33,7 +33,7 @@ Bytes Lane::takeWrite() {
     return bytes;
 }
 
-Micros Lane::handedOver(Micros arrival) const {
+Micros Lane::deliveryTime(Micros arrival) const {
     return pace_.latency == 0 ? arrival : (arrival + pace_.latency - 1) / pace_.latency * pace_.latency;
 }
 
@@ -42,7 +42,7 @@ Micros Lane::nextArrival() const {
         return never;
     }
     const Write& write = writes_.front();
-    return handedOver(pace_.wholeWrites ? end(write) : write.start + pace_.duration(write.taken + 1));
+    return deliveryTime(pace_.wholeWrites ? end(write) : write.start + pace_.duration(write.taken + 1));
 }
 
 std::size_t Lane::arrived(const Write& write, Micros now) const {

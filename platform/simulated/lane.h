@@ -49,7 +49,7 @@ class Lane {
     };
 
     Micros end(const Write& write) const { return write.start + pace_.duration(write.bytes.size()); }
-    Micros handedOver(Micros arrival) const;
+    Micros deliveryTime(Micros arrival) const;
     std::size_t arrived(const Write& write, Micros now) const;
 
     const LinePace& pace_;

@@ -13,7 +13,7 @@ namespace platform {
 
 namespace {
 
-constexpr int deepestNesting = 50;
+constexpr int maxNesting = 50;
 constexpr auto startDate = std::chrono::sys_days{std::chrono::year{2024} / 4 / 1};
 
 // Adds one to a count for its lifetime.
@@ -142,7 +142,7 @@ void SimulatedDesktop::runEvent(const Handler& handler) {
     if (!handler) {
         return;
     }
-    if (eventDepth_ == deepestNesting) {
+    if (eventDepth_ == maxNesting) {
         throw Stuck{"window events run inside each other without end"};
     }
     const Counted nesting(eventDepth_);

@@ -32,8 +32,6 @@ class SimulatedDesktop : public Desktop {
 
     // Runs a first event and then all later ones, until one of the ends above.
     RunEnd run(const Handler& entry);
-    // Continues with the later events.
-    RunEnd carryOn() { return run({}); }
     const std::string& stuckReason() const { return stuckReason_; }
     bool ended() const { return ended_; }
 

@@ -4,7 +4,7 @@ namespace platform {
 
 namespace {
 
-constexpr int mostLooks = 100'000;
+constexpr int maxLooks = 100'000;
 
 std::string secondsText(Micros moment) {
     return std::to_string(moment / 1'000'000) + " s";
@@ -24,7 +24,7 @@ void VirtualClock::advanceTo(Micros moment) {
 }
 
 void VirtualClock::noteLook() {
-    if (++looks_ > mostLooks) {
+    if (++looks_ > maxLooks) {
         throw Stuck{"the program goes round without waiting, at " + secondsText(now_)};
     }
 }

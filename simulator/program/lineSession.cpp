@@ -77,7 +77,7 @@ void LineSession::takeArrivals(Micros now) {
     arriving_.resize(terminal_.read(arriving_));
     if (!arriving_.empty()) {
         noteHeard(now);
-        quietAt_ = now + quietTime;
+        journalDueAt_ = now + quietTime;
         arrivalAt_ = std::max(now - lateness_, arrivalAt_) + lineTime(arriving_.size());
         lateness_ = 0;
     }
@@ -87,9 +87,9 @@ void LineSession::noteHeard(Micros now) {
     if (!firstHeardAt_) {
         firstHeardAt_ = std::chrono::system_clock::now();
     }
-    if (saidAt_) {
-        turnarounds_.push_back(now - *saidAt_);
-        saidAt_.reset();
+    if (lastOutputAt_) {
+        turnarounds_.push_back(now - *lastOutputAt_);
+        lastOutputAt_.reset();
     }
 }
 
@@ -98,7 +98,7 @@ void LineSession::queueDepartures(Micros now) {
         const Micros start = std::max(output.at, departureEnd_);
         departureEnd_ = start + lineTime(output.bytes.size());
         departing_.push_back({start, std::move(output.bytes)});
-        quietAt_ = now + quietTime;
+        journalDueAt_ = now + quietTime;
     }
 }
 
@@ -119,8 +119,8 @@ void LineSession::writeDepartures(Micros now) {
         const std::size_t size = end - first.written;
         const std::size_t moved = terminal_.write(std::span(first.bytes).subspan(first.written, size));
         first.written += moved;
-        saidAt_ = clockNow();
-        lateness_ = options_.paced ? *saidAt_ - (first.start + lineTime(end)) : 0;
+        lastOutputAt_ = clockNow();
+        lateness_ = options_.paced ? *lastOutputAt_ - (first.start + lineTime(end)) : 0;
         terminalFull_ = moved < size;
         if (first.written == first.bytes.size()) {
             departing_.pop_front();
@@ -137,8 +137,8 @@ std::optional<Micros> LineSession::due() const {
     if (!departing_.empty() && !terminalFull_) {
         consider(departing_.front().start + lineTime(nextWritten(departing_.front())));
     }
-    if (quietAt_) {
-        consider(*quietAt_);
+    if (journalDueAt_) {
+        consider(*journalDueAt_);
     }
     return next;
 }
@@ -163,9 +163,9 @@ void LineSession::saveFiles(Micros now) {
     if (procedureClosed) {
         saveImage();
     }
-    if (procedureClosed || (quietAt_ && *quietAt_ <= now)) {
+    if (procedureClosed || (journalDueAt_ && *journalDueAt_ <= now)) {
         saveJournal();
-        quietAt_.reset();
+        journalDueAt_.reset();
     }
 }
 
