@@ -36,6 +36,7 @@ install(FILES ${generated}/tarnbeacon.1.gz DESTINATION share/man/man1)
 install(FILES README.md CHANGELOG.md packaging/debian/copyright ${generated}/changelog.gz
         DESTINATION share/doc/tarnbeacon)
 install(DIRECTORY docs/guide DESTINATION share/doc/tarnbeacon)
+install(SCRIPT packaging/guidePages.cmake)
 install(FILES packaging/60-tarnbeacon-adapter.rules DESTINATION share/doc/tarnbeacon/examples)
 
 set(CPACK_GENERATOR DEB)
