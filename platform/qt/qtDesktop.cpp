@@ -67,8 +67,7 @@ QtDesktop::~QtDesktop() {
     for (const auto& [form, window] : windows_) {
         delete window;
     }
-    QCoreApplication::sendPostedEvents(nullptr,
-                                       QEvent::DeferredDelete); // delete dismissed windows before the toolkit ends
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // before the toolkit ends
 }
 
 void QtDesktop::run() {
