@@ -9,7 +9,6 @@ namespace {
 
 constexpr std::size_t leadOffset = 0x3BF00;
 constexpr std::size_t leadLength = 5;
-constexpr std::size_t versionOffset = 0x3BF05;
 
 void putText(Bytes& image, std::size_t offset, std::size_t length, std::string text, char filler) {
     text.resize(length, filler);

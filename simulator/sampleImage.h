@@ -6,7 +6,8 @@
 
 namespace simulator {
 
-// Offset of the type text in an image.
+// Offsets of the version (low byte first) and the type text in an image.
+inline constexpr std::size_t versionOffset = 0x3BF05;
 inline constexpr std::size_t typeTextOffset = 0x3BF10;
 inline constexpr std::size_t typeTextLength = 16;
 

@@ -1,5 +1,7 @@
 #include "simulator/unit.h"
 
+#include "simulator/sampleImage.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -12,7 +14,6 @@ namespace {
 constexpr std::string_view amplifierField = "01";
 constexpr std::string_view address = "0000"; // node number and sub-address
 constexpr std::size_t modelLength = 16;
-constexpr std::size_t versionOffset = 0x3BF05; // of an image, low byte first
 
 std::string hexadecimal(unsigned value, int digits) {
     std::array<char, 16> text{};

@@ -21,7 +21,7 @@ Control list(const char* name, int tabIndex, Place place) {
     return {.kind = ControlKind::dropDownList, .name = name, .place = place, .tabIndex = tabIndex, .font = plainFont};
 }
 
-Control button(const char* name, int tabIndex, Place place) {
+Control plainButton(const char* name, int tabIndex, Place place) {
     return {.kind = ControlKind::button, .name = name, .place = place, .tabIndex = tabIndex, .font = plainFont};
 }
 
@@ -39,8 +39,8 @@ FrmStartUp::FrmStartUp() {
     cmbBps = list("cmbBps", 0, {1320, 45, 1215, 315});
     lblCom = label("lblCom", {135, 315, 1155, 240});
     cmbCom = list("cmbCom", 1, {1320, 270, 1215, 315});
-    cmdTest = button("cmdTest", 2, {2640, 270, 975, 315});
-    cmdEnd = button("cmdEnd", 3, {3705, 270, 975, 315});
+    cmdTest = plainButton("cmdTest", 2, {2640, 270, 975, 315});
+    cmdEnd = plainButton("cmdEnd", 3, {3705, 270, 975, 315});
     cmbBps.label = &lblBPS;
     cmbCom.label = &lblCom;
     imgLogo = {.kind = ControlKind::picture, .name = "imgLogo", .place = {0, 0, 7440, 5760}, .visible = false};
