@@ -4,14 +4,23 @@
 # A pixel is 15 twips; the window positions below are those of the forms.
 readonly twipsPerPixel=15
 
-# Starts a display of our own with a window manager; the variable DISPLAY names it from here on.
-startScreen() { # folder for logs
+# Starts a virtual display and sets DISPLAY to it. The runtime folder is a new one too: another instance of the program
+# that runs for this user must not keep this one from starting.
+startDisplay() { # folder for logs
     startProcess "$1/xvfb.log" Xvfb -displayfd 1 -screen 0 800x600x24 -dpi 96 -nolisten tcp
     waitFor 20 "the virtual display" grep -qx '[0-9]\+' "$1/xvfb.log"
     DISPLAY=":$(grep -x '[0-9]\+' "$1/xvfb.log")"
-    export DISPLAY QT_QPA_PLATFORM=xcb QT_XCB_GL_INTEGRATION=none
-    unset QT_SCALE_FACTOR QT_SCREEN_SCALE_FACTORS QT_FONT_DPI QT_STYLE_OVERRIDE
-    startProcess "$1/openbox.log" openbox --sm-disable
+    export DISPLAY XDG_RUNTIME_DIR="$1/runtime" QT_QPA_PLATFORM=xcb QT_XCB_GL_INTEGRATION=none
+    mkdir -m 0700 "$XDG_RUNTIME_DIR"
+    unset WAYLAND_DISPLAY QT_SCALE_FACTOR QT_SCREEN_SCALE_FACTORS QT_FONT_DPI QT_STYLE_OVERRIDE
+}
+
+# The same with a window manager.
+startScreen() { # folder for logs, command of a window manager other than openbox
+    startDisplay "$1"
+    local manager=("${@:2}")
+    (($# > 1)) || manager=(openbox --sm-disable)
+    startProcess "$1/windowManager.log" "${manager[@]}"
     waitFor 20 "the window manager" hasWindowManager
 }
 
@@ -44,7 +53,11 @@ findOther() { # known window...
 
 # The same for a window with that title.
 findWindow() { # title, known window...
-    findOther "${@:2}" && [[ $(xdotool getwindowname "$window" 2>/dev/null) == "$1" ]]
+    findOther "${@:2}" && [[ $(titleOf "$window") == "$1" ]]
+}
+
+titleOf() {
+    xdotool getwindowname "$1" 2>/dev/null
 }
 
 waitForWindow() { # seconds, title, known window...
@@ -86,6 +99,13 @@ enterText() { # window, text
 
 screenshotCount=0
 
+# Empties the folder; screenshots go there from now on.
+takeScreenshots() { # folder
+    screenshots="$1"
+    mkdir -p "$screenshots"
+    rm -f "$screenshots"/*.png
+}
+
 # Saves a picture of the screen, after the painting, with the next number and a name in the folder $screenshots.
 screenshot() { # name
     sleep 0.3
@@ -99,4 +119,13 @@ lookAt() { # window, left, top, width, height in twips
     area="$(($4 / twipsPerPixel - 2 * frame))x$(($5 / twipsPerPixel - 2 * frame))"
     area+="+$(($2 / twipsPerPixel + frame))+$(($3 / twipsPerPixel + frame))"
     content="$(import -window "$1" png:- | convert - -crop "$area" +repage -format '%#' info:)"
+}
+
+# The trap on EXIT of commands with a screen: after a failure it saves a picture first.
+leaveScreen() {
+    local code="$?"
+    if ((code != 0)) && [[ -n ${screenshots-} ]]; then
+        screenshot failure || true
+    fi
+    stopAllProcesses
 }
