@@ -13,7 +13,7 @@ namespace {
 
 void crcOfOneBlock(benchmark::State& state) {
     const Bytes block(blockSize, 0x5A);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(xModem::pCrcCalc(blockSize, block, 0));
     }
     state.SetBytesProcessed(state.iterations() * blockSize);
@@ -26,7 +26,7 @@ void reply(benchmark::State& state) {
     const bool byteByByte = state.range(1) != 0;
     const Bytes frame = simulator::frameOf("00000001010000" + std::string(longest ? 894 : 8, '1'));
     Bytes stored;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         CommonComm::ReplyReceiver receiver(stored, false);
         const std::span<const std::uint8_t> bytes(frame);
         for (std::size_t at = 0; at < bytes.size(); at += byteByByte ? 1 : bytes.size()) {
@@ -44,7 +44,7 @@ BENCHMARK(reply)->ArgNames({"longest", "byteByByte"})->ArgsProduct({{0, 1}, {0, 
 
 // From the start of the program to its last box: identification, load, 1,920 blocks, and the same on the unit's side.
 void upgrade(benchmark::State& state) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         platform::World world;
         world.line.record().keep(0);
         world.desktop.run(program::start);

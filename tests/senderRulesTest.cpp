@@ -222,7 +222,7 @@ TEST_F(Sender, TakesAByteThatComesWithTheLimit) {
 
 TEST_F(Sender, LetsWindowEventsRunThoughBytesWait) {
     std::string seen;
-    for (const int answer : {'C', 'x', 'x', 'x'}) {
+    for (const std::uint8_t answer : Bytes{'C', 'x', 'x', 'x'}) {
         put(answer, world.clock.now());
     }
     world.clock.advanceTo(world.clock.now() + 1);

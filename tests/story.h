@@ -122,7 +122,7 @@ class Story {
 
     // A line of its own, or the end of one that waits for it.
     void add(const std::string& text, char side, bool waits = false) {
-        const char waiting = lines_.empty() ? 0 : lines_.back().waits;
+        const char waiting = lines_.empty() ? '\0' : lines_.back().waits;
         if (waiting != 0 && ((side == '<' && waiting == '>') || (side == '>' && waiting == '<') || side == '(')) {
             lines_.back() = {lines_.back().text + ' ' + text};
         } else {

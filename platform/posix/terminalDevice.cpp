@@ -160,7 +160,7 @@ bool changeLowLatency(int descriptor, bool on) {
     return ::ioctl(descriptor, TIOCSSERIAL, &driver) == 0;
 }
 
-class TerminalDevice : public LineDevice {
+class TerminalDevice final : public LineDevice {
   public:
     ~TerminalDevice() override { close(); }
 

@@ -68,9 +68,9 @@ void SimulatedDesktop::moveTo(Micros moment) {
     port_.advance();
 }
 
-void SimulatedDesktop::sleep(int duration) {
+void SimulatedDesktop::sleep(int milliseconds) {
     enter();
-    moveTo(clock_.now() + fromMilliseconds(duration));
+    moveTo(clock_.now() + fromMilliseconds(milliseconds));
 }
 
 void SimulatedDesktop::waitForBytes(std::int64_t until) {
