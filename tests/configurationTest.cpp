@@ -64,8 +64,9 @@ TEST(Ini, LooksAmplifiersUp) {
         std::string model = "kept";
         std::int32_t version = 77;
         std::string outcome;
-        const int failure = failureOf(
-            [&, key = key, raw = raw] { outcome = Common::fncGetAmpType(key, raw, model, version) ? "yes" : "no"; });
+        const int failure = failureOf([&, type = key, number = raw] {
+            outcome = Common::fncGetAmpType(type, number, model, version) ? "yes" : "no";
+        });
         EXPECT_EQ((failure == 0 ? outcome : std::to_string(failure)) + ' ' + model + ' ' + std::to_string(version),
                   expected)
             << key << ' ' << raw;

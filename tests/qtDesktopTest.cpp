@@ -284,11 +284,11 @@ TEST_F(QtDesktopTest, ABoxShowsItsTextAsItIs) {
         if (style == 48) {
             desktop_.hide(above);
         }
-        whenShown<QMessageBox>([&, style = style, icon = icon](QMessageBox* box) {
+        whenShown<QMessageBox>([&, asked = style, shown = icon](QMessageBox* box) {
             EXPECT_EQ(box->windowTitle(), "エラー");
             EXPECT_TRUE(box->text().endsWith("w\n<i>二</i>") && box->textFormat() == Qt::PlainText);
-            EXPECT_TRUE(box->icon() == icon && box->buttons().size() == style % 16 + 1) << style;
-            EXPECT_EQ(box->windowHandle()->transientParent(), windowOf(style < 48 ? above : form_)->windowHandle());
+            EXPECT_TRUE(box->icon() == shown && box->buttons().size() == asked % 16 + 1) << asked;
+            EXPECT_EQ(box->windowHandle()->transientParent(), windowOf(asked < 48 ? above : form_)->windowHandle());
             EXPECT_LT(box->width(), QGuiApplication::primaryScreen()->size().width()); // a long word is broken
             box->close();
         });
