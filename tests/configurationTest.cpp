@@ -2,6 +2,7 @@
 #include "startup/configuration.h"
 
 #include "base/text.h"
+#include "firmware/identificationBlock.h"
 #include "platform/profile.h"
 #include "tests/failureOf.h"
 #include "tests/session.h"
@@ -93,6 +94,11 @@ TEST(Text, ReadsNumbersWholeOrByTheirBeginning) {
     EXPECT_THROW(numericBeginning("1e999"), Failure);
     EXPECT_EQ(thousandthsText(1046) + thousandthsText(7), "1.0460.007");
     EXPECT_EQ(textOfBytes("A\xE9"), "A\xC3\xA9");
+}
+
+TEST(Image, HasALeadText) {
+    shared.firmwareImage = simulator::makeSampleImage({.leadText = "ABCDE"});
+    EXPECT_EQ(FirmComm::fncGetFileField(FirmComm::FileField::leadText), "ABCDE");
 }
 
 TEST(Settings, ChooseThePort) {

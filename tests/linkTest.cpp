@@ -17,6 +17,7 @@ namespace {
 using simulator::frameOf;
 
 const std::string logPath = "/tarnbeacon/KelpLog.txt";
+const std::string timeoutBox = "Tarn Beacon|It is a receiving timeout error.|16>1\n";
 const std::string stx = "\x02";
 
 // A program that has started and handed over; the tests send their commands from there.
@@ -69,47 +70,27 @@ Bytes wrongCheck(const std::string& text) {
     return bytes;
 }
 
-TEST_F(Link, SendsEachCommandInItsFrame) {
-    struct Row {
-        std::function<std::string()> send;
-        std::string frame; // after STX
-        int limit = 5000;  // milliseconds that it waits for a reply
-    };
+TEST_F(Link, SendsACommandInItsFrameAndWaitsOutItsLimit) {
     Bytes reply;
-    const Row rows[] = {
-        {[&] { return fncCommand("0501", reply); }, "000000501\x03\x37"},
-        {[&] { return fncCommand("01az", reply); }, "0000001AZ\x03\x29"},
-        {[&] { return fncReadUnitState("0601", reply); }, "000000601\x03\x34"},
-        {[&] { return fncReadArea("D4", 1, 1, reply, 5000, false); }, "000000101D40001000001\x03\x43"},
-        {[&] { return fncReadArea("D5", 1, 1, reply, 2000, false); }, "000000101D50001000001\x03\x42", 2000},
-        {[&] { return fncReadArea("D5", 0x1AB, 0xCD1, reply, 5000, false); }, "000000101D501AB000CD1\x03\x46"},
-        {[] { return fncOperation("50", 1); }, "00000300550010000\x03\x31", 10000},
-        {[] { return fncOperation("51", 1); }, "00000300551010C00\x03\x43", 10000},
-        {[] { return fncOperation("52", 1); }, "00000300552010C00\x03\x40", 10000},
-        {[] { return fncOperation("53", 1); }, "00000300553010000\x03\x32", 10000},
-        {[] { return fncOperation("54", 1); }, "00000300554010000\x03\x35", 10000},
-        {[] { return fncOperation("50", 0); }, "00000300550000000\x03\x30", 10000},
+    const std::tuple<std::function<std::string()>, std::string, int> rows[] = {
+        // what is sent, as a frame after STX, and the milliseconds that it waits for a reply
+        {[&] { return fncCommand("01az", reply); }, "0000001AZ\x03\x29", 5000},
+        {[&] { return fncReadUnitState("0601", reply); }, "000000601\x03\x34", 5000},
+        {[&] { return fncReadArea("D5", 0x1AB, 0xCD1, reply, 2000, false); }, "000000101D501AB000CD1\x03\x46", 2000},
         {[] { return fncOperation("52", 0); }, "00000300552000C00\x03\x41", 10000},
+        {[] { return fncOperation("53", 1); }, "00000300553010000\x03\x32", 10000},
     };
-    for (const Row& row : rows) {
-        world.unit.options().answers = {{"", 0, {.silent = true}}};
+    world.unit.options().answers = {{"", 0, {.silent = true}}};
+    for (const auto& [send, frame, limit] : rows) {
         world.line.record().clear();
         bool eventRan = false;
         world.desktop.schedule(world.clock.now(), [&] { eventRan = true; });
-        const Micros begun = fromMilliseconds(world.clock.now() / 1000);
-        world.clock.advanceTo(begun + 999);
-        EXPECT_EQ(timeOf([&] { EXPECT_EQ(row.send(), "9999"); }), fromMilliseconds(row.limit + 1) - 999);
+        world.clock.advanceTo(fromMilliseconds(world.clock.now() / 1000) + 999);
+        EXPECT_EQ(timeOf([&] { EXPECT_EQ(send(), "9999"); }), fromMilliseconds(limit + 1) - 999);
         EXPECT_FALSE(eventRan) << "no window event runs in an exchange";
-        EXPECT_EQ(sent(), stx + row.frame);
+        EXPECT_EQ(sent(), stx + frame);
         world.desktop.doEvents();
     }
-}
-
-TEST_F(Link, TakesDataOfAnOperationForHexadecimal) {
-    world.unit.options().answers = {{"", 0, {.data = "zz"}}};
-    Bytes reply;
-    EXPECT_EQ(fncCommand("0501", reply) + fncOperation("50", 1), "00009999");
-    EXPECT_EQ(session.boxes(), box::timeout);
 }
 
 // The one table of what becomes of a reply, in however many pieces it comes.
@@ -189,7 +170,7 @@ TEST_F(Link, GivesTheResultOfEachReply) {
                 EXPECT_EQ(log == nullptr ? "" : log->content,
                           row.logged.empty() ? "" : world.desktop.dateAndTime() + " [NG2] " + row.logged + " \n");
                 EXPECT_EQ(shared.commBusy, row.end == failed);
-                EXPECT_EQ(session.boxes(), boxesBefore + (row.end == failed ? box::timeout : ""));
+                EXPECT_EQ(session.boxes(), boxesBefore + (row.end == failed ? timeoutBox : ""));
                 world.clock.advanceTo(world.clock.now() + fromSeconds(1));
                 world.port.clearReceived();
             }
@@ -225,36 +206,17 @@ TEST_F(Link, WaitsForTheLinkThatAFailureHasLeftBusy) {
     shared.commBusy = true;
     EXPECT_EQ(fncExchange("0501", true, 5000), "9998");
     EXPECT_EQ(sent(), "");
-    Bytes reply;
-    const Micros usual = timeOf([&] {
-        shared.commBusy = false;
-        fncCommand("0501", reply);
-    });
-    const auto wait = [&] {
-        shared.commBusy = true;
-        return timeOf([&] { EXPECT_EQ(fncCommand("0501", reply), "0000"); }) - usual;
-    };
-    EXPECT_EQ((wait() + 500) / 1000, 5001);
-    world.desktop.schedule(world.clock.now() + fromSeconds(2), [] { shared.commBusy = false; }); // an event that runs
-    EXPECT_EQ((wait() + 500) / 1000, 2000);
+    EXPECT_EQ(timeOf([] { subWaitLinkFree(5000); }), fromMilliseconds(5001));
     EXPECT_FALSE(shared.commBusy);
+    shared.commBusy = true;
+    world.desktop.schedule(world.clock.now() + fromSeconds(2), [] { shared.commBusy = false; }); // an event that runs
+    EXPECT_EQ(timeOf([] { subWaitLinkFree(5000); }), fromSeconds(2));
 }
 
-TEST_F(Link, AsksFromTheThirdTryOnWhetherToGoOn) {
-    const std::string asked = box::goOn + "1\n";
-    shared.commRetry = 2;
-    EXPECT_EQ(resultOf({.resultCode = "1234"}), "1234");
-    EXPECT_EQ(session.boxes(), "");
+TEST_F(Link, AsksNobodyWhenTheMessageIsSuppressed) {
     shared.commRetry = 3;
-    EXPECT_EQ(resultOf({.resultCode = "1004"}), "1004");
     EXPECT_EQ(resultOf({.resultCode = "1234"}, true), "1234");
     EXPECT_EQ(session.boxes(), "");
-    EXPECT_EQ(resultOf({.resultCode = "1234"}), "1234");
-    EXPECT_EQ(session.boxes(), asked);
-    shared.commRetry = 4;
-    world.desktop.answerBox = [](const Box&) { return boxAnswer::cancel; };
-    EXPECT_THROW(resultOf({.resultCode = "1234"}), ProgramEnd);
-    EXPECT_EQ(session.boxes(), asked + box::goOn + "2\n");
 }
 
 TEST_F(Link, ReadsTheUnitState) {
@@ -271,7 +233,8 @@ TEST_F(Link, ReadsTheUnitState) {
         EXPECT_EQ(fncReadUnitState("0601", bytes), result) << reply;
         EXPECT_EQ(shared.unitStateText + ' ' + std::to_string(shared.sensorCount), known) << reply;
     }
-    EXPECT_EQ(session.boxes(), box::error + "0000|16>1\n" + box::error + "0000|16>1\n");
+    const std::string box = "Tarn Beacon|Application error.\r\nRES : 0000|16>1\n";
+    EXPECT_EQ(session.boxes(), box + box);
 }
 
 TEST_F(Link, ChecksTheTargetByNumber) {
@@ -286,48 +249,14 @@ TEST_F(Link, ChecksTheTargetByNumber) {
     }
 }
 
-TEST_F(Link, KeepsTheLogOfAFullDiskFromHoldingTheLink) {
-    world.files.setRoom(0);
-    Bytes reply;
-    world.unit.options().answers = {{"0501", 0, {.reply = wrongCheck("00000005010000")}}};
-    EXPECT_EQ(fncCommand("0501", reply), "9999");
-    EXPECT_FALSE(shared.commBusy);
-}
-
-TEST(Port, IsOpenOnlyWhenAllThatMattersHasSucceeded) {
-    struct Row {
-        Preparation prepare;
-        std::string boxes;
-        bool open;
-    };
-    const Row rows[] = {
-        {nothing, "", true},
-        {fails(Operation::setBufferSizes, 1), "", true},
-        {fails(Operation::readPort, 1), box::portHeld, false},
-        {[](World& world) { world.port.socket(9).state = Socket::State::forbidden; }, box::portHeld, false},
-        {[](World& world) { // the first failure counts
-             fails(Operation::setSettings, 1)(world);
-             world.port.removeSocket(9);
-         },
-         box::portHeld, false},
-        {[](World&) { EXPECT_TRUE(fncOpenPort(9, "38400,n,8,1")); }, box::portHeld, true},
-    };
-    for (const Row& row : rows) {
-        Session session({.comPort = 9});
-        World& world = session.world;
-        shared = SharedVariables();
-        row.prepare(world);
-        EXPECT_EQ(fncOpenPort(9, "38400,n,8,1"), row.open && row.boxes.empty());
-        EXPECT_EQ(session.boxes(), row.boxes);
-        EXPECT_EQ(world.port.isOpen(), row.open);
-        for (const Operation done : {Operation::setBufferSizes, Operation::clearReceived}) {
-            EXPECT_EQ(world.port.operations().passed(done), row.open ? 1 : 0);
-        }
-        subClosePort();
-        EXPECT_EQ(shared.serialPort, nullptr);
-        subClosePort();
-        EXPECT_FALSE(world.port.isOpen() || linkAlive());
-    }
+TEST_F(Link, LeavesAPortThatIsOpenAsItWas) {
+    EXPECT_FALSE(fncOpenPort(5, "38400,n,8,1"));
+    EXPECT_EQ(session.boxes(), "Tarn Beacon|通信ポートが開けません。通信ポートを使用するアプリケーションを終了して"
+                               "再度起動して下さい。|16>1\n");
+    EXPECT_TRUE(world.port.isOpen() && linkAlive());
+    subClosePort();
+    subClosePort();
+    EXPECT_FALSE(world.port.isOpen() || linkAlive());
 }
 
 } // namespace

@@ -3,70 +3,90 @@
 //   ->                    ahead of it what had been received was dropped, as many times
 //   +128                  so far the bar has moved
 //   (10.0 s)              so long nothing happened
-//   ~                     the window event that has been pending since a reply or a closing of the port has run
+//   ~                     the window event that has been pending since the start, a reply, a dialog or a close has run
 //   box title|text|style  as it comes up; likewise file dialogs and operations of port and disk
 //   [window off, ...]     what has changed by now of what the operator sees
+//   {amplifier: file}     what has changed in the end of what the unit and the saved file hold
 #pragma once
 
 #include "tests/session.h"
 
 #include <cstdio>
-#include <fstream>
-#include <sstream>
 
 class Story {
   public:
-    explicit Story(Session& session) : world_(session.world), state_(state()) {
-        world_.line.addHook([this](const Passage& passage) { hear(passage); });
+    struct NamedOperation {
+        const char* name;
+        Operation operation;
+        bool told;
+    };
+    static constexpr NamedOperation operations[] = {
+        {"choosePort", Operation::choosePort, false},
+        {"setSettings", Operation::setSettings, false},
+        {"setBufferSizes", Operation::setBufferSizes, false},
+        {"readPort", Operation::readPort, false},
+        {"writePort", Operation::writePort, false},
+        {"clearUnsent", Operation::clearUnsent, true},
+        {"openPort", Operation::openPort, true},
+        {"closePort", Operation::closePort, true},
+        {"openFile", Operation::openFile, true},
+        {"readFile", Operation::readFile, true},
+        {"writeFile", Operation::writeFile, true},
+        {"closeFile", Operation::closeFile, true},
+        {"appendLine", Operation::appendLine, true},
+    };
+
+    explicit Story(World& world) : choose(world.desktop.chooseFile), world_(world) {
+        world.line.addHook([this](const Passage& passage) { hear(passage); });
         const auto noteOperation = [this](const OperationCall& call) { noteCall(call.operation); };
-        world_.port.operations().add(noteOperation);
-        world_.files.operations().add(noteOperation);
-        SimulatedDesktop& desktop = world_.desktop;
-        desktop.boxStands = [this](const Box& box) {
+        world.port.operations().add(noteOperation);
+        world.files.operations().add(noteOperation);
+        world.desktop.boxStands = [this](const Box& box) {
             note("box " + box.title + '|' + box.text + '|' + std::to_string(box.style));
         };
-        desktop.answerBox = [this, answer = desktop.answerBox](const Box& box) {
+        world.desktop.answerBox = [this](const Box& box) {
             lastAt_ = world_.clock.now(); // the operator's own time does not count
             look();
-            return answer ? answer(box) : boxAnswer::ok;
+            return answer(box);
         };
-        desktop.chooseFile = [this, choose = desktop.chooseFile](const AskedFile& asked) {
+        world.desktop.chooseFile = [this](const AskedFile& asked) {
             lastAt_ = world_.clock.now();
-            note(asked.save ? "dialog save" : "dialog open");
-            return choose ? choose(asked) : std::nullopt;
+            const FileDialog& dialog = asked.dialog;
+            note((asked.save ? "save " : "open ") + dialog.initialDirectory + '|' + dialog.fileName + '|' +
+                 dialog.filter + std::to_string(dialog.flags));
+            awaitEvents();
+            return choose(asked);
         };
+        world.desktop.confirmOverwrite = [this](const AskedFile& asked) {
+            note("overwrite " + *asked.path);
+            return true;
+        };
+        awaitEvents();
     }
     Story(const Story&) = delete;
     Story& operator=(const Story&) = delete;
 
-    std::string text() {
+    // The operator's answers.
+    std::function<int(const Box&)> answer = [](const Box&) { return boxAnswer::ok; };
+    std::function<std::optional<std::string>(const AskedFile&)> choose;
+
+    // A line of its own.
+    void say(const std::string& line) {
+        look();
+        lines_.push_back({line});
+    }
+
+    // What has happened since the last call.
+    std::string take() {
         look();
         std::string text;
-        for (const Line& line : lines_) {
+        for (const Line& line : std::exchange(lines_, {})) {
             text += line.text + (line.count > 1 ? " x" + std::to_string(line.count) : "") + '\n';
         }
         for (std::size_t at = text.find('\r'); at != std::string::npos; at = text.find('\r')) {
             text.replace(at, 2, " / "); // of a box
         }
         return text;
-    }
-
-    // Compares it, from the first place of a text on, with the one of that name in tests/stories/. With RECORD_STORIES set,
-    // adds it to that file instead.
-    void expect(const std::string& file, const std::string& name, const std::string& from = "") {
-        const std::string told = text().substr(text().find(from));
-        const std::string path = std::string(STORIES) + file;
-        const std::string head = "== " + name + '\n';
-        if (std::getenv("RECORD_STORIES") != nullptr) {
-            std::ofstream(path, std::ios::app) << head << told;
-            return;
-        }
-        std::stringstream stories;
-        stories << std::ifstream(path).rdbuf();
-        const std::size_t begin = stories.str().find(head);
-        ASSERT_NE(begin, std::string::npos) << name;
-        const std::string rest = stories.str().substr(begin + head.size());
-        EXPECT_EQ(told, rest.substr(0, rest.find("== "))) << name;
     }
 
   private:
@@ -76,19 +96,50 @@ class Story {
         int count = 1;
     };
 
+    // The form of the program, or its look before it is loaded.
+    template <class Shown>
+    const Shown& shown(const char* name) const {
+        static const Shown none;
+        const Form* loaded = world_.desktop.form(name);
+        return loaded == nullptr ? none : static_cast<const Shown&>(*loaded);
+    }
+
+    // The parts of the first window that show, and its list.
+    static std::string portChoice(const FrmStartUp& form) {
+        std::string parts;
+        for (const Control* control : form.controls) {
+            parts += control->visible && control->kind != ControlKind::menu ? ' ' + control->name : "";
+        }
+        const std::vector<std::string>& ports = form.cmbCom.items;
+        return !form.cmbCom.visible || ports.empty() ? parts
+                                                     : parts + ' ' + ports.front() + " to " + ports.back() + ": " +
+                                                           ports.at(static_cast<std::size_t>(form.cmbCom.listIndex));
+    }
+
     std::vector<std::string> state() const {
-        const FrmMain& form = frmMain();
-        const FrmWait* wait = frmWaitLoaded() ? &frmWait() : nullptr;
+        const auto& start = shown<FrmStartUp>("frmStartUp");
+        const auto& form = shown<FrmMain>("frmMain");
+        const auto& wait = shown<FrmWait>("frmWait");
         const char* pointers[] = {"usual pointer", "arrow"};
+        const auto row = [&](std::size_t number) {
+            return form.lblTitle[number].caption + ' ' + form.lblVersion[number].caption;
+        };
         return {
+            !start.visible
+                ? "no start window"
+                : "start window at " + std::to_string(start.left) + ' ' + std::to_string(start.top) + portChoice(start),
+            form.visible ? "main window" : "no main window",
             form.enabled ? "window on" : "window off",
             form.mousePointer == MousePointer::hourglass ? "hourglass" : pointers[static_cast<int>(form.mousePointer)],
-            form.lblVersion[0].caption + ' ' + form.lblVersion[1].caption,
+            "amplifier " + row(0),
+            "interface unit " + row(1),
+            "file " + row(2),
+            form.cmdUpgrade.enabled ? "upgrade on" : "upgrade off",
             (form.CommTimer.enabled() ? "ticks " : "no ticks ") + std::to_string(form.CommTimer.interval()),
-            wait == nullptr ? "no progress"
-            : wait->visible ? wait->lblMsg.caption + " 0 to " + std::to_string(static_cast<int>(wait->prbComm.max))
-                            : "progress hidden",
-            wait == nullptr || wait->cmdCancel.enabled ? "cancel on" : "cancel off",
+            !frmWaitLoaded() ? "no progress"
+            : wait.visible   ? wait.lblMsg.caption + " 0 to " + std::to_string(static_cast<int>(wait.prbComm.max))
+                             : "progress hidden",
+            wait.cmdCancel.enabled ? "cancel on" : "cancel off",
             world_.desktop.keptAwake() ? "awake" : "may sleep",
         };
     }
@@ -136,17 +187,12 @@ class Story {
     }
 
     void noteCall(Operation operation) {
-        static const std::map<Operation, const char*> names{
-            {Operation::clearUnsent, "clear unsent"}, {Operation::openPort, "port open"},
-            {Operation::closePort, "port close"},     {Operation::openFile, "file open"},
-            {Operation::readFile, "file read"},       {Operation::writeFile, "file write"},
-            {Operation::closeFile, "file close"},     {Operation::appendLine, "log"},
-        };
         clears_ += operation == Operation::clearReceived ? "-" : "";
-        if (const auto name = names.find(operation); name != names.end()) {
-            note(name->second);
+        const auto named = std::ranges::find(operations, operation, &NamedOperation::operation);
+        if (named != std::end(operations) && named->told) {
+            note(named->name);
         }
-        if (operation == Operation::closePort) {
+        if (operation == Operation::closePort || operation == Operation::readFile) {
             awaitEvents();
         }
     }
@@ -181,7 +227,7 @@ class Story {
     }
 
     World& world_;
-    std::vector<std::string> state_;
+    std::vector<std::string> state_ = state();
     std::vector<Line> lines_;
     Micros lastAt_ = world_.clock.now();
     int bar_ = 0;

@@ -1,0 +1,302 @@
+// Whole sessions, told in tests/stories/ by what the operator and the unit see of them (tests/story.h). A line that
+// begins with "*" or "." is done: by the operator, or to the world around the program; what comes of the latter is not
+// told. ":: name" stands for the lines under that name at the head of the file. With RECORD_STORIES set, the stories are
+// written anew.
+#include "tests/story.h"
+
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+namespace {
+
+// The parts of a text behind each line begin of that kind; first, what stands ahead of them.
+std::vector<std::string> partsOf(const std::string& text, const std::string& mark) {
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1 + mark.size()) {
+        end = text.find('\n' + mark, begin);
+        parts.push_back(text.substr(begin, end == std::string::npos ? end : end + 1 - begin));
+    }
+    return parts;
+}
+
+// "\n", and bytes as two hexadecimal digits: "\E9".
+std::string unescaped(std::string text) {
+    for (std::size_t at = text.find('\\'); at != std::string::npos; at = text.find('\\', at + 1)) {
+        const bool lineEnd = text[at + 1] == 'n';
+        const char byte = lineEnd ? '\n' : static_cast<char>(std::stoi(text.substr(at + 1, 2), nullptr, 16));
+        text.replace(at, lineEnd ? 2 : 3, 1, byte);
+    }
+    return text;
+}
+
+// What a script can do, to a world of its own.
+class Stage {
+  public:
+    // Does the lines of a script and tells the second.
+    std::string tell(const std::string& ahead, const std::string& script) {
+        perform(ahead);
+        const std::string told = perform(script);
+        EXPECT_TRUE(!frmMain().visible || world_.desktop.ended() || session_.atRest());
+        return told + change("amplifier", before_, unit_.amplifierImage) +
+               change("interface unit", UnitOptions().interfaceUnitImage, unit_.interfaceUnitImage) +
+               change("saved.bin", {}, bytesOf(content(World::savedPath)));
+    }
+
+  private:
+    using UnitOptions = simulator::UnitOptions;
+
+    std::string perform(const std::string& script) {
+        std::string told;
+        std::istringstream lines(script);
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with("* ") || line.starts_with(". ")) {
+                performLine(line.substr(2));
+                const std::string seen = story_.take();
+                told += line + '\n' + (line[0] == '*' ? seen : "");
+            }
+        }
+        return told;
+    }
+
+    void performLine(const std::string& line) {
+        words_ = std::istringstream(line);
+        const auto command = commands_.find(next());
+        ASSERT_NE(command, commands_.end()) << line;
+        command->second();
+    }
+
+    // Reading of arguments.
+    template <class Value = std::string>
+    Value next() {
+        Value value{};
+        words_ >> value;
+        return value;
+    }
+    std::string rest() {
+        std::string text;
+        std::getline(words_ >> std::ws, text);
+        return unescaped(text);
+    }
+    Micros duration() { return static_cast<Micros>(next<double>() * 1e6); }
+    Micros moment() { return world_.clock.now() + duration(); }
+    SimulatedFile& file() { return *world_.files.find(next()); }
+    Socket& socket() { return world_.port.socket(next<int>()); }
+
+    static Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+    std::string content(const std::string& path) {
+        return world_.files.find(path) == nullptr ? "" : world_.files.find(path)->content;
+    }
+
+    std::string change(const std::string& name, const Bytes& before, const Bytes& now) const {
+        if (now == before) {
+            return "";
+        }
+        const Bytes& held = unit_.amplifierImage;
+        const auto same = std::ranges::mismatch(now, held).in1 - now.begin();
+        return '{' + name + ": " +
+               (now == world_.image ? "the file"
+                : now == held       ? "the unit's"
+                                    : std::to_string(same) + " bytes of the unit's and " +
+                                    std::to_string(std::ssize(now) - same) + " others") +
+               "}\n";
+    }
+
+    void run(const std::function<void()>& event) {
+        if (std::exchange(running_, true)) {
+            return event();
+        }
+        const RunEnd end = world_.desktop.run(event);
+        running_ = false;
+        if (end != RunEnd::idle) {
+            story_.say(end == RunEnd::programEnded ? "the program ends" : world_.desktop.stuckReason());
+        }
+    }
+
+    // The control of that name that the operator sees, else any; reads its number behind it.
+    Deed found() {
+        const std::string name = next();
+        Deed deed = click("", name);
+        for (const Form* form : world_.desktop.forms()) {
+            const auto at = std::ranges::find(form->controls, name, [](auto* control) { return control->name; });
+            if (at != form->controls.end() && (form->visible || deed.form.empty())) {
+                deed.form = form->name;
+                deed.index = (*at)->index;
+            }
+        }
+        deed.index = deed.index < 0 ? -1 : next<int>();
+        return deed;
+    }
+    void show() {
+        const Deed deed = found();
+        for (Control* control : world_.desktop.form(deed.form)->controls) {
+            const bool shown = control->name == deed.control;
+            control->visible = control->visible || shown;
+            control->enabled = control->enabled || shown;
+        }
+    }
+    void act(const Deed& deed) {
+        const std::string refused(world_.person.refusal(deed));
+        refused.empty() ? run([&] { world_.person.perform(deed); }) : story_.say("refused: " + refused);
+    }
+
+    void doAfter() {
+        const Micros at = moment();
+        world_.desktop.schedule(at, [this, line = rest()] {
+            story_.say("! " + line);
+            performLine(line);
+        });
+    }
+
+    void answer() {
+        simulator::AnswerRule rule{next(), next<int>()};
+        const std::string what = next();
+        simulator::CommandAnswer& answer = rule.answer;
+        answer.ignored = what == "ignored";
+        answer.silent = what == "silent" || answer.ignored;
+        answer.wrongCheck = what == "wrongCheck";
+        answer.delay = what == "delayed" ? duration() : 0;
+        if (what == "data") {
+            answer.data = rest();
+        } else if (what.size() == 4) {
+            answer.resultCode = what;
+        }
+        unit_.answers.push_back(rule);
+    }
+
+    void fail() {
+        const auto named = std::ranges::find(Story::operations, next(), &Story::NamedOperation::name);
+        const int n = std::max(1, next<int>());
+        for (OperationGate* gate : {&world_.port.operations(), &world_.files.operations()}) {
+            gate->add(failNth(named->operation, gate->passed(named->operation) + n, Lasting::once,
+                              Failure(failureNumber::portLost, "It broke.")));
+        }
+    }
+
+    void packets(int first) {
+        using Fate = simulator::PacketAnswer::Fate;
+        const int last = next<int>();
+        const std::string fate = next();
+        for (int number = first; number <= last; ++number) {
+            simulator::PacketAnswer& packet = unit_.packetAnswers[number];
+            packet.fate = fate == "ignored" ? Fate::ignored : fate == "cancels" ? Fate::cancels : Fate::asUsual;
+            packet.bytes = fate == "unanswered" ? std::optional(Bytes()) : std::nullopt;
+        }
+    }
+
+    void give(const std::string& path) {
+        story_.choose = [path](const AskedFile&) { return path.empty() ? std::nullopt : std::optional(path); };
+    }
+    void put(const std::string& path) { world_.files.put(path, content(path) + rest()); }
+    void makeFirmware(std::uint16_t version) {
+        world_.image = simulator::makeSampleImage({.typeText = rest(), .rawVersion = version});
+        world_.files.put(World::firmwarePath, std::string(world_.image.begin(), world_.image.end()));
+    }
+    void flip(std::int64_t write) {
+        world_.line.faults(Direction::fromUnit) = {{.kind = LineFault::Kind::flip,
+                                                    .writes = Writes::transfer,
+                                                    .first = write,
+                                                    .last = write,
+                                                    .place = next<std::size_t>()}};
+    }
+    void chatter(Micros end) {
+        for (Micros at = world_.clock.now(); at < end; at += fromMilliseconds(5)) {
+            world_.line.put(Direction::fromUnit, {'x'}, at);
+        }
+    }
+    void send(int packet) { unit_.sentInstead[packet] = bytesOf(rest()); }
+    void restart(Micros at) { world_.restartUnit(at, at + fromSeconds(2)); }
+    void holdImage(std::uint32_t seed) { before_ = unit_.amplifierImage = simulator::makeSampleImage({.seed = seed}); }
+    void getWell() { unit_ = {.amplifierImage = unit_.amplifierImage, .interfaceUnitImage = unit_.interfaceUnitImage}; }
+
+    Session session_;
+    World& world_ = session_.world;
+    UnitOptions& unit_ = world_.unit.options();
+    Story story_{world_};
+    Bytes before_ = unit_.amplifierImage;
+    bool running_ = false;
+    std::istringstream words_;
+    const std::map<std::string, std::function<void()>> commands_{
+        // the operator
+        {"start", [this] { run(program::start); }},
+        {"press", [this] { act(found()); }},
+        {"choose", [this] { act(choose("frmStartUp", "cmbCom", next<int>() - 1)); }},
+        {"close", [this] { act(closing(next())); }},
+        {"after", [this] { doAfter(); }},
+        {"cancelBox", [this] { story_.answer = [](const Box& box) { return box.style % 2 + 1; }; }},
+        {"dialog", [this] { give(rest()); }},
+        {"reaction", [this] { world_.desktop.reactionTime = duration(); }},
+        // the desktop
+        {"show", [this] { show(); }},
+        {"wait", [this] { world_.clock.advanceTo(moment()); }},
+        {"instance", [this] { world_.desktop.otherInstance = true; }},
+        {"fail", [this] { fail(); }},
+        // files
+        {"put", [this] { put(next()); }},
+        {"remove", [this] { world_.files.remove(next()); }},
+        {"unreadable", [this] { file().unreadable = true; }},
+        {"readOnly", [this] { file().readOnly = true; }},
+        {"cutAt", [this] { file().content.resize(next<std::size_t>()); }},
+        {"readable", [this] { file().readable.emplace(next<std::size_t>()); }},
+        {"room", [this] { world_.files.setRoom(next<std::size_t>()); }},
+        {"firmware", [this] { makeFirmware(next<std::uint16_t>()); }},
+        // the line
+        {"pull", [this] { world_.port.socket(usualComPort).pulledAt = moment(); }},
+        {"missing", [this] { world_.port.removeSocket(next<int>()); }},
+        {"held", [this] { socket().state = Socket::State::held; }},
+        {"forbidden", [this] { socket().state = Socket::State::forbidden; }},
+        {"connect", [this] { socket().line = &world_.line; }},
+        {"flip", [this] { flip(next<int>()); }},
+        {"chatter", [this] { chatter(moment()); }},
+        // the unit
+        {"answer", [this] { answer(); }},
+        {"packets", [this] { packets(next<int>()); }},
+        {"send", [this] { send(next<int>()); }},
+        {"well", [this] { getWell(); }},
+        {"restart", [this] { restart(moment()); }},
+        {"silence", [this] { unit_.silentFrom = world_.clock.now(); }},
+        {"image", [this] { holdImage(next<std::uint32_t>()); }},
+        {"checksum", [this] { unit_.crc = false; }},
+        {"state", [this] { unit_.stateText = next(), unit_.sensorCount = next<int>(); }},
+        {"model", [this] { unit_.modelText = rest(); }},
+        {"version", [this] { unit_.versionText = rest(); }},
+        {"type", [this] { unit_.typeKey = next<char>(), unit_.rawVersion = next<std::uint16_t>(); }},
+        {"startDelay", [this] { unit_.startDelay = duration(); }},
+        {"sendDelay", [this] { unit_.sendDelay = duration(); }},
+        {"answerLimit", [this] { unit_.answerLimit = duration(); }},
+        {"oneEnd", [this] { unit_.repeatsEnd = false; }},
+    };
+};
+
+class Stories : public testing::TestWithParam<const char*> {};
+
+TEST_P(Stories, AreTold) {
+    const std::string path = STORIES + std::string(GetParam()) + ".txt";
+    std::stringstream file;
+    file << std::ifstream(path).rdbuf();
+    std::vector<std::string> stories = partsOf(file.str(), "== ");
+    const std::vector<std::string> passages = partsOf(stories.front(), ":= ");
+    for (std::size_t story = 1; story < stories.size(); ++story) {
+        std::string& wanted = stories[story];
+        std::string told = wanted.substr(0, wanted.find('\n') + 1) + Stage().tell(passages[0], wanted);
+        for (std::size_t passage = 1; passage < passages.size(); ++passage) {
+            const std::size_t bodyAt = passages[passage].find('\n');
+            const std::string name = "\n:: " + passages[passage].substr(0, bodyAt + 1);
+            const std::string body = passages[passage].substr(bodyAt);
+            for (std::size_t at = told.find(body); at != std::string::npos; at = told.find(body)) {
+                told.replace(at, body.size(), name);
+            }
+        }
+        EXPECT_EQ(told, wanted);
+        wanted = "== " + told;
+    }
+    if (std::getenv("RECORD_STORIES") != nullptr) {
+        std::ofstream out(path);
+        std::ranges::copy(stories, std::ostream_iterator<std::string>(out));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Told, Stories, testing::Values("start", "load", "write", "save", "verification"),
+                         [](const auto& test) { return test.param; });
+
+} // namespace
