@@ -184,24 +184,6 @@ const FaultRow faultRows[]{
     {"operator cancels", [](Session& s) { s.cancels = 500; }},
 };
 
-void putIni(Session& s, const char* name, const std::string& text) {
-    s.world.files.put(s.world.desktop.directory + name, text);
-}
-
-// What a start may find.
-const FaultRow startRows[]{
-    {"port missing", [](Session& s) { putIni(s, "Setting.INI", "[IFU]\r\nCOM=5\r\n"); }},
-    {"port held",
-     [](Session& s) {
-         putIni(s, "Setting.INI", "[IFU]\r\nCOM=4\r\n");
-         s.world.port.socket(4).state = Socket::State::held;
-     }},
-    {"port outside the list", [](Session& s) { putIni(s, "Setting.INI", "[IFU]\r\nCOM=99\r\n"); }},
-    {"no models", [](Session& s) { putIni(s, "TYPE.INI", ""); }},
-    {"second instance", [](Session& s) { s.world.desktop.otherInstance = true; }},
-    {"other sensors", [](Session& s) { s.unit.sensorCount = static_cast<int>(2 * s.random.below(2)); }},
-};
-
 Session::Session(std::uint64_t seed, bool tell) : random(seed), world(drawWorld(random)) {
     world.line.setSeed(random.draw());
     world.line.record().keep(tell ? SIZE_MAX : 0);
@@ -304,7 +286,6 @@ void Session::stopFaults() {
     unit.sendDelay = usual.sendDelay;
     unit.answerLimit = usual.answerLimit;
     unit.repeatsEnd = usual.repeatsEnd;
-    unit.sensorCount = usual.sensorCount;
     world.desktop.schedule(now + fromSeconds(120), [] {});
     run({});
 }
@@ -354,9 +335,6 @@ Deed likedDeed(Session& s) {
 
 Result Session::live(const std::function<void(World&)>& lie, bool save) {
     watch.deedBegins({});
-    if (!lie && random.chance(100)) {
-        random.pick(startRows).bring(*this);
-    }
     drawFaults(lie ? 0 : 100);
     run(program::start);
     for (std::int64_t deeds = lie ? 0 : random.between(2, 6); deeds > 0 && goesOn(); --deeds) {

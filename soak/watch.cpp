@@ -19,7 +19,6 @@ namespace {
 
 constexpr std::size_t mostBoxes = 12;           // of an operation
 constexpr std::size_t mostBoxesWithoutPort = 6; // of one that loses its port
-constexpr int mostSendings = 10;                // of a packet
 
 // Letters for what the tool says; the unit addressed stands as uu. A block is b.
 constexpr std::array<std::pair<std::string_view, char>, 13> words{{
@@ -144,7 +143,6 @@ void Watch::sent(const Passage& passage) {
         }
         return;
     }
-    alive(world_.clock.now());
     if (!frame || before_ != Operation::writePort) {
         if (before_ != Operation::clearReceived && !portBad()) {
             violation("the tool has not thrown away what came before it speaks");
@@ -174,10 +172,6 @@ void Watch::hear(char word, std::uint8_t number) {
         }
         blocks_ += word == 'b' && !again ? 1 : 0;
         sentAgain_ = sentAgain_ || again;
-        sendings_ = again ? sendings_ + 1 : 1;
-        if (sendings_ > mostSendings) {
-            violation("a packet goes out more than ten times");
-        }
     }
     if ((word != 'a' && word != 'b') || !said_.ends_with(word)) {
         said_ += word;
@@ -186,9 +180,7 @@ void Watch::hear(char word, std::uint8_t number) {
 
 void Watch::taken(std::uint8_t byte) {
     lookAtLine();
-    alive(world_.clock.now());
     answer_ = byte;
-    sendings_ = byte == simulator::can ? 0 : sendings_;
     const bool sending = said_.ends_with('b') || said_.ends_with('e');
     const std::size_t accepted = world_.unit.receivedImage().size() / blockSize;
     if (sending && byte == ack &&
@@ -200,31 +192,12 @@ void Watch::taken(std::uint8_t byte) {
     }
 }
 
-// Holds the time that has passed without a word to the unit, a look at what it says, or a box.
-void Watch::alive(Micros until) {
-    constexpr Micros command =
-        fromSeconds(5) + fromSeconds(10); // a link that is not free, and the reply to an operation
-    constexpr Micros slack = fromMilliseconds(250);
-    const bool sending = said_.ends_with('b') || said_.ends_with('e');
-    const bool reading = said_.ends_with('n') || said_.ends_with('a');
-    const Micros limit = said_.ends_with('w') ? fromSeconds(60)
-                         : portBad()          ? command
-                         : sending            ? fromSeconds(10)
-                         : reading            ? fromSeconds(3)
-                                              : command;
-    if (running_ && world_.clock.now() - alive_ > limit + slack) {
-        violation("the program lets " + std::to_string((world_.clock.now() - alive_) / 1000) + " ms pass");
-    }
-    alive_ = std::max(alive_, until);
-}
-
 // The windows.
 
 void Watch::deedBegins(const Deed& deed) {
     deed_ = deed.kind == Deed::Kind::close ? "close " + deed.form : deed.control;
     note("operator: " + deed.form + ' ' + deed_ + (deed.index < 0 ? "" : ' ' + std::to_string(deed.index)) +
          (deed.entry < 0 ? "" : ", entry " + std::to_string(deed.entry)));
-    alive_ = world_.clock.now() + 3 * world_.desktop.reactionTime; // for a file dialog
     if (!patterns.contains(deed_)) {
         cancelled_ = cancelled_ || deed_ == "cmdCancel";
         return;
@@ -246,7 +219,6 @@ void Watch::deedBegins(const Deed& deed) {
 void Watch::boxStands(const Box& box) {
     note("box: " + box.title + " | " + box.text + " | " + std::to_string(box.style));
     lookAtLine();
-    alive(world_.clock.now() + world_.desktop.reactionTime);
     if (boxes() > (portBad() ? mostBoxesWithoutPort : mostBoxes)) {
         violation("one box follows another");
     }

@@ -42,7 +42,6 @@ class Watch {
     void checkSaved(const platform::SimulatedFile* file);
     void checkWritten(bool equal);
     void lookAtLine();
-    void alive(Micros until);
     bool portBad() const;
     bool readClean() const;
     std::size_t boxes() const { return world_.desktop.boxes().size() - firstBox_; }
@@ -59,12 +58,11 @@ class Watch {
     std::string said_;           // a letter for each message
     simulator::Journal journal_; // when its transfer began
     std::size_t blocks_ = 0;     // sent, each once
-    int sendings_ = 0;           // of the latest packet
     std::uint8_t answer_ = 0;
     bool sentAgain_ = false, unearned_ = false; // packets; an ACK
     Bytes loaded_;
     // The session.
-    Micros touchedUntil_ = -1, alive_ = 0;
+    Micros touchedUntil_ = -1;
     platform::Operation before_ = {}, latest_ = {}; // operations of the port
     std::size_t violationsSeen_ = 0;                // of the desktop
 };
