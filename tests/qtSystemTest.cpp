@@ -21,9 +21,15 @@ struct {
     bool present = false;
     int latencyAnswer = 0;
     int flags = 0;
-    int readError = 0;
+    int error = 0; // of any transfer
     bool exclusive = false;
 } driver;
+
+template <class... Arguments>
+long transfer(long number, Arguments... arguments) {
+    errno = driver.error;
+    return driver.error != 0 ? -1 : ::syscall(number, arguments...);
+}
 
 } // namespace
 
@@ -45,8 +51,15 @@ extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
 }
 
 extern "C" ssize_t read(int fd, void* buf, std::size_t nbytes) {
-    errno = driver.readError;
-    return driver.readError != 0 ? -1 : ::syscall(SYS_read, fd, buf, nbytes);
+    return transfer(SYS_read, fd, buf, nbytes);
+}
+
+extern "C" ssize_t write(int fd, const void* buf, std::size_t n) {
+    return transfer(SYS_write, fd, buf, n);
+}
+
+extern "C" int tcflush(int fd, int queue) noexcept {
+    return static_cast<int>(transfer(SYS_ioctl, fd, TCFLSH, queue));
 }
 
 namespace {
@@ -119,15 +132,25 @@ TEST_F(TerminalTest, APortIsFreeHoweverItsHolderDied) {
     EXPECT_FALSE(driver.exclusive); // which would outlive the holder
 }
 
-TEST_F(TerminalTest, AnyErrorOfADeviceThatIsGoneReadsTheSame) {
-    for (const int error : {EIO, ENODEV, ENXIO, EBADF}) {
-        port_.open();
-        driver.readError = error;
-        const Failure failure = failureIn([&] { port_.countReceived(); });
-        EXPECT_EQ(failure.number(), failureNumber::portLost);
-        EXPECT_TRUE(failure.description().ends_with("the device has gone away")) << failure.description();
-        driver.readError = 0;
-        port_.close();
+TEST_F(TerminalTest, ADeviceThatIsGoneReadsTheSameAtAnyCallWhateverTheSystemSays) {
+    const std::function<void()> calls[]{[&] { port_.countReceived(); }, [&] { port_.read(); },
+                                        [&] { port_.write(Bytes{1}); }, [&] { port_.clearReceived(); },
+                                        [&] { port_.clearUnsent(); }};
+    for (const int error : {EIO, ENODEV, ENXIO, EBADF, 0}) { // 0: the far end hangs up, a read is at the file's end
+        for (const auto& call : calls) {
+            end_.emplace(folder_ / "unit");
+            path_ = end_->device();
+            port_.open();
+            driver.error = error;
+            if (error == 0) {
+                end_.reset();
+            }
+            const Failure failure = failureIn(call);
+            EXPECT_EQ(failure.number(), failureNumber::portLost);
+            EXPECT_EQ(failure.description(), "COM1 (" + path_ + "): the device has gone away");
+            driver.error = 0;
+            port_.close();
+        }
     }
 }
 
