@@ -99,6 +99,8 @@ const std::map<std::string, Option, std::less<>> knownOptions{
     {"--answer", {true, [](auto& o, Text n, Text v) { o.unit.answers.push_back(ruleOf(n, v)); }}},
     {"--reply-delay", {true, [](auto& o, Text n, Text v) { o.unit.replyDelay = durationOf(n, v); }}},
     {"--packet-delay", {true, [](auto& o, Text n, Text v) { o.unit.packetDelay = durationOf(n, v); }}},
+    {"--no-answer",
+     {true, [](auto& o, Text n, Text v) { o.unit.packetAnswers[numberOf(n, v, 1'000'000)] = {.bytes = Bytes()}; }}},
     {"--slow-blocks", {true, [](auto& o, Text n, Text v) { o.unit.sendDelay = durationOf(n, v); }}},
     {"--pieces", {true, [](auto& o, Text n, Text v) { o.unit.sendPieces = piecesOf(n, v); }}},
     {"--transfer-at-once", {false, [](auto& o, Text, Text) { o.transferAtOnce = TransferAtOnce::receive; }}},
@@ -139,6 +141,7 @@ Behaviour:
   --silent                receive and send nothing
   --checksum              receive with checksums instead of CRC
   --packet-delay MS       from a received packet to its answer
+  --no-answer N           accept the N-th packet received without an answer; may be given more than once
   --slow-blocks MS        wait before each block sent
   --pieces SIZE:MS        send blocks in pieces with a pause between them
   --transfer-at-once      begin as XMODEM receiver, without a command
