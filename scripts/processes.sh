@@ -36,9 +36,12 @@ stopAllProcesses() {
     startedProcesses=()
 }
 
+# On a slow computer, the factor of all time limits.
+patience=1
+
 # Repeats a command every 50 ms until it succeeds. After `seconds` it prints `what` and fails.
 waitFor() { # seconds, what, command...
-    local end=$((SECONDS + $1)) what="$2"
+    local end=$((SECONDS + $1 * patience)) what="$2"
     shift 2
     until "$@"; do
         if ((SECONDS >= end)); then

@@ -1,0 +1,220 @@
+"""Eyes and hands of the operator in the emulated computer: the tool's windows by what they tell a screen reader, the
+plug of the adapter, and what a driver says of its port."""
+import fcntl
+import functools
+import grp
+import os
+import re
+import shutil
+import struct
+import subprocess
+import sys
+import termios
+import time
+from pathlib import Path
+
+import gi
+gi.require_version("Atspi", "2.0")
+from gi.repository import Atspi, GLib
+
+trial = sys.argv[1]
+root = Path("/mnt")
+work = root / "build/adapter"
+home = Path("/tmp", trial)  # the tool's folder
+nobody = 65534
+dialout = grp.getgrnam("dialout").gr_gid
+
+Atspi.init()
+del os.environ["AT_SPI_BUS_ADDRESS"]  # the toolkit finds the bus by itself, and registers only then
+Atspi.set_timeout(30000, 30000)  # milliseconds; the tool does not answer while it waits for the unit
+desktop = Atspi.get_desktop(0)
+desktop.set_cache_mask(Atspi.Cache.NONE)
+
+
+def children(thing):
+    return [thing.get_child_at_index(place) for place in range(thing.get_child_count())]
+
+
+# The tool answers only every 20 ms while firmware moves: what stays as it is gets asked for once.
+role = functools.cache(Atspi.Accessible.get_role_name)
+
+
+@functools.cache
+def parts(window):
+    return [part for child in children(window) for part in (child, *parts(child))]
+
+
+def has(thing, state):
+    return thing.get_state_set().contains(state)
+
+
+def find(window, wanted, title=None):
+    return next(part for part in parts(window) if role(part) == wanted and title in (None, part.get_name()))
+
+
+def kindOf(window):
+    roles = [role(window), *map(role, parts(window))]
+    kind = next((kind for kind in ("alert", "progress bar", "tree") if kind in roles), None)
+    if kind:
+        return kind
+    if " ver" in window.get_name():
+        return "main" if has(window, Atspi.StateType.ENABLED) else None
+    return "choice" if has(find(window, "push button", "Set"), Atspi.StateType.SHOWING) else None
+
+
+def front():
+    """The window in front by its kind; empty where there is none, or none that can be used."""
+    try:
+        shown = {kindOf(window): window for program in children(desktop) if program.get_process_id() == tool.pid
+                 for window in children(program) if has(window, Atspi.StateType.SHOWING)}
+    except (GLib.Error, StopIteration, AttributeError, TypeError):  # the tool is busy, or a window has gone meanwhile
+        return {}
+    kind = next((kind for kind in ("alert", "tree", "progress bar", "main", "choice") if kind in shown), None)
+    return {kind: shown[kind]} if kind else {}
+
+
+def until(what, condition, seconds=300):
+    end = time.monotonic() + seconds
+    while not (found := condition()):
+        if time.monotonic() > end:
+            raise TimeoutError(f"waited in vain for {what}")
+        time.sleep(0.2)  # a look takes the emulated computer some time
+    return found
+
+
+def see(kind):
+    return until(f"the window \"{kind}\"", lambda: front().get(kind))
+
+
+def press(window, title):
+    find(window, "push button", title).do_action(0)
+
+
+def chooseFile(button, name, answer):
+    press(see("main"), button)
+    dialog = see("tree")
+    find(dialog, "text").set_text_contents(str(home / name))
+    press(dialog, answer)
+
+
+def barIsAt(percent):
+    window = front().get("progress bar")
+    bar = window and find(window, "progress bar")
+    return bar and bar.get_current_value() * 100 >= percent * bar.get_maximum_value()
+
+
+def answerBoxes(last, back="main", shot=None):
+    """Answers boxes by OK until one has come whose text ends so and the window `back` is there; gives the texts. Takes
+    a picture of the first one that names a port."""
+    texts, answered = [], None
+
+    def done():
+        nonlocal answered, shot
+        shown = front()
+        window = shown.get("alert")
+        if window and window != answered:
+            labels = [part.get_name() for part in parts(window) if role(part) == "label"]
+            texts.append(" ".join(" ".join(labels).split()))
+            if shot and "COM" in texts[-1]:
+                picture(shot)
+                shot = None
+            press(window, "OK")
+            answered = window
+        return back in shown and texts and texts[-1].endswith(last)
+
+    try:
+        until("the last box", done)
+    except TimeoutError as error:
+        texts.append(str(error))
+    return " | ".join(texts)
+
+
+def picture(name):
+    """Of the whole screen; the other operators' windows are behind the tool's."""
+    subprocess.run(f"for window in $(xdotool search --onlyvisible --pid {tool.pid}); do xdotool windowraise $window; done;"
+                   f" import -window root {root}/screenshots/adapter/{name}.png", shell=True, check=False)
+
+
+def startTool(preset, number):
+    global tool
+    shutil.rmtree(home, ignore_errors=True)
+    home.mkdir(0o700)
+    for file in (root / f"build/{preset}/app/tarnbeacon", root / "packaging/TYPE.INI", work / "sample.bin"):
+        shutil.copy(file, home)
+    (home / "Setting.INI").write_text(f"[IFU]\nCOM={number}\n")
+    os.chown(home, nobody, nobody)
+    tool = subprocess.Popen([home / "tarnbeacon"], cwd=home, user=nobody, group=nobody, extra_groups=[dialout],
+                            env={**os.environ, "HOME": home, "XDG_RUNTIME_DIR": home})
+
+
+def endTool():
+    press(see("main"), "End")
+    tool.wait(60)
+
+
+def isHeld(device):
+    """Whether a program has the device open, also one that has gone."""
+    return subprocess.run(f"ls -l /proc/[0-9]*/fd 2>/dev/null | grep -q {device}", shell=True).returncode == 0
+
+
+def tellEmulator(command):
+    with open(work / "monitor", "a") as monitor:
+        monitor.write(command + "\n")
+
+
+def pull(device, held=False):
+    tellEmulator("device_del adapter")
+    until("the device to go", lambda: not os.path.exists(device))
+    until("the tool to let go of it", lambda: held or not isHeld(device), 10)
+
+
+def plug(unit, device):
+    tellEmulator(f"device_add usb-serial,chardev={unit},id=adapter,bus=xhci.0,always-plugged=on")
+    until(device, lambda: os.path.exists(device))
+    admit(device)
+
+
+def admit(device):
+    """Does what the system's udev does elsewhere. The latency timer of an emulated adapter begins with 0."""
+    os.chown(device, 0, dialout)
+    os.chmod(device, 0o660)
+    if "USB" in device:
+        until("the latency timer", latencyTimer(device).exists)
+        latencyTimer(device).write_text("16")
+
+
+def latencyTimer(device):
+    return Path("/sys/bus/usb-serial/devices", Path(device).name, "latency_timer")
+
+
+def openDevice(device):
+    return os.open(device, os.O_RDWR | os.O_NONBLOCK | os.O_NOCTTY)
+
+
+def request(device, number, size):
+    port = openDevice(device)
+    try:
+        return fcntl.ioctl(port, number, bytes(size))
+    finally:
+        os.close(port)
+
+
+def latency(device):
+    flags, = struct.unpack_from("i", request(device, termios.TIOCGSERIAL, 72), 16)
+    timer = f", timer {latencyTimer(device).read_text().strip()} ms" if "USB" in device else ""
+    return ("on" if flags >> 13 & 1 else "off") + timer
+
+
+def lineState(device):
+    lines, = struct.unpack("i", request(device, termios.TIOCMGET, 4))
+    said = subprocess.run(["stty", "-F", device, "-a"], capture_output=True, text=True, check=True).stdout
+    words = r"\b38400\b|\bcs8\b|-?\b(?:parenb|cstopb|crtscts|icanon|echo|isig|ixon|ixoff|opost)\b"
+    on = [name for name, bit in (("DTR", termios.TIOCM_DTR), ("RTS", termios.TIOCM_RTS)) if lines & bit]
+    return " ".join(re.findall(words, said) + on)
+
+
+def expect(driver, tried, expected, seen, pattern=None):
+    """A row of the table: what was seen is as expected, or like the pattern where the expectation is in words."""
+    fits = re.fullmatch(pattern, seen) if pattern else seen == expected
+    with open(work / "table", "a") as table:
+        table.write("\t".join(["ok" if fits else "NO", driver, tried, expected, seen]) + "\n")
