@@ -56,7 +56,7 @@ struct SharedVariables {
     // The receiver, written by transfer/.
     Bytes blockBuffer = Bytes(1025); // bytes of the latest poll that found block data
     std::int16_t blockLength = 0;    // how many
-    std::int64_t signOfLifeAt = 0;   // clock at the last byte received or control byte sent, milliseconds
+    std::int64_t lastActivityAt = 0; // clock at the last byte received or control byte sent, milliseconds
 
     // State of blocks of which a poll has found only a part.
     struct CutBlocks {

@@ -25,8 +25,8 @@ constexpr std::int32_t packetSize = xModem::headerSize + blockSize + 1;
 constexpr std::int32_t allDataReceived = packetSize - 1; // the last byte is the checksum
 constexpr std::size_t longestRest = packetSize + 1 - blockSize;
 
-// How long a poll waits for the next byte of a block. Adapters hand bytes over in lumps, up to 16 ms apart; after a
-// whole block, the second check byte of the other form follows at once or not at all.
+// How long a poll waits for the next byte of a block. Adapters pass bytes on in groups, up to 16 ms apart. After a
+// whole block in the checksum form, the second check byte of the CRC form follows at once or not at all.
 constexpr int lumpGap = 20; // milliseconds
 constexpr int checkByteGap = 2;
 constexpr int longestHold = 100;
@@ -47,7 +47,7 @@ void tell(const char* japanese, const char* english) {
 }
 
 std::int32_t lookAtSilence(std::int64_t now) {
-    if (now - shared.signOfLifeAt < silenceLimit) {
+    if (now - shared.lastActivityAt < silenceLimit) {
         return shared.blockLength > 0 ? found::noBlock : found::nothing;
     }
     if (verificationSelected()) {
@@ -76,8 +76,8 @@ bool beginsAsBlock(std::span<const std::uint8_t> bytes) {
     return std::ssize(bytes) >= xModem::headerSize && bytes[0] == xModem::soh && (bytes[1] ^ bytes[2]) == 0xFF;
 }
 
-// What follows a block that a poll has caught in the middle: its rest, of up to 5 bytes once 128 are stored, and then
-// the next block. Gives that block, empty when there is none.
+// After a poll that has cut a block, the next poll finds its rest, up to 5 bytes once 128 are stored, and then the next
+// block. Returns that block, empty if there is none.
 std::span<const std::uint8_t> behindRest(std::span<const std::uint8_t> bytes) {
     for (std::size_t rest = 0; rest <= std::min(longestRest, bytes.size()); ++rest) {
         if (beginsAsBlock(bytes.subspan(rest))) {
@@ -92,7 +92,7 @@ std::int32_t takePoll(std::span<const std::uint8_t> bytes) {
     if (cut.restDue && bytes.size() > 1) { // a single byte may be a control byte
         const auto block = behindRest(bytes);
         if (block.empty()) {
-            cut.lost |= bytes.size() > longestRest; // the next block may have begun in them
+            cut.lost |= bytes.size() > longestRest; // they may hold the start of the next block
             keep(bytes);
             return found::noBlock;
         }
@@ -150,7 +150,7 @@ std::int32_t fncReadBlock() {
         if (bytes.empty()) {
             return lookAtSilence(now);
         }
-        shared.signOfLifeAt = now;
+        shared.lastActivityAt = now;
         return takePoll(bytes);
     } catch (const std::exception&) {
         subReportError();

@@ -1,12 +1,12 @@
-// The XMODEM receiver: one look at the port for each call. It checks neither header nor check bytes and never asks for
-// a block again. A block of which a look catches fewer than 128 bytes is lost until the unit sends it again by itself.
+// The XMODEM receiver: each call polls the port once. It checks neither header nor check bytes and never asks for a
+// block again. A block of which a poll finds fewer than 128 bytes is lost unless the unit sends it again by itself.
 #pragma once
 
 #include <cstdint>
 
 namespace FirmComm {
 
-// What one look at the port has found.
+// What one poll of the port has found.
 namespace found {
 constexpr std::int32_t nothing = 0;
 constexpr std::int32_t block = 1; // 128 bytes or more
@@ -18,23 +18,23 @@ constexpr std::int32_t noBlock = 6; // fewer bytes, or none while shared.blockLe
 constexpr std::int32_t end = 12;    // silence for 3000 ms, or the port failed; the operator has seen why
 } // namespace found
 
-// Holds a poll back while the bytes of a block are still coming in, for 100 ms at the most, so that it finds the block
-// whole. No window event runs.
+// Waits while bytes of a block are still coming in, 100 ms at most, so that the poll finds the whole block. No window
+// event runs.
 void waitForWholeBlock();
 
-// Looks at the port once. Bytes of a block are in shared.blockBuffer, shared.blockLength of them.
+// Polls the port once. The bytes of a block are then in shared.blockBuffer, shared.blockLength of them.
 std::int32_t fncReadBlock();
 
-// Moves the 128 data bytes of shared.blockBuffer to shared.readBackImage, and the progress bar.
+// Appends the 128 data bytes of shared.blockBuffer to shared.readBackImage and moves the progress bar.
 void subStoreBlock();
 
-// True when bytes of blocks caught in the middle are missing in the image.
+// True when the image lacks bytes of blocks that a poll has cut.
 bool imageIncomplete();
 
-// Tells the operator when that is so.
+// Tells the operator if so.
 void tellLostBlocks();
 
-// Forgets what an earlier transfer has left of image and blocks. shared.blockBuffer and shared.blockLength stay.
+// Clears image and state of an earlier transfer. shared.blockBuffer and shared.blockLength stay.
 void subResetReader();
 
 } // namespace FirmComm

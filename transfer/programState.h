@@ -1,4 +1,4 @@
-// Values of shared.programState, the one variable that the transfer procedures step on.
+// Values of shared.programState, the state of the transfer procedures.
 #pragma once
 
 #include <cstdint>

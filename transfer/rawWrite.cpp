@@ -21,7 +21,7 @@ namespace FirmComm {
 
 std::int32_t subSendRaw(const std::string& text) {
     const std::int32_t failure = writeShowingFailure(Bytes(text.begin(), text.end()));
-    shared.signOfLifeAt = platform::desktop().timeGetTime();
+    shared.lastActivityAt = platform::desktop().timeGetTime();
     return failure;
 }
 

@@ -38,7 +38,7 @@ bool fileFitsSelectedRow(const FrmMain& form) {
     return form.lblTitle[row].caption == form.lblTitle[2].caption;
 }
 
-// The check bars nothing, it only asks.
+// A failed check only asks the operator.
 bool operatorGoesOn() {
     return FirmComm::fncCheckTarget() == 0 ||
            fncMsgBox(textId::sensorNotChecked, boxStyle::okCancel) != platform::boxAnswer::cancel;
@@ -82,7 +82,7 @@ void cmdPresent_Click() {
         frmMain().enabled = false;
         shared.programState = FirmComm::fncReadStep(state::readStart);
         if (shared.programState == state::readClosing) {
-            shared.programState = FirmComm::fncReadStep(state::readClosing); // no tick would close it
+            shared.programState = FirmComm::fncReadStep(state::readClosing); // no further tick does it
         }
     } catch (const std::exception&) {
         reportUnlessCancelled();
@@ -132,7 +132,7 @@ void cmdCancel_Click() {
             CommonComm::subClearInput();
             failure = FirmComm::subSendRaw(xModem::can);
         }
-        if (readUnderWay()) { // the box of a failure lets a tick close the read
+        if (readUnderWay()) { // while the box of a failure stands, a tick may close the read
             shared.programState = state::readClosing;
         }
     }

@@ -1,4 +1,4 @@
-// The operator's commands that move firmware, and the timer that steps the procedures.
+// The operator's transfer commands, and the timer that runs the procedures step by step.
 #pragma once
 
 namespace MainWindow {
@@ -10,7 +10,7 @@ void cmdUpgrade_Click();
 // "Save the present firmware": asks for a file and starts the read; ticks do the rest.
 void cmdPresent_Click();
 
-// One tick: one step of the procedure under way.
+// One tick: one step of the running procedure.
 void CommTimer_Timer();
 
 } // namespace MainWindow
@@ -19,7 +19,7 @@ namespace WaitWindow {
 
 void Form_Load();
 
-// Breaks off a read, tells the unit by CAN, and hides the dialog; the next tick closes the read.
+// Cancels a read, tells the unit by CAN, and hides the dialog; the next tick closes the read.
 void cmdCancel_Click();
 
 // The limit of a byte wait has passed.

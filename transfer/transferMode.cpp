@@ -25,8 +25,8 @@ std::string operate(const std::string& operation) {
     return Common::fncOperation(operation, shared.targetUnit);
 }
 
-// Sends an operation up to three times, until it succeeds, and gives up at once when the port is gone. shared.commRetry
-// tells the tries that follow the first: 2 and 3; after three failures it stands at 4.
+// Sends an operation until it succeeds, up to three times, and stops at once when the port is gone. shared.commRetry
+// is the number of the try from the second on: 2 and 3; after three failures it is 4.
 std::string operateUpToThreeTimes(const std::string& operation) {
     std::string code = operate(operation);
     if (succeeded(code)) {
@@ -102,7 +102,7 @@ void subEndTransfer() {
 }
 
 void closeTransferMode(const std::string& operation) {
-    if (CommonComm::linkAlive()) { // else the operator has been told already
+    if (CommonComm::linkAlive()) { // otherwise the operator has already been told
         operate(operation);
     }
 }

@@ -4,11 +4,11 @@
 
 namespace FirmComm {
 
-// 0 when shared.readBackImage equals shared.firmwareImage in all elements, else 1.
+// Returns 0 if shared.readBackImage equals shared.firmwareImage in all elements, otherwise 1.
 std::int32_t fncCompareImage();
 
-// Reads the unit back after a write, compares, says how it went, and closes the port. Runs inside one tick; window
-// events, further ticks among them, run meanwhile. The main window is usable again at its end.
+// Reads the unit back after a write, compares, shows the result, and closes the port. Runs inside one tick; window
+// events and further ticks run meanwhile. At the end the main window is usable again.
 void runVerification();
 
 } // namespace FirmComm

@@ -4,12 +4,12 @@
 
 namespace FirmComm {
 
-// Does the work of one state of a write, state::writeTransfer or state::writeClosing, and gives the next state; gives
-// any other value back. Gives 0 and does nothing while a step is running.
+// Does the work of one state of a write, state::writeTransfer or state::writeClosing, and returns the next state;
+// returns any other value unchanged. Returns 0 and does nothing while a step is running.
 std::int32_t fncWriteStep(std::int32_t state);
 
-// How a write ends that never began or broke off: the unit leaves its transfer mode, the "Failed" box comes, the window
-// is usable. Gives the next state.
+// Ends a write that did not begin or broke off: the unit leaves its transfer mode, the "Failed" box appears, the window
+// is usable. Returns the next state.
 std::int32_t endFailedWrite();
 
 } // namespace FirmComm

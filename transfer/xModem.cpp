@@ -37,7 +37,7 @@ constexpr std::array<std::uint16_t, 256> makeCrcTable() {
 
 constexpr auto crcTable = makeCrcTable();
 
-// Sets timerWait to a limit, and puts its interval back when the wait is over, however it ends.
+// Sets timerWait to a limit. Restores its interval when the wait ends, also by a failure.
 class WaitLimit {
   public:
     explicit WaitLimit(std::int32_t limit) : timer_(frmWait().timerWait), interval_(timer_.interval()) {
@@ -99,13 +99,13 @@ class PacketSource {
     std::int32_t position_ = 0;
 };
 
-// Ends a transfer with a result: what is still on its way in goes.
+// Ends a transfer with a result. Discards pending input.
 std::int32_t giveUp(std::int32_t result) {
     serialPort().clearReceived();
     return result;
 }
 
-// Waits for the receiver's first byte. Gives 0 and whether it wants CRC, or the result of a transfer that does not
+// Waits for the receiver's first byte. Returns 0 and sets `crc`, or returns the result of a transfer that does not
 // begin.
 std::int32_t awaitStart(bool& crc) {
     int unknownBytes = 0;
@@ -131,7 +131,7 @@ std::int32_t awaitStart(bool& crc) {
     }
 }
 
-// Sends one packet until it is acknowledged. Gives 0, or the result of a transfer that ends here.
+// Sends one packet until it is acknowledged. Returns 0, or the result of a transfer that ends here.
 std::int32_t deliver(const Bytes& packet) {
     int failures = 0; // NAKs and time-outs, counted together
     int cancels = 0;
@@ -154,7 +154,7 @@ std::int32_t deliver(const Bytes& packet) {
                 return giveUp(cancelled);
             }
             break;
-        default: break; // noise: a new wait
+        default: break; // noise: wait again
         }
     }
     return failure;

@@ -23,16 +23,16 @@ constexpr std::int32_t cancelled = 0x1003;
 // Places in a block.
 constexpr std::int32_t headerSize = 3;
 
-// Sends shared.firmwareImage, 1,920 blocks and EOT, and gives 0 when the unit has acknowledged EOT. Window events run
+// Sends shared.firmwareImage, 1,920 blocks and EOT, and returns 0 when the unit has acknowledged EOT. Window events run
 // while it waits for the unit: 60 s for the first byte, 10 s for each reply; a packet goes out ten times at the most.
-// Shows nothing of its own but a failure of the port's write. Other failures of the port leave it.
+// Shows a failure of the port's write; any other failure of the port is thrown.
 std::int32_t xModemS();
 
 // The next received byte, or timedOut when none has come within `limit` milliseconds. Window events run meanwhile.
 std::int16_t pWaitByte(std::int32_t limit);
 
-// Throws away what has been received, so that a late answer is not taken for that to this packet, and writes the
-// packet. Gives 0, or the number of a failure that it has shown.
+// Discards received bytes, so that a late answer does not count for this packet, and writes the packet. Returns 0, or
+// the number of a failure that it has shown.
 std::int32_t pSendPacket(const Bytes& packet);
 
 // The CRC of XMODEM over `nByte` bytes of `tData` from index `nPtr` on: polynomial 0x1021, start value 0, most
