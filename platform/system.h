@@ -24,6 +24,9 @@ bool becomeOnlyInstance();
 // for a password, and has no effect where the system offers no such lock.
 void keepAwake(bool on);
 
+// The texts of the system's errors read the same under every locale from now on.
+void keepErrorsInEnglish();
+
 // Ends the process at once; no exit handler runs.
 [[noreturn]] void stopProcess();
 

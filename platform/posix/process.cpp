@@ -3,6 +3,7 @@
 #include "platform/system.h"
 
 #include <cerrno>
+#include <clocale>
 #include <cstdlib>
 #include <fcntl.h>
 #include <spawn.h>
@@ -97,6 +98,10 @@ bool becomeOnlyInstance() {
 
 void keepAwake(bool on) {
     on ? sleepLock.hold() : sleepLock.drop();
+}
+
+void keepErrorsInEnglish() {
+    std::setlocale(LC_MESSAGES, "C");
 }
 
 void stopProcess() {

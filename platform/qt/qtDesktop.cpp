@@ -11,9 +11,11 @@
 
 #include <QDateTime>
 #include <QScreen>
-#include <QSettings>
 #include <QStyleFactory>
 #include <QThread>
+#if QT_CONFIG(settings) // a toolkit may be built without
+#include <QSettings>
+#endif
 
 #include <algorithm>
 #include <chrono>
@@ -44,15 +46,17 @@ QtDesktop::QtDesktop()
       timers_([this](const Handler& tick) { deliver(tick); }) {
     // Numbers and causes of failures are the same in every locale.
     std::setlocale(LC_NUMERIC, "C");
-    std::setlocale(LC_MESSAGES, "C");
+    keepErrorsInEnglish();
     QCoreApplication::setApplicationName(program::name);
     QCoreApplication::setApplicationVersion(QString("%1.%2").arg(program::major).arg(program::minor));
     QGuiApplication::setDesktopFileName("tarnbeacon"); // for desktops that do not take the icon from the window
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QFont::insertSubstitutions("ＭＳ Ｐゴシック", {"IPAPGothic", "VL PGothic", "Noto Sans CJK JP"});
     QApplication::setStyle(QStyleFactory::create("Fusion")); // the layout of the controls fits its widgets
+#if QT_CONFIG(settings)
     // The toolkit's file dialog stores settings; this program must not write any.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
+#endif
     watchPort();
 }
 
