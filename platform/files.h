@@ -43,7 +43,8 @@ class Files {
     // Opens for reading, or for writing: then creates a missing file and does not shorten an existing one.
     virtual std::unique_ptr<BinaryFile> openBinary(const std::string& path, FileAccess access) = 0;
 
-    // The whole file as bytes.
+    // The whole file as text: its bytes. Where the system has a code page beside UTF-8, a file that is neither UTF-8
+    // nor UTF-16 is converted from that.
     virtual std::string readAll(const std::string& path) = 0;
 
     // Appends the text and a line break; creates a missing file.

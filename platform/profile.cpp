@@ -3,6 +3,9 @@
 #include "base/failure.h"
 #include "base/text.h"
 
+#include <cstdint>
+#include <locale>
+
 namespace {
 
 std::string_view trimBlanks(std::string_view text) {
@@ -23,6 +26,34 @@ std::string_view takeLine(std::string_view& text) {
         line.remove_suffix(1);
     }
     return trimBlanks(line);
+}
+
+// Up to the first half of a pair without the other, if any.
+std::string toUtf8(std::u16string_view text) {
+    using Facet = std::codecvt<char16_t, char8_t, std::mbstate_t>;
+    constexpr std::size_t longest = 3; // bytes of one unit
+    std::u8string bytes(text.size() * longest, u8'\0');
+    std::mbstate_t state{};
+    const char16_t* rest = text.data();
+    char8_t* end = bytes.data();
+    std::use_facet<Facet>(std::locale::classic())
+        .out(state, rest, rest + text.size(), rest, end, end + bytes.size(), end);
+    return {bytes.data(), end};
+}
+
+// The file's text as UTF-8. Editors save UTF-16 too, which begins with a byte-order mark.
+std::string decoded(std::string text) {
+    constexpr std::string_view littleEndian = "\xFF\xFE", bigEndian = "\xFE\xFF";
+    if (!text.starts_with(littleEndian) && !text.starts_with(bigEndian)) {
+        return text;
+    }
+    const std::size_t high = text.starts_with(bigEndian) ? 0 : 1;
+    std::u16string units;
+    for (std::size_t at = littleEndian.size(); at + 1 < text.size(); at += 2) {
+        const auto byte = [&](std::size_t place) { return static_cast<std::uint8_t>(text[at + place]); };
+        units += static_cast<char16_t>(byte(high) << 8 | byte(1 - high));
+    }
+    return toUtf8(units);
 }
 
 } // namespace
@@ -57,7 +88,7 @@ std::string cleanedValue(std::string_view value) {
 std::string getPrivateProfileString(platform::Files& files, std::string_view section, std::string_view key,
                                     const std::string& path) {
     try {
-        return files.exists(path) ? profileValue(files.readAll(path), section, key) : std::string();
+        return files.exists(path) ? profileValue(decoded(files.readAll(path)), section, key) : std::string();
     } catch (const Failure&) {
         return {};
     }

@@ -18,6 +18,6 @@ std::string profileValue(std::string_view text, std::string_view section, std::s
 // A value without its comment, which begins at the first apostrophe; tabs become blanks, blanks at both ends go.
 std::string cleanedValue(std::string_view value);
 
-// profileValue of a file; empty when the file is missing or cannot be read.
+// profileValue of a file in UTF-8 or, behind a byte-order mark, UTF-16; empty when it is missing or cannot be read.
 std::string getPrivateProfileString(platform::Files& files, std::string_view section, std::string_view key,
                                     const std::string& path);

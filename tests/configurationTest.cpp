@@ -31,6 +31,15 @@ TEST(Ini, ReadsValuesAsPeopleWriteThem) {
     EXPECT_EQ(Common::fncGetIniString("IFU", "COM", "/missing.ini"), "");
     EXPECT_EQ(profileValue("[a]\nLong=" + std::string(125, 'a') + "あ", "a", "long"), std::string(125, 'a'));
     EXPECT_EQ(profileValue("[a]\nLong=" + std::string(200, 'a'), "a", "long").size(), 126u);
+    for (const bool bigEndian : {false, true}) { // as an editor may save it
+        std::string bytes;
+        for (const char16_t unit : std::u16string(u"\uFEFF[IFU]\r\nName=aé鍵😀b\r\n")) {
+            const char high = static_cast<char>(unit >> 8), low = static_cast<char>(unit);
+            bytes += {bigEndian ? high : low, bigEndian ? low : high};
+        }
+        session.world.files.put("/wide.ini", bytes + '\0'); // cut off in the midst of a character
+        EXPECT_EQ(Common::fncGetIniString("ifu", "name", "/wide.ini"), "aé鍵😀b") << bigEndian;
+    }
     session.world.files.find("/x.ini")->unreadable = true;
     EXPECT_EQ(Common::fncGetIniString("IFU", "COM", "/x.ini"), "");
 }
