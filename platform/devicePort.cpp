@@ -14,7 +14,8 @@ DevicePort::DevicePort(std::unique_ptr<LineDevice> device, FindDevice findDevice
     : device_(std::move(device)), findDevice_(std::move(findDevice)) {}
 
 std::string DevicePort::name() const {
-    return "COM" + std::to_string(number_) + (path_.empty() ? "" : " (" + path_ + ")");
+    const std::string name = "COM" + std::to_string(number_);
+    return path_.empty() || path_ == name ? name : name + " (" + path_ + ")";
 }
 
 void DevicePort::open() {
