@@ -17,7 +17,8 @@ std::string usualDevice(int number);
 
 std::unique_ptr<Files> makeFiles();
 
-// Takes a lock for the user; it ends with the process, however that ends. False when another process holds it.
+// Takes a lock that belongs to the user, or to the logged-in session where the system separates sessions. The lock ends
+// with the process. Returns false when another process holds it.
 bool becomeOnlyInstance();
 
 // Blocks or allows idle suspend, sleep and lid suspend; the lock also ends with the process. Does not wait, never asks

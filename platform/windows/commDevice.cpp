@@ -1,0 +1,270 @@
+// A serial line as a communications device of the system, opened for overlapped calls: the system serialises others,
+// so that a write would wait for a read.
+#include "base/bytes.h"
+#include "base/failure.h"
+#include "platform/clock.h"
+#include "platform/system.h"
+#include "platform/windows/commErrors.h"
+#include "platform/windows/systemText.h"
+
+#include <algorithm>
+#include <array>
+#include <windows.h>
+
+namespace platform {
+
+namespace {
+
+[[noreturn]] void raiseLost(DWORD systemError) {
+    const std::string cause = causeText(systemError);
+    throw Failure(failureNumber::portLost, isGone(systemError) ? deviceGone + (" (" + cause + ")") : cause);
+}
+
+[[noreturn]] void raiseOpenFailure(DWORD systemError) {
+    const int number = openFailureNumber(systemError);
+    throw Failure(number, number == failureNumber::portHeld ? "in use by another program" : causeText(systemError));
+}
+
+// Whole milliseconds, so that the clock has reached `until` when they are over.
+DWORD timeUntil(Micros until) {
+    constexpr Micros longest = 24 * 3600 * Micros{1000};
+    return static_cast<DWORD>(std::clamp<Micros>((until - clockMicros() + 999) / 1000, 0, longest));
+}
+
+DCB lineOf(const LineSettings& settings) {
+    constexpr std::string_view parities = "noems"; // in the order of the system's numbers
+    DCB line{};
+    line.DCBlength = sizeof line;
+    line.BaudRate = static_cast<DWORD>(settings.speed);
+    line.ByteSize = static_cast<BYTE>(settings.dataBits);
+    line.Parity = static_cast<BYTE>(parities.find(settings.parity));
+    line.StopBits = settings.stopBits == 2 ? TWOSTOPBITS : ONESTOPBIT;
+    line.fBinary = TRUE;
+    line.fDtrControl = DTR_CONTROL_ENABLE;
+    line.fRtsControl = RTS_CONTROL_ENABLE;
+    line.XonChar = 0x11; // not used, but the system refuses two that are equal
+    line.XoffChar = 0x13;
+    return line;
+}
+
+// An overlapped call, which may go on behind the program's back.
+class Call {
+  public:
+    Call() { state_.hEvent = ::CreateEventW(nullptr, TRUE, FALSE, nullptr); }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+    ~Call() { ::CloseHandle(state_.hEvent); }
+
+    HANDLE event() const { return state_.hEvent; }
+    bool pending() const { return pending_; }
+
+    // Takes what ReadFile or WriteFile has said.
+    void begun(BOOL done) {
+        const DWORD error = done ? ERROR_SUCCESS : ::GetLastError();
+        if (error != ERROR_SUCCESS && error != ERROR_IO_PENDING) {
+            raiseLost(error);
+        }
+        pending_ = true;
+    }
+    OVERLAPPED* state() { return &state_; }
+
+    // Waits for the end of the call and gives the number of bytes moved.
+    DWORD end(HANDLE device) {
+        DWORD count = 0;
+        pending_ = false;
+        if (!::GetOverlappedResult(device, &state_, &count, TRUE)) {
+            raiseLost(::GetLastError());
+        }
+        return count;
+    }
+
+    // Breaks the call off and gives the number of bytes moved by then.
+    DWORD breakOff(HANDLE device) {
+        DWORD count = 0;
+        pending_ = false;
+        ::CancelIoEx(device, &state_); // fails where the call has ended by now
+        if (!::GetOverlappedResult(device, &state_, &count, TRUE) && ::GetLastError() != ERROR_OPERATION_ABORTED) {
+            raiseLost(::GetLastError());
+        }
+        return count;
+    }
+
+  private:
+    OVERLAPPED state_{};
+    bool pending_ = false;
+};
+
+class CommDevice : public LineDevice {
+  public:
+    ~CommDevice() override { close(); }
+
+    void open(const std::string& device, const LineSettings& settings) override {
+        const std::string path = device.starts_with(R"(\\)") ? device : R"(\\.\)" + device;
+        handle_ = ::CreateFileW(toWide(path).c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                FILE_FLAG_OVERLAPPED, nullptr);
+        if (handle_ == INVALID_HANDLE_VALUE) {
+            raiseOpenFailure(::GetLastError());
+        }
+        try {
+            setUp(settings);
+        } catch (...) {
+            close();
+            throw;
+        }
+    }
+
+    void close() override {
+        if (handle_ == INVALID_HANDLE_VALUE) {
+            return;
+        }
+        ::PurgeComm(handle_, PURGE_TXABORT | PURGE_TXCLEAR); // an adapter that stands still must not hold the close up
+        try {
+            dropUnsent();
+        } catch (const Failure&) { // of a device that is gone
+        }
+        ::CloseHandle(handle_);
+        handle_ = INVALID_HANDLE_VALUE;
+        received_ = false;
+    }
+
+    std::size_t read(std::span<std::uint8_t> bytes) override {
+        std::size_t count = 0;
+        if (received_ && !bytes.empty()) {
+            bytes[count++] = byte_;
+            received_ = false;
+        }
+        const DWORD more = std::min<DWORD>(waiting(), static_cast<DWORD>(bytes.size() - count));
+        if (more > 0) {
+            reading_.begun(::ReadFile(handle_, bytes.data() + count, more, nullptr, reading_.state()));
+            count += reading_.end(handle_);
+        }
+        return count;
+    }
+
+    // The system takes one write at a time and holds on to its bytes until they have left.
+    std::size_t write(std::span<const std::uint8_t> bytes) override {
+        if (writing_.pending() && !sent()) {
+            return 0;
+        }
+        if (!bytes.empty()) {
+            unsent_.assign(bytes.begin(), bytes.end());
+            writing_.begun(
+                ::WriteFile(handle_, unsent_.data(), static_cast<DWORD>(unsent_.size()), nullptr, writing_.state()));
+        }
+        return bytes.size();
+    }
+
+    void clearReceived() override {
+        received_ = false;
+        check(::PurgeComm(handle_, PURGE_RXCLEAR));
+    }
+
+    void clearUnsent() override {
+        dropUnsent();
+        check(::PurgeComm(handle_, PURGE_TXCLEAR));
+    }
+
+    // The end of a read of one byte is what wakes it up: not every driver tells of received bytes by an event.
+    void wait(Micros until, bool forRoom) override {
+        if (received_ || (forRoom && !writing_.pending())) {
+            return;
+        }
+        reading_.begun(::ReadFile(handle_, &byte_, 1, nullptr, reading_.state()));
+        const std::array events{reading_.event(), writing_.event()};
+        const DWORD ended = ::WaitForMultipleObjects(forRoom ? 2 : 1, events.data(), FALSE, timeUntil(until));
+        if (ended == WAIT_OBJECT_0) {
+            received_ = reading_.end(handle_) > 0;
+            if (!received_) { // a far end that is closed reads as no bytes
+                raiseLost(ERROR_BROKEN_PIPE);
+            }
+        } else {
+            received_ = reading_.breakOff(handle_) > 0;
+        }
+    }
+
+  private:
+    void setUp(const LineSettings& settings) const {
+        DCB line{};
+        line.DCBlength = sizeof line;
+        const bool device = ::GetFileType(handle_) == FILE_TYPE_CHAR;
+        if (!device || !::GetCommState(handle_, &line)) {
+            const DWORD error = ::GetLastError();
+            if (device && isGone(error)) { // a port without hardware behind it may open
+                throw Failure(failureNumber::portMissing, "no working device behind it (" + causeText(error) + ")");
+            }
+            throw Failure(failureNumber::portRefused, "not a serial port");
+        }
+        setLine(lineOf(settings));
+        COMMTIMEOUTS none{};
+        if (!::SetCommTimeouts(handle_, &none)) {
+            throw Failure(failureNumber::portRefused, causeText(::GetLastError()));
+        }
+    }
+
+    void setLine(DCB line) const {
+        if (!::SetCommState(handle_, &line)) { // as where there is no DTR and RTS
+            line.fDtrControl = DTR_CONTROL_DISABLE;
+            line.fRtsControl = RTS_CONTROL_DISABLE;
+            if (!::SetCommState(handle_, &line)) {
+                throw Failure(failureNumber::portRefused, "it refuses the settings of the line");
+            }
+        }
+        DCB taken{};
+        taken.DCBlength = sizeof taken;
+        if (!::GetCommState(handle_, &taken) || taken.BaudRate != line.BaudRate || taken.ByteSize != line.ByteSize ||
+            taken.Parity != line.Parity || taken.StopBits != line.StopBits) {
+            throw Failure(failureNumber::portRefused, "it refuses the settings of the line");
+        }
+    }
+
+    // Bytes that the system holds for the program. Asking also lifts a pause that an error on the line brings.
+    DWORD waiting() const {
+        COMSTAT status{};
+        DWORD errors = 0;
+        check(::ClearCommError(handle_, &errors, &status));
+        return status.cbInQue;
+    }
+
+    // Whether the bytes of the write that runs have left.
+    bool sent() {
+        if (::WaitForSingleObject(writing_.event(), 0) != WAIT_OBJECT_0) {
+            return false;
+        }
+        if (writing_.end(handle_) != unsent_.size()) {
+            raiseLost(ERROR_WRITE_FAULT);
+        }
+        return true;
+    }
+
+    void dropUnsent() {
+        if (writing_.pending()) {
+            writing_.breakOff(handle_);
+        }
+    }
+
+    // Of a call just made.
+    static void check(bool good) {
+        if (!good) {
+            raiseLost(::GetLastError());
+        }
+    }
+
+    HANDLE handle_ = INVALID_HANDLE_VALUE;
+    Call reading_;
+    Call writing_;
+    Bytes unsent_; // of the write that runs
+    std::uint8_t byte_ = 0;
+    bool received_ = false; // byte_ has come in
+};
+
+} // namespace
+
+std::unique_ptr<LineDevice> makeLineDevice() {
+    return std::make_unique<CommDevice>();
+}
+
+std::string usualDevice(int number) {
+    return "COM" + std::to_string(number);
+}
+
+} // namespace platform
