@@ -12,7 +12,10 @@ mainTitle="$(sed -n 's/^project(TarnBeacon VERSION \([0-9]*\)\.\([0-9]*\) .*/\1 
     xargs printf 'TarnBeacon ver%d.%03d')"
 readonly mainTitle
 
-# Makes the folder with the program, its two INI files and a firmware file for the unit.
+# What is built for it beside the program.
+readonly demoTargets=(tarnbeacon-unit tarnbeacon-places)
+
+# Makes the folder with the program, its two INI files and a firmware file for the unit. Sets the places of the controls.
 prepareDemo() { # preset, name of the folder if not the preset's
     demo="$root/build/demo/${2-$1}"
     rm -rf "$demo"
@@ -22,6 +25,7 @@ prepareDemo() { # preset, name of the folder if not the preset's
     settings="$demo"
     unitProgram="$root/build/$1/simulator/program/tarnbeacon-unit"
     "$unitProgram" --make-sample "$demo/sample.bin"
+    eval "$("$root/build/$1/gallery/program/tarnbeacon-places")"
     cp "$root/packaging/TYPE.INI" "$demo/"
 }
 

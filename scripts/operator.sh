@@ -1,12 +1,5 @@
-# Sourced by commands with a scripted operator: the steps of every job. Places are those of the forms, in twips.
-# shellcheck shell=bash
-
-readonly lblVersion0=(2040 480 1455 255)
-readonly lblVersion2=(2040 1560 1455 255)
-readonly cmdLoading=(2400 1920 1095 315)
-readonly cmdUpgrade=(600 2640 1335 315)
-readonly cmdEnd=(2160 2640 1335 315)
-readonly progressArea=(5220 1755)
+# Sourced by commands with a scripted operator: the steps of every job. prepareDemo sets the places of the controls.
+# shellcheck shell=bash disable=SC2154
 
 # Starts the program, waits for its main window, and sets `main` to it.
 comeUp() {
@@ -37,7 +30,7 @@ loadFile() {
 seeProgress() { # title
     waitForWindow 20 "$1" "$main"
     progress="$window"
-    hasClientArea "$progress" "${progressArea[@]}" || fail "There is a message instead of the progress dialog."
+    hasClientArea "$progress" "${frmWait[@]}" || fail "There is a message instead of the progress dialog."
 }
 
 # Waits for the box at the end of a transfer and sets `window` to it; fails at a box during the transfer.

@@ -1,12 +1,7 @@
 # Sourced by run: the additions of the service screen. Saves the unit's firmware, cancels a save, and writes a file with
 # verification, in Japanese. A read takes 100 ms for each block, so this takes some six minutes.
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2154
 
-readonly cmdPresent=(600 2985 2895 300)
-readonly chkVerify=(360 2160 1935 255)
-readonly optJapanese=(3960 450 1215 255)
-readonly optEnglish=(3960 750 1215 255)
-readonly cmdCancel=(3720 1320 1095 315)
 readonly boxIcon=(0 0 750 750)
 
 attend() {
@@ -53,7 +48,7 @@ cancelSave() {
 }
 
 writeWithVerification() {
-    click "$main" "${optJapanese[@]}"
+    click "$main" "${optLanguage0[@]}"
     screenshot japanese
     loadFile
     click "$main" "${chkVerify[@]}"
@@ -74,6 +69,6 @@ writeWithVerification() {
     [[ $content == "$successIcon" ]] || fail "The box at the end of the verification does not look like success."
     answerBox
 
-    click "$main" "${optEnglish[@]}"
+    click "$main" "${optLanguage1[@]}"
     screenshot english-again
 }

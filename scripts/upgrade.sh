@@ -1,5 +1,5 @@
 # Sourced by run and scripts/tryPackage: loads a firmware file, writes it into the unit, and ends the program.
-# shellcheck shell=bash
+# shellcheck shell=bash disable=SC2154
 
 # The user does the upgrade.
 attend() {
