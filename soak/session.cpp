@@ -17,7 +17,7 @@ using Kind = LineFault::Kind;
 
 namespace {
 
-// Real lines, and lines that hide what depends on them.
+// Usual lines, and lines with unusual timing.
 constexpr std::array paces{LinePace{},
                            LinePace{},
                            LinePace{.wholeWrites = true},
@@ -32,7 +32,7 @@ constexpr std::size_t timeWidth = 13; // of a line of the story
 
 constexpr std::array savePaths{World::savedPath, World::savedPath, "/long", "/readOnly"};
 
-// How much more the operator likes a control than others; all that closes is in between.
+// How often the operator uses a control, compared with a control that is not listed.
 constexpr std::array<std::pair<std::string_view, int>, 6> likes{
     {{"cmdUpgrade", 50}, {"cmdPresent", 25}, {"cmdLoading", 30}, {"chkVerify", 5}, {"cmdTest", 60}, {"cmdCancel", 9}}};
 
@@ -47,7 +47,7 @@ WorldOptions drawWorld(Random& random) {
     return world;
 }
 
-// What goes wrong, brought over a session when a message of the tool begins.
+// One session. Faults are injected when a message of the tool begins.
 struct Session {
     Session(std::uint64_t seed, bool tell);
     Result live(const std::function<void(World&)>& lie, bool save);
@@ -187,7 +187,7 @@ const FaultRow faultRows[]{
 Session::Session(std::uint64_t seed, bool tell) : random(seed), world(drawWorld(random)) {
     world.line.setSeed(random.draw());
     world.line.record().keep(tell ? SIZE_MAX : 0);
-    // What the unit holds is another image than the file.
+    // The unit holds another image than the file.
     unit.amplifierImage = unit.interfaceUnitImage = world.image;
     std::ranges::reverse(unit.amplifierImage);
     std::string usual(world.image.begin(), world.image.end());
@@ -207,7 +207,7 @@ Session::Session(std::uint64_t seed, bool tell) : random(seed), world(drawWorld(
                                       : loadPaths[usualFile ? 0 : static_cast<std::size_t>(random.below(6))];
         return random.chance(cancels) ? std::nullopt : std::optional<std::string>(path);
     };
-    // The controls that the delivered screen hides are there for this operator.
+    // This operator also has the controls that the delivered screen hides.
     desktop.formChanges = [](Form& form, FormChange) {
         for (Control* control : form.controls) {
             const std::string& name = control->name;
@@ -239,7 +239,7 @@ void Session::actOutOfTurn() {
     }
 }
 
-// The beginning and the end of a transfer get more than their share.
+// The beginning and the end of a transfer get more faults than the middle.
 void Session::drawFaults(int perMille) {
     constexpr int endOfTransfer = 1925; // messages
     message = 0;
@@ -269,7 +269,7 @@ void Session::messageBegins() {
     ++message;
 }
 
-// All that is under way comes to its end.
+// Stops all faults and lets whatever runs end.
 void Session::stopFaults() {
     faults = piecesVary = false;
     cancels = 0;
@@ -290,7 +290,7 @@ void Session::stopFaults() {
     run({});
 }
 
-// As long as the program offers the ports.
+// Chooses the port as long as the program asks for it.
 void Session::setPort() {
     for (int press = 0; press < 4 && goesOn() && !started(); ++press) {
         act(choose("frmStartUp", "cmbCom", usualComPort - 1));
@@ -318,7 +318,7 @@ void Session::finish(bool save) {
     const bool writes = !save && frmMain().lblTitle[0].caption == frmMain().lblTitle[2].caption;
     const char* control = writes ? "cmdUpgrade" : "cmdPresent";
     const bool mayFail = shared.serialPort == nullptr; // a verification has closed the port
-    // A pull that nobody has noticed yet may take one operation.
+    // An operation may still meet a loss of the port that has not been noticed.
     if (!press(control) && !mayFail && (socket.pulledAt == never || !press(control)) && goesOn()) {
         watch.violation("an operation without faults does not succeed");
     }

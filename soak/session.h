@@ -1,5 +1,5 @@
-// One session of the program, drawn from a seed: a unit, a line, what the operator does, and what goes wrong. At its end
-// all faults stop, and the next write or save must succeed.
+// One session of the program. A seed determines the unit, the line, what the operator does, and the faults. At the end all
+// faults stop, and the next write or save must succeed.
 #pragma once
 
 #include "platform/simulated/world.h"

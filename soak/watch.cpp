@@ -20,7 +20,7 @@ namespace {
 constexpr std::size_t mostBoxes = 12;           // of an operation
 constexpr std::size_t mostBoxesWithoutPort = 6; // of one that loses its port
 
-// Letters for what the tool says; the unit addressed stands as uu. A block is b.
+// Letters for what the tool sends; uu is the number of the addressed unit. A block is b.
 constexpr std::array<std::pair<std::string_view, char>, 13> words{{
     {"0501", 'i'},
     {"0601", 's'},
@@ -37,8 +37,8 @@ constexpr std::array<std::pair<std::string_view, char>, 13> words{{
     {"\x18", 'z'},
 }};
 
-// What an operation says, with verification after the slash, blocks and ACKs in a row as one. Where its port fails,
-// messages may be missing.
+// What an operation sends, blocks and ACKs in a row as one; "/" is with verification. If its port fails, messages may be
+// missing.
 #define READ "r{1,3}(na?(na?)?z{0,10})?x"
 const std::map<std::string, std::regex> patterns{
     {"", std::regex("i?(s(v(ti?)?)?)?")},
@@ -115,7 +115,7 @@ void Watch::violation(const std::string& text) {
     violations.push_back(text);
 }
 
-// The port fails in this operation, or may have been lost since the last one.
+// True if the port fails in this operation, or may have been lost since the last one.
 bool Watch::portBad() const {
     return !portWasOpen_ || world_.port.operations().failed() > portFailures_ ||
            (socket_.pulledAt <= world_.clock.now() && (socket_.pulledAt >= begunBefore_ || socket_.backAt >= begun_));
@@ -145,7 +145,7 @@ void Watch::sent(const Passage& passage) {
     }
     if (!frame || before_ != Operation::writePort) {
         if (before_ != Operation::clearReceived && !portBad()) {
-            violation("the tool has not thrown away what came before it speaks");
+            violation("the tool sends without discarding what it has received");
         }
         messageBegins();
     }
@@ -157,7 +157,7 @@ void Watch::sent(const Passage& passage) {
 void Watch::hear(char word, std::uint8_t number) {
     const FrmMain* form = mainForm(world_);
     if (!running_ || (form != nullptr && (form->enabled || (word != 'v' && !world_.desktop.keptAwake())))) {
-        violation("the tool speaks while nothing runs, the window can be used or the computer may sleep");
+        violation("the tool sends while nothing runs, the window is enabled or the computer may sleep");
     }
     const bool again = word == 'b' ? blocks_ > 0 && number == blocks_ % 256 : word == 'e' && said_.ends_with('e');
     if (word == 'w' || word == 'r') {
@@ -232,7 +232,7 @@ void Watch::boxStands(const Box& box) {
 void Watch::eventRan() {
     deed_.clear();
     if (shared.stepBusy || shared.settingPort) {
-        violation("a mark of work under way is left behind");
+        violation("a busy flag is still set");
     }
     const FrmMain* form = mainForm(world_);
     if (form == nullptr) {
@@ -247,10 +247,10 @@ void Watch::eventRan() {
         }
         return;
     }
-    // Nothing goes on by itself, so the operator must be able to.
+    // Nothing runs, so the operator must be able to go on.
     if (!resting || !form->enabled || form->mousePointer == MousePointer::hourglass || frmWaitLoaded() ||
         world_.desktop.keptAwake() || shared.verifying || (state == verified && shared.serialPort != nullptr)) {
-        violation("nothing runs, and the windows are not at rest");
+        violation("nothing runs, but the windows are not idle");
     }
     endOperation();
 }
@@ -265,7 +265,7 @@ void Watch::endOperation() {
     const bool bad = portBad();
     const std::string pattern = bad ? "port" : operation_ + (verifying_ && operation_ != "cmdLoading" ? "/" : "");
     if (!std::regex_match(said_, patterns.at(pattern))) {
-        violation("the tool says \"" + said_ + "\"");
+        violation("the tool sends \"" + said_ + "\"");
     }
     const Box* box = boxes() == 0 ? nullptr : &world_.desktop.boxes().back();
     const SimulatedFile* file = namedFile();
@@ -276,7 +276,7 @@ void Watch::endOperation() {
     }
     const bool toldOf = operation_ == "cmdUpgrade" ? said_.size() > 1 : said_.starts_with('r') && !verifying_;
     if (toldOf && (box == nullptr || (!isSuccess(*box) && !isFailure(*box)))) {
-        violation("the operation ends without a word");
+        violation("the operation ends without a message");
     }
     ++counts[pattern + (box == nullptr ? "" : ": " + box->text.substr(0, box->text.find('\r')))];
 }
@@ -314,7 +314,7 @@ void Watch::checkSaved(const SimulatedFile* file) {
     }
 }
 
-// The box says that the unit holds the file, or with verification that it does not.
+// For a box that says that the unit holds the file or, with verification, that it does not.
 void Watch::checkWritten(bool equal) {
     const std::int64_t different = differences(unitImage(world_), loaded_);
     succeeded = equal && different == 0;
@@ -323,7 +323,7 @@ void Watch::checkWritten(bool equal) {
         if (equal != (imageOf(shared.readBackImage) == loaded_) || (cleanAndQuiet && equal != (different == 0))) {
             violation("the verification is wrong");
         }
-    } else if (!unearned_ && different > strikes_) { // each may damage a block in a way that its check does not show
+    } else if (!unearned_ && different > strikes_) { // each may damage a block without changing its check bytes
         violation("success, and the unit does not hold the file");
     }
 }

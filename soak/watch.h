@@ -1,4 +1,5 @@
-// The rules of a session, held at each message of the tool, each byte that it takes, each box and each window event.
+// The rules of a session. They are checked at each message of the tool, each byte that it reads, each box and each window
+// event.
 #pragma once
 
 #include "platform/simulated/world.h"
@@ -17,13 +18,13 @@ class Watch {
     // Called when a message of the tool begins: a command, a block or a control byte.
     std::function<void()> messageBegins;
 
-    // The line is touched until a moment: bytes are on it that neither side has sent, or that come late.
+    // Marks the line as disturbed until a moment: it carries bytes that neither side has sent, or that come late.
     void touch(Micros until) { touchedUntil_ = std::max(touchedUntil_, until); }
     // The operator does something, or the program starts.
     void deedBegins(const platform::Deed& deed);
-    // The program waits for its operator, or has ended.
+    // The program waits for the operator, or has ended.
     void ranTo(platform::RunEnd end);
-    // What a trace tells; a violation ends the session.
+    // Add a line to the trace. A violation ends the session.
     void note(const std::string& text);
     void violation(const std::string& text);
 

@@ -1,5 +1,4 @@
-// A share of the soak, and what makes its silence worth something: it is the same for the same seed, and it notices a
-// unit that lies.
+// Some sessions of the soak. They depend on the seed alone, and the soak detects a unit that lies.
 #include "soak/session.h"
 #include "tests/thinned.h"
 

@@ -1,4 +1,4 @@
-// Many sessions of the program on a simulated desktop, each drawn from a seed of its own.
+// Many sessions of the program on a simulated desktop, each determined by its seed.
 #include "soak/session.h"
 
 #include <charconv>
