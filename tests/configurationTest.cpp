@@ -110,18 +110,4 @@ TEST(Image, HasALeadText) {
     EXPECT_EQ(FirmComm::fncGetFileField(FirmComm::FileField::leadText), "ABCDE");
 }
 
-TEST(Settings, ChooseThePort) {
-    const std::pair<const char*, int> rows[] = {
-        {"COM=3 ' note", 3}, {"COM=", 1},      {"COM=x", 1},   {"COM=2.5", 2},
-        {"COM=-4", -4},      {"com = 16", 16}, {"COM=3 x", 1}, {"COM=40000", 1},
-    };
-    for (const auto& [line, number] : rows) {
-        Session session;
-        session.world.files.put("/tarnbeacon/Setting.INI", std::string("[IFU]\n") + line + "\n");
-        EXPECT_EQ(Common::fncReadSetting(), number != 1 || std::string(line) != "COM=40000") << line;
-        EXPECT_EQ(shared.comPortNumber, number) << line;
-        EXPECT_EQ(shared.bpsText, "38400");
-    }
-}
-
 } // namespace

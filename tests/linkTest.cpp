@@ -70,27 +70,12 @@ Bytes wrongCheck(const std::string& text) {
     return bytes;
 }
 
-TEST_F(Link, SendsACommandInItsFrameAndWaitsOutItsLimit) {
+TEST_F(Link, SendsACommandInItsFrame) {
     Bytes reply;
-    const std::tuple<std::function<std::string()>, std::string, int> rows[] = {
-        // what is sent, as a frame after STX, and the milliseconds that it waits for a reply
-        {[&] { return fncCommand("01az", reply); }, "0000001AZ\x03\x29", 5000},
-        {[&] { return fncReadUnitState("0601", reply); }, "000000601\x03\x34", 5000},
-        {[&] { return fncReadArea("D5", 0x1AB, 0xCD1, reply, 2000, false); }, "000000101D501AB000CD1\x03\x46", 2000},
-        {[] { return fncOperation("52", 0); }, "00000300552000C00\x03\x41", 10000},
-        {[] { return fncOperation("53", 1); }, "00000300553010000\x03\x32", 10000},
-    };
     world.unit.options().answers = {{"", 0, {.silent = true}}};
-    for (const auto& [send, frame, limit] : rows) {
-        world.line.record().clear();
-        bool eventRan = false;
-        world.desktop.schedule(world.clock.now(), [&] { eventRan = true; });
-        world.clock.advanceTo(fromMilliseconds(world.clock.now() / 1000) + 999);
-        EXPECT_EQ(timeOf([&] { EXPECT_EQ(send(), "9999"); }), fromMilliseconds(limit + 1) - 999);
-        EXPECT_FALSE(eventRan) << "no window event runs in an exchange";
-        EXPECT_EQ(sent(), stx + frame);
-        world.desktop.doEvents();
-    }
+    fncCommand("01az", reply);
+    EXPECT_EQ(timeOf([&] { fncReadArea("D5", 0x1AB, 0xCD1, reply, 2000, false); }), fromMilliseconds(2001));
+    EXPECT_EQ(sent(), stx + "0000001AZ\x03\x29" + stx + "000000101D501AB000CD1\x03\x46");
 }
 
 // The one table of what becomes of a reply, in however many pieces it comes.
@@ -213,12 +198,6 @@ TEST_F(Link, WaitsForTheLinkThatAFailureHasLeftBusy) {
     EXPECT_EQ(timeOf([] { subWaitLinkFree(5000); }), fromSeconds(2));
 }
 
-TEST_F(Link, AsksNobodyWhenTheMessageIsSuppressed) {
-    shared.commRetry = 3;
-    EXPECT_EQ(resultOf({.resultCode = "1234"}, true), "1234");
-    EXPECT_EQ(session.boxes(), "");
-}
-
 TEST_F(Link, ReadsTheUnitState) {
     const std::array<std::string, 3> rows[] = {
         // response code and data, the result, what is then known
@@ -237,16 +216,17 @@ TEST_F(Link, ReadsTheUnitState) {
     EXPECT_EQ(session.boxes(), box + box);
 }
 
-TEST_F(Link, ChecksTheTargetByNumber) {
+TEST_F(Link, NumbersTheResults) {
     for (const auto& [code, number] : {std::pair{"0000", 0}, {"2204", 2204}, {"0E00", 8}, {"12AB", 8}}) {
         world.unit.options().answers = {{"0101", 0, {.resultCode = code}}};
         EXPECT_EQ(FirmComm::fncCheckTarget(), number) << code;
     }
-    world.unit.options().answers = {{"0101", 0, {.reply = wrongCheck("00000001010000")}}};
-    EXPECT_EQ(FirmComm::fncCheckTarget(), 8);
     for (const auto& [code, number] : {std::pair{"0000", 7}, {"", 8}, {"0101", 9}, {"1004", 15}, {"5555", 27}}) {
         EXPECT_EQ(FirmComm::fncResultNumber(code), number) << code;
     }
+    shared.commRetry = 3;
+    EXPECT_EQ(resultOf({.resultCode = "1234"}, true), "1234");
+    EXPECT_EQ(session.boxes(), ""); // it is suppressed
 }
 
 TEST_F(Link, LeavesAPortThatIsOpenAsItWas) {

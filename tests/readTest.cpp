@@ -125,8 +125,7 @@ TEST(Read, TakesBlocksThatComeAtAnyMoment) {
         session.press("cmdPresent");
         const SimulatedFile* file = session.world.files.find(World::savedPath);
         EXPECT_EQ(file != nullptr, whole) << delay << ' ' << pieces.size;
-        EXPECT_TRUE(!whole || std::ranges::equal(file->content, unit.amplifierImage,
-                                                 [](char a, auto b) { return static_cast<std::uint8_t>(a) == b; }));
+        EXPECT_TRUE(!whole || Bytes(file->content.begin(), file->content.end()) == unit.amplifierImage);
         EXPECT_EQ(session.boxes() == "Tarn Beacon|Succeed|64>1\n", whole) << session.boxes();
         EXPECT_TRUE(session.atRest());
     }

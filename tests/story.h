@@ -9,31 +9,22 @@
 //   {amplifier: file}     what has changed in the end of what the unit and the saved file hold
 #pragma once
 
+#include "base/checked.h"
+#include "base/text.h"
 #include "tests/session.h"
 
 #include <cstdio>
 
 class Story {
   public:
-    struct NamedOperation {
-        const char* name;
-        Operation operation;
-        bool told;
-    };
-    static constexpr NamedOperation operations[] = {
-        {"choosePort", Operation::choosePort, false},
-        {"setSettings", Operation::setSettings, false},
-        {"setBufferSizes", Operation::setBufferSizes, false},
-        {"readPort", Operation::readPort, false},
-        {"writePort", Operation::writePort, false},
-        {"clearUnsent", Operation::clearUnsent, true},
-        {"openPort", Operation::openPort, true},
-        {"closePort", Operation::closePort, true},
-        {"openFile", Operation::openFile, true},
-        {"readFile", Operation::readFile, true},
-        {"writeFile", Operation::writeFile, true},
-        {"closeFile", Operation::closeFile, true},
-        {"appendLine", Operation::appendLine, true},
+    static inline const std::map<std::string, Operation> operations{
+        {"choosePort", Operation::choosePort},   {"setSettings", Operation::setSettings},
+        {"openPort", Operation::openPort},       {"setBufferSizes", Operation::setBufferSizes},
+        {"clearUnsent", Operation::clearUnsent}, {"closePort", Operation::closePort},
+        {"openFile", Operation::openFile},       {"readFile", Operation::readFile},
+        {"writeFile", Operation::writeFile},     {"closeFile", Operation::closeFile},
+        {"appendLine", Operation::appendLine},   {"readPort", Operation::readPort}, // the last two are not told
+        {"writePort", Operation::writePort},
     };
 
     explicit Story(World& world) : choose(world.desktop.chooseFile), world_(world) {
@@ -42,7 +33,8 @@ class Story {
         world.port.operations().add(noteOperation);
         world.files.operations().add(noteOperation);
         world.desktop.boxStands = [this](const Box& box) {
-            note("box " + box.title + '|' + box.text + '|' + std::to_string(box.style));
+            note("box " + box.title + '|' + replaceAll(replaceAll(box.text, '\r', ' '), '\n', '/') + '|' +
+                 std::to_string(box.style));
         };
         world.desktop.answerBox = [this](const Box& box) {
             lastAt_ = world_.clock.now(); // the operator's own time does not count
@@ -83,9 +75,6 @@ class Story {
         for (const Line& line : std::exchange(lines_, {})) {
             text += line.text + (line.count > 1 ? " x" + std::to_string(line.count) : "") + '\n';
         }
-        for (std::size_t at = text.find('\r'); at != std::string::npos; at = text.find('\r')) {
-            text.replace(at, 2, " / "); // of a box
-        }
         return text;
     }
 
@@ -104,20 +93,20 @@ class Story {
         return loaded == nullptr ? none : static_cast<const Shown&>(*loaded);
     }
 
-    // The parts of the first window that show, and its list.
-    static std::string portChoice(const FrmStartUp& form) {
-        std::string parts;
+    // What shows of the first window.
+    static std::string startWindow(const FrmStartUp& form) {
+        std::string text = "start window at " + std::to_string(form.left) + ' ' + std::to_string(form.top);
         for (const Control* control : form.controls) {
-            parts += control->visible && control->kind != ControlKind::menu ? ' ' + control->name : "";
+            const bool shows = control->visible && control->kind != ControlKind::menu;
+            text += shows ? ' ' + control->name : "";
+            text += shows && !control->items.empty()
+                        ? ' ' + at(control->items, control->listIndex) + " of " + std::to_string(control->items.size())
+                        : "";
         }
-        const std::vector<std::string>& ports = form.cmbCom.items;
-        return !form.cmbCom.visible || ports.empty() ? parts
-                                                     : parts + ' ' + ports.front() + " to " + ports.back() + ": " +
-                                                           ports.at(static_cast<std::size_t>(form.cmbCom.listIndex));
+        return form.visible ? text : "no start window";
     }
 
     std::vector<std::string> state() const {
-        const auto& start = shown<FrmStartUp>("frmStartUp");
         const auto& form = shown<FrmMain>("frmMain");
         const auto& wait = shown<FrmWait>("frmWait");
         const char* pointers[] = {"usual pointer", "arrow"};
@@ -125,9 +114,7 @@ class Story {
             return form.lblTitle[number].caption + ' ' + form.lblVersion[number].caption;
         };
         return {
-            !start.visible
-                ? "no start window"
-                : "start window at " + std::to_string(start.left) + ' ' + std::to_string(start.top) + portChoice(start),
+            startWindow(shown<FrmStartUp>("frmStartUp")),
             form.visible ? "main window" : "no main window",
             form.enabled ? "window on" : "window off",
             form.mousePointer == MousePointer::hourglass ? "hourglass" : pointers[static_cast<int>(form.mousePointer)],
@@ -188,9 +175,9 @@ class Story {
 
     void noteCall(Operation operation) {
         clears_ += operation == Operation::clearReceived ? "-" : "";
-        const auto named = std::ranges::find(operations, operation, &NamedOperation::operation);
-        if (named != std::end(operations) && named->told) {
-            note(named->name);
+        const auto named = std::ranges::find(operations, operation, [](const auto& each) { return each.second; });
+        if (named != operations.end() && operation != Operation::readPort && operation != Operation::writePort) {
+            note(named->first);
         }
         if (operation == Operation::closePort || operation == Operation::readFile) {
             awaitEvents();

@@ -81,7 +81,6 @@ class Stage {
     Micros duration() { return static_cast<Micros>(next<double>() * 1e6); }
     Micros moment() { return world_.clock.now() + duration(); }
     SimulatedFile& file() { return *world_.files.find(next()); }
-    Socket& socket() { return world_.port.socket(next<int>()); }
 
     static Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
     std::string content(const std::string& path) {
@@ -89,17 +88,11 @@ class Stage {
     }
 
     std::string change(const std::string& name, const Bytes& before, const Bytes& now) const {
-        if (now == before) {
-            return "";
-        }
-        const Bytes& held = unit_.amplifierImage;
-        const auto same = std::ranges::mismatch(now, held).in1 - now.begin();
-        return '{' + name + ": " +
-               (now == world_.image ? "the file"
-                : now == held       ? "the unit's"
-                                    : std::to_string(same) + " bytes of the unit's and " +
-                                    std::to_string(std::ssize(now) - same) + " others") +
-               "}\n";
+        const auto same = std::ranges::mismatch(now, unit_.amplifierImage).in1 - now.begin();
+        return now == before         ? ""
+               : now == world_.image ? "{" + name + ": the file}\n"
+                                     : "{" + name + ": " + std::to_string(now.size()) + " bytes, " +
+                                           std::to_string(same) + " as the unit's}\n";
     }
 
     void run(const std::function<void()>& event) {
@@ -165,11 +158,11 @@ class Stage {
     }
 
     void fail() {
-        const auto named = std::ranges::find(Story::operations, next(), &Story::NamedOperation::name);
+        const Operation operation = Story::operations.at(next());
         const int n = std::max(1, next<int>());
         for (OperationGate* gate : {&world_.port.operations(), &world_.files.operations()}) {
-            gate->add(failNth(named->operation, gate->passed(named->operation) + n, Lasting::once,
-                              Failure(failureNumber::portLost, "It broke.")));
+            gate->add(
+                failNth(operation, gate->passed(operation) + n, Lasting::once, {failureNumber::portLost, "It broke."}));
         }
     }
 
@@ -198,11 +191,6 @@ class Stage {
                                                     .first = write,
                                                     .last = write,
                                                     .place = next<std::size_t>()}};
-    }
-    void chatter(Micros end) {
-        for (Micros at = world_.clock.now(); at < end; at += fromMilliseconds(5)) {
-            world_.line.put(Direction::fromUnit, {'x'}, at);
-        }
     }
     void send(int packet) { unit_.sentInstead[packet] = bytesOf(rest()); }
     void restart(Micros at) { world_.restartUnit(at, at + fromSeconds(2)); }
@@ -243,11 +231,9 @@ class Stage {
         // the line
         {"pull", [this] { world_.port.socket(usualComPort).pulledAt = moment(); }},
         {"missing", [this] { world_.port.removeSocket(next<int>()); }},
-        {"held", [this] { socket().state = Socket::State::held; }},
-        {"forbidden", [this] { socket().state = Socket::State::forbidden; }},
-        {"connect", [this] { socket().line = &world_.line; }},
+        {"held", [this] { world_.port.socket(next<int>()).state = Socket::State::held; }},
+        {"connect", [this] { world_.port.socket(next<int>()).line = &world_.line; }},
         {"flip", [this] { flip(next<int>()); }},
-        {"chatter", [this] { chatter(moment()); }},
         // the unit
         {"answer", [this] { answer(); }},
         {"packets", [this] { packets(next<int>()); }},
