@@ -1,9 +1,9 @@
-"""What is tried in the emulated computer: the 16550A, a USB adapter that is pulled and plugged in again, and an upgrade
-at the line's pace on another adapter. The units have their names from scripts/tryAdapter."""
+"""The trials in the emulated computer: "serial" the 16550A, "usb" an adapter that is pulled and plugged in again, and
+"paced" another adapter at the speed of the line. scripts/tryAdapter names the units."""
 import traceback
 from contextlib import contextmanager
 
-from hands import *
+from operate import *
 
 usbDevice = "/dev/ttyUSB1"
 notEffective = r"現在の通信ポート\(COM{}\)は有効ではありません"
@@ -12,7 +12,7 @@ timeOut = r"It is a receiving timeout error\."
 wrongSetup = r"An error is in a setup of a COM port\.Please check\."
 question = r"I could not check that it communicate[^|]*"
 told = rf"Application error\. RES : COM6 \({usbDevice}\): the device has gone away"
-# A packet that cannot be written has its own box, and the report behind it has no detail.
+# A packet that cannot be written has its own box, and the report after it has no detail.
 packetTold = rf"COM6 \({usbDevice}\): the device has gone away \| Application error\. RES :"
 
 
@@ -58,9 +58,9 @@ def startWrite():
     press(see("main"), "Start upgrade")
 
 
-# After a pull the unit may still be in its transfer mode: the tool asks then, the unit refuses the start, and the next
-# press works.
 def upgrade(driver, tried, unit, afterPull=False):
+    """After a pull the unit may still be in its transfer mode: then the tool asks whether to continue. If the unit
+    refuses the start, the next press works."""
     image = work / f"{unit}.bin"
     image.unlink(missing_ok=True)
     startWrite()
@@ -85,7 +85,7 @@ def paced(driver, device, number, unit):
     admit(device)
     startTool("release", number)
     load()
-    upgrade(driver, "an upgrade at the line's pace", unit)
+    upgrade(driver, "an upgrade at the speed of the line", unit)
     picture(f"{driver}-upgraded")
     end(driver, device, "off, timer 16 ms" if "USB" in device else "off")
 
@@ -105,7 +105,7 @@ def serial():
 
 
 def failedWrite(driver, tried):
-    """A command that gets no answer has the box of the time limit."""
+    """A command without an answer shows the box of the time limit first."""
     expect(driver, tried, "the device has gone away, with port and device; Failed",
            answerBoxes("Failed", shot=tried.replace(" ", "-")),
            rf"({timeOut} \| {question} \| )?({told}|{packetTold})( \| ({timeOut}|{told}))* \| Failed")
@@ -121,7 +121,7 @@ def usb():
     startAtClosedPort(driver, "a missing port, at the start", 6, notEffective.format(6))
     plug("usb", usbDevice)
     press(see("choice"), "Set")
-    answerBoxes("有効ではありません", "choice")  # the unit refuses, and the port stays open
+    answerBoxes("有効ではありません", "choice")  # the unit refuses; the port stays open
     pull(usbDevice)
     press(see("choice"), "Set")
     expect(driver, "a pull at port choice, then \"Set\"", "the port is not effective",
@@ -135,7 +135,7 @@ def usb():
     failedWrite(driver, "a pull while idle")
     plug("usb", usbDevice)
     upgrade(driver, "plugged in again: the next upgrade", "usb")
-    # The unit is silent at the first three, so that the tool waits for it.
+    # At the first three the unit does not answer, so the tool waits for it.
     for tried, unit, moment in (("the third block", "block3", lambda: isAtBlock(3)),
                                 ("the middle block", "block960", lambda: isAtBlock(960)),
                                 ("the last block", "block1920", lambda: isAtBlock(1920)),
@@ -153,7 +153,7 @@ def usb():
         plug("usb", usbDevice)
     upgrade(driver, "plugged in and out three times: the next upgrade", "usb")
 
-    holder = openDevice(usbDevice)  # as long as it lives, the adapter comes back under another name
+    holder = openDevice(usbDevice)  # as long as it is open, the adapter gets another name
     pull(usbDevice, held=True)
     plug("usb", "/dev/ttyUSB2")
     startWrite()
@@ -187,7 +187,7 @@ def service(driver):
            f"{boxes}; {saved}", rf"{told}( \| ({timeOut}|{told}))* \| Failed; no file")
     plug("silent", usbDevice)
     chooseFile(*read)
-    until("the bar of the next read", lambda: barIsAt(1))  # the whole takes three minutes
+    until("the bar of the next read", lambda: barIsAt(1))  # a whole read takes three minutes
     expect(driver, "plugged in again after a read: the next read", "the bar moves", "the bar moves")
 
 

@@ -1,5 +1,5 @@
-"""Eyes and hands of the operator in the emulated computer: the tool's windows by what they tell a screen reader, the
-plug of the adapter, and what a driver says of its port."""
+"""For the trials in the emulated computer: operates the tool's windows through their accessibility, pulls and plugs the
+adapter, and reads the state of a port from its driver."""
 import fcntl
 import functools
 import grp
@@ -25,7 +25,7 @@ nobody = 65534
 dialout = grp.getgrnam("dialout").gr_gid
 
 Atspi.init()
-del os.environ["AT_SPI_BUS_ADDRESS"]  # the toolkit finds the bus by itself, and registers only then
+del os.environ["AT_SPI_BUS_ADDRESS"]  # with it the tool would not register
 Atspi.set_timeout(30000, 30000)  # milliseconds; the tool does not answer while it waits for the unit
 desktop = Atspi.get_desktop(0)
 desktop.set_cache_mask(Atspi.Cache.NONE)
@@ -35,7 +35,7 @@ def children(thing):
     return [thing.get_child_at_index(place) for place in range(thing.get_child_count())]
 
 
-# The tool answers only every 20 ms while firmware moves: what stays as it is gets asked for once.
+# What does not change is asked for once: during a transfer the tool answers only every 20 ms.
 role = functools.cache(Atspi.Accessible.get_role_name)
 
 
@@ -63,11 +63,11 @@ def kindOf(window):
 
 
 def front():
-    """The window in front by its kind; empty where there is none, or none that can be used."""
+    """The kind of the window in front and the window; empty if there is none that can be used."""
     try:
         shown = {kindOf(window): window for program in children(desktop) if program.get_process_id() == tool.pid
                  for window in children(program) if has(window, Atspi.StateType.SHOWING)}
-    except (GLib.Error, StopIteration, AttributeError, TypeError):  # the tool is busy, or a window has gone meanwhile
+    except (GLib.Error, StopIteration, AttributeError, TypeError):  # busy, or a window has closed meanwhile
         return {}
     kind = next((kind for kind in ("alert", "tree", "progress bar", "main", "choice") if kind in shown), None)
     return {kind: shown[kind]} if kind else {}
@@ -77,8 +77,8 @@ def until(what, condition, seconds=300):
     end = time.monotonic() + seconds
     while not (found := condition()):
         if time.monotonic() > end:
-            raise TimeoutError(f"waited in vain for {what}")
-        time.sleep(0.2)  # a look takes the emulated computer some time
+            raise TimeoutError(f"waiting for {what} took too long")
+        time.sleep(0.2)  # a look at the windows is slow here
     return found
 
 
@@ -104,8 +104,8 @@ def barIsAt(percent):
 
 
 def answerBoxes(last, back="main", shot=None):
-    """Answers boxes by OK until one has come whose text ends so and the window `back` is there; gives the texts. Takes
-    a picture of the first one that names a port."""
+    """Answers boxes with OK until one has ended with the text `last` and the window `back` is in front. Returns the
+    texts. Saves a picture of the first box that names a port."""
     texts, answered = [], None
 
     def done():
@@ -130,7 +130,7 @@ def answerBoxes(last, back="main", shot=None):
 
 
 def picture(name):
-    """Of the whole screen; the other operators' windows are behind the tool's."""
+    """Of the whole screen, with the windows of this operator's tool above all others."""
     subprocess.run(f"for window in $(xdotool search --onlyvisible --pid {tool.pid}); do xdotool windowraise $window; done;"
                    f" import -window root {root}/screenshots/adapter/{name}.png", shell=True, check=False)
 
@@ -153,7 +153,7 @@ def endTool():
 
 
 def isHeld(device):
-    """Whether a program has the device open, also one that has gone."""
+    """Whether a program has the device open, even if it is gone."""
     return subprocess.run(f"ls -l /proc/[0-9]*/fd 2>/dev/null | grep -q {device}", shell=True).returncode == 0
 
 
@@ -175,7 +175,7 @@ def plug(unit, device):
 
 
 def admit(device):
-    """Does what the system's udev does elsewhere. The latency timer of an emulated adapter begins with 0."""
+    """Does the work of udev, which does not run here. The latency timer of an emulated adapter starts at 0."""
     os.chown(device, 0, dialout)
     os.chmod(device, 0o660)
     if "USB" in device:
@@ -214,7 +214,7 @@ def lineState(device):
 
 
 def expect(driver, tried, expected, seen, pattern=None):
-    """A row of the table: what was seen is as expected, or like the pattern where the expectation is in words."""
+    """Adds a row to the table. `seen` must be equal to `expected`, or match the pattern if there is one."""
     fits = re.fullmatch(pattern, seen) if pattern else seen == expected
     with open(work / "table", "a") as table:
         table.write("\t".join(["ok" if fits else "NO", driver, tried, expected, seen]) + "\n")
