@@ -169,8 +169,12 @@ def pull(device, held=False):
 
 
 def plug(unit, device):
-    tellEmulator(f"device_add usb-serial,chardev={unit},id=adapter,bus=xhci.0,always-plugged=on")
-    until(device, lambda: os.path.exists(device))
+    def present():
+        # Refused until the emulator has finished the removal, and again once the adapter is there.
+        tellEmulator(f"device_add usb-serial,chardev={unit},id=adapter,bus=xhci.0,always-plugged=on")
+        time.sleep(1)
+        return os.path.exists(device)
+    until(device, present)
     admit(device)
 
 
