@@ -45,7 +45,7 @@ struct TestForm : platform::Form {
         list.listIndex = 0;
         controls = {&picture,    &rectangle,  &line,    &label, &second, &first, &frame,
                     &inFrame[0], &inFrame[1], &outside, &check, &list,   &bar,   &menu};
-        timers = {&timer};
+        timers.push_back(&timer);
         for (platform::Control* control : controls) {
             control->click = [this, control] { events.push_back(control->name); };
         }

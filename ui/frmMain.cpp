@@ -109,5 +109,5 @@ FrmMain::FrmMain() {
                 &lblVersion[0], &optPresent[1],  &lblTitle[1],       &lblVersion[1], &lblRewriting,  &lblTitle[2],
                 &lblVersion[2], &chkVerify,      &cmdLoading,        &cmdPresent,    &cmdUpgrade,    &cmdEnd,
                 &fraLanguage,   &optLanguage[0], &optLanguage[1]};
-    timers = {&CommTimer};
+    timers.push_back(&CommTimer);
 }

@@ -18,5 +18,5 @@ FrmWait::FrmWait() {
                  .visible = hiddenControls.cmdCancel.visible};
 
     controls = {&lblMsg, &prbComm, &cmdCancel};
-    timers = {&timerWait};
+    timers.push_back(&timerWait);
 }
