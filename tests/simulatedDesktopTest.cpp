@@ -227,7 +227,7 @@ TEST_F(SimulatedDesktopTest, TheLineDoesToAWriteWhatItsFaultsSay) {
         }
         std::string arrives; // an altered write stands behind the one that was sent
         for (const WireEntry& entry : world.line.record().entries()) {
-            arrives.resize(arrives.size() - (entry.altered ? 4 : 0));
+            arrives.erase(arrives.size() - (entry.altered ? 4 : 0));
             arrives.append(entry.bytes.begin(), entry.bytes.end());
         }
         EXPECT_EQ(arrives, row.arrives);
