@@ -58,8 +58,8 @@ extern "C" ssize_t write(int fd, const void* buf, std::size_t n) {
     return transfer(SYS_write, fd, buf, n);
 }
 
-extern "C" int tcflush(int fd, int queue) noexcept {
-    return static_cast<int>(transfer(SYS_ioctl, fd, TCFLSH, queue));
+extern "C" int tcflush(int fd, int selector) noexcept {
+    return static_cast<int>(transfer(SYS_ioctl, fd, TCFLSH, selector));
 }
 
 namespace {
