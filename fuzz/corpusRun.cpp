@@ -1,4 +1,4 @@
-// Runs a fuzz target over the files and directories given, for a build without a fuzzer.
+// Runs a fuzz target over the files of the directory given, for a build without a fuzzer.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -7,26 +7,12 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
-extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int* argc, char*** argv);
 
-namespace {
-
-void runFile(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
-    std::printf("%s\n", path.c_str());
-    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
-}
-
-} // namespace
-
-int main(int argc, char** argv) {
-    if (LLVMFuzzerInitialize != nullptr) {
-        LLVMFuzzerInitialize(&argc, &argv);
-    }
-    for (int argument = 1; argument < argc; ++argument) {
-        for (const auto& entry : std::filesystem::directory_iterator(argv[argument])) {
-            runFile(entry.path());
-        }
+int main(int /*argc*/, char** argv) {
+    for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
+        std::printf("%s\n", entry.path().c_str());
+        std::ifstream file(entry.path(), std::ios::binary);
+        const std::vector<char> bytes(std::istreambuf_iterator<char>(file), {});
+        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
     }
 }

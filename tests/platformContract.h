@@ -1,14 +1,20 @@
-// What every desktop owes the program: one set of tests, which the test of each desktop runs in surroundings of its own.
+// What every desktop owes the program, as rows of commands and what comes of them: tests/stories/everyDesktop.txt. The
+// test of each desktop carries them out in surroundings of its own.
+//   command argument; command ... = results, failures and events in their order
+// A number ahead of a row is how often it is carried out, {a/b} makes a row with a and one with b, and an argument that
+// holds commands separates them by commas. In bytes, x*9 are nine of a kind, and ^ is a control character.
 #pragma once
 
+#include "base/failure.h"
 #include "platform/desktop.h"
-#include "tests/failureOf.h"
+#include "tests/storyFile.h"
 #include "tests/testForm.h"
 
-#include <algorithm>
+#include <cmath>
 #include <functional>
 #include <map>
 #include <memory>
+#include <regex>
 #include <sstream>
 
 namespace contract {
@@ -16,120 +22,105 @@ namespace contract {
 using namespace platform;
 using Text = const std::string&;
 
-// A desktop, and what stands around it, worked by commands of one word with an argument.
-struct Surroundings {
-    virtual ~Surroundings() = default;
-    virtual Desktop& desktop() = 0;
+// A desktop and what stands around it. Times are milliseconds from the last "mark" on. A real clock goes on all the
+// time: moments are the earliest ones.
+class Surroundings {
+  public:
+    explicit Surroundings(Desktop& desktop);
+    Surroundings(const Surroundings&) = delete;
+    Surroundings& operator=(const Surroundings&) = delete;
+    virtual ~Surroundings() {
+        port.close();
+        desk.unload(form);
+        desk.doEvents();
+    }
 
-    std::string folder; // with a separator at its end
-    TestForm form;
-    std::string said; // what came of the commands
+    // Checks a row, with each of its alternatives.
+    void check(Text row) {
+        if (const std::size_t open = row.find('{'); open < row.size()) {
+            const std::size_t end = row.find('}', open);
+            std::istringstream choices(row.substr(open + 1, end - open - 1));
+            for (std::string choice; std::getline(choices, choice, '/');) {
+                check(row.substr(0, open) + choice + row.substr(end + 1));
+            }
+            return;
+        }
+        const std::size_t begin = row.find_first_not_of("0123456789");
+        const std::size_t end = row.find(" =");
+        for (int times = begin == 0 ? 1 : std::stoi(row); times > 0; --times) {
+            said.clear();
+            perform(row.substr(begin, end - begin));
+        }
+        EXPECT_EQ(said, row.substr(std::min(end + 3, row.size()))) << row;
+    }
 
+  protected:
+    void perform(Text script, char separator = ';') {
+        std::istringstream rest(script);
+        for (std::string command; std::getline(rest >> std::ws, command, separator);) {
+            const std::size_t blank = std::min(command.find(' '), command.size());
+            try {
+                commands.at(command.substr(0, blank))(command.substr(std::min(blank + 1, command.size())));
+            } catch (const Failure& failure) {
+                failed = failure.description();
+                say(failureNames.at(failure.number()));
+            }
+        }
+    }
     void say(Text text) { said += (said.empty() ? "" : " ") + text; }
-    void say(const Bytes& bytes) { say(bytes.empty() ? "-" : std::string(bytes.begin(), bytes.end())); }
     void say(std::int64_t number) { say(std::to_string(number)); }
-    static Bytes bytes(Text text) { return {text.begin(), text.end()}; }
+    template <class Sequence>
+    void sayBytes(const Sequence& bytes) {
+        std::string text(bytes.begin(), bytes.end());
+        std::ranges::replace_if(
+            text, [](char sign) { return sign < ' '; }, '^');
+        say(text.size() > 50 ? text.substr(0, 1) + '*' + std::to_string(text.size()) : text.empty() ? "-" : text);
+    }
+    static Bytes bytes(Text text) {
+        const std::size_t star = text.find('*');
+        return star < text.size() ? Bytes(std::stoul(text.substr(star + 1)), text[0]) : Bytes(text.begin(), text.end());
+    }
+    std::int64_t now() const { return desk.timeGetTime() - start; }
+    // At most for two seconds.
+    void waitFor(const std::function<bool()>& condition) const {
+        for (const std::int64_t end = desk.timeGetTime() + 2000; !condition() && desk.timeGetTime() < end;) {
+            desk.waitForEvents(end);
+        }
+    }
+    void ask(Text names, void (Desktop::*show)(FileDialog&)) {
+        dialog.initialDirectory = folder;
+        commands.at("atDialog")(names);
+        (desk.*show)(dialog);
+        say('"' + dialog.fileName.substr(folder.size()) + '"');
+    }
 
     // Each desktop has its own:
-    // - "press", "key", "reader" CONTROL: the operator, by mouse, by keyboard and through a screen reader; "choose"
-    //   ENTRY of the list; "request": to close the window. What no person could do at that moment has no effect.
-    // - "later" MS: an event of the window then, by the name of "later".
-    // - "atBox" BUTTON: at the next box presses a button of the form, asks the form to close, and presses "ok", or the
-    //   Escape key for anything else.
+    // - "hand" mouse, key or reader, by which the operator works; "press" CONTROL; "choose" ENTRY of the list;
+    //   "request": to close the window. What no person could do at that moment has no effect.
+    // - "later" MS: an event of the window then.
+    // - "atBox" COMMANDS: at the next box, the last of them "ok" or "escape".
     // - "atDialog" NAME,OTHER: at the next file dialog gives a name in the folder, and the other where the first must
     //   not be overwritten. Without a name the dialog is cancelled.
     // - "room" BYTES: no file grows beyond that. "break": the next closing fails.
     // - "give" BYTES at the far end of COM3's line, "arrived" COUNT there, "chatter" MS: a byte every five,
     //   "pull" and "plug" the device, "hold" and "free" it by another program. There is no COM4.
     std::map<std::string, std::function<void(Text)>> commands;
-};
 
-class PlatformContract : public testing::TestWithParam<std::unique_ptr<Surroundings> (*)()> {
-  protected:
-    PlatformContract() {
-        form.queryUnload = [this] { form.events.emplace_back("close"); };
-        form.timer.tick = [this] { ticks.push_back(now()); };
-        desk.load(form);
-        desk.show(form);
-        desk.doEvents();
-        start = desk.timeGetTime();
-        addCommands();
-    }
-    ~PlatformContract() override {
-        port.close();
-        desk.unload(form);
-        desk.doEvents();
-    }
-
-    // Carries out commands between bars, and gives all results and failures.
-    std::string run(const std::string& script) {
-        around->said.clear();
-        std::istringstream words(script);
-        for (std::string word; std::getline(words, word, '|');) {
-            const std::size_t blank = std::min(word.find(' '), word.size());
-            try {
-                around->commands.at(word.substr(0, blank))(word.substr(std::min(blank + 1, word.size())));
-            } catch (const Failure& failure) {
-                around->say(failureNames.at(failure.number()));
-            }
-        }
-        return around->said;
-    }
-
-    std::int64_t now() const { return desk.timeGetTime() - start; } // milliseconds of the test
-    void waitUntil(std::int64_t moment) const {
-        while (now() < moment) {
-            desk.waitForEvents(start + moment);
-        }
-    }
-    void waitForTick(std::size_t number) const {
-        while (ticks.size() < number) {
-            desk.waitForEvents(never);
-        }
-    }
-    void startTimer(int interval) {
-        form.timer.setInterval(interval);
-        form.timer.setEnabled(true);
-    }
-
-    const std::unique_ptr<Surroundings> around = GetParam()();
-    Desktop& desk = around->desktop();
+    Desktop& desk;
     SerialPort& port = desk.commPort();
     Files& files = desk.files();
-    TestForm& form = around->form;
-    std::int64_t start = 0;
-    std::vector<std::int64_t> ticks; // their moments
+    TestForm form;
+    FileDialog dialog{.initialDirectory = "", .fileName = "", .filter = "Bin (*.bin)|*.bin||"};
+    std::string folder; // with a separator at its end
+    std::string failed; // the description of the last failure
 
   private:
-    void addCommands();
-
-    void setVisible(Text name, bool visible) {
-        if (name != "form") {
-            form.control(name).visible = visible;
-        } else {
-            visible ? desk.show(form) : desk.hide(form);
-        }
-        desk.doEvents();
-    }
-    void setEnabled(Text name, bool enabled) {
-        (name == "form" ? form.enabled : form.control(name).enabled) = enabled;
-        desk.doEvents();
-    }
-    void ask(Text names, void (Desktop::*show)(FileDialog&)) {
-        around->commands.at("atDialog")(names);
-        (desk.*show)(dialog);
-        around->say('"' + dialog.fileName.substr(around->folder.size()) + '"');
-    }
-    // Until the port tells of so many bytes.
-    void await(int count) const {
-        for (const std::int64_t limit = desk.timeGetTime() + 1000;
-             port.countReceived() < count && desk.timeGetTime() < limit;) {
-            desk.waitForBytes(limit);
-        }
-    }
-
-    FileDialog dialog{.initialDirectory = around->folder, .fileName = "", .filter = "Bin (*.bin)|*.bin||"};
+    std::string said; // what came of the commands
+    std::int64_t start = 0;
+    std::int64_t ticks = 0;
+    std::int64_t nested = 0; // each tick waits until there are so many
     std::unique_ptr<BinaryFile> file;
+    Bytes part = Bytes(3);
     const std::map<int, std::string> failureNames{{failureNumber::fileNotFound, "missing"},
                                                   {failureNumber::fileBroken, "broken"},
                                                   {failureNumber::fileRefused, "refused"},
@@ -137,265 +128,115 @@ class PlatformContract : public testing::TestWithParam<std::unique_ptr<Surroundi
                                                   {failureNumber::dialogCancelled, "cancelled"},
                                                   {failureNumber::portMissing, "missing"},
                                                   {failureNumber::portHeld, "held"},
+                                                  {failureNumber::portRefused, "refused"},
                                                   {failureNumber::portNotOpen, "closed"},
                                                   {failureNumber::portLost, "lost"}};
 };
 
-inline void PlatformContract::addCommands() {
-    const auto path = [this](Text name) { return around->folder + name; };
-    around->commands.merge(std::map<std::string, std::function<void(Text)>>{
-        {"show", [this](Text name) { setVisible(name, true); }},
-        {"hide", [this](Text name) { setVisible(name, false); }},
-        {"enable", [this](Text name) { setEnabled(name, true); }},
-        {"disable", [this](Text name) { setEnabled(name, false); }},
-        {"value", [this](Text name) { around->say(static_cast<std::int64_t>(form.control(name).value)); }},
-        {"entry", [this](Text) { around->say(std::int64_t{form.list.listIndex}); }},
-        {"events",
-         [this](Text) {
-             for (Text event : std::exchange(form.events, {})) {
-                 around->say(event);
-             }
-         }},
-        {"box", [this](Text style) { around->say(std::int64_t{desk.msgBox("text", std::stoi(style), "title")}); }},
-        {"openDialog", [this](Text names) { ask(names, &Desktop::showOpen); }},
-        {"saveDialog", [this](Text names) { ask(names, &Desktop::showSave); }},
-        {"prompt", [this](Text) { dialog.flags = FileDialog::overwritePrompt; }},
-        {"fail", [this](Text) { dialog.cancelError = true; }},
+inline Surroundings::Surroundings(Desktop& desktop) : desk(desktop) {
+    commands["show"] = [this](Text name) { form.control(name).visible = true; };
+    commands["hide"] = [this](Text name) { form.control(name).visible = false; };
+    commands["enable"] = [this](Text name) { form.control(name).enabled = true; };
+    commands["disable"] = [this](Text name) { form.control(name).enabled = false; };
+    commands["showForm"] = [this](Text) { desk.show(form); };
+    commands["hideForm"] = [this](Text) { desk.hide(form); };
+    commands["enableForm"] = [this](Text) { form.enabled = true; };
+    commands["disableForm"] = [this](Text) { form.enabled = false; };
+    commands["load"] = [this](Text) { desk.load(form), desk.show(form); };
+    commands["unload"] = [this](Text) { desk.unload(form); };
+    commands["deaf"] = [this](Text) { form.queryUnload = nullptr; };
+    commands["onClick"] = [this](Text script) { form.control("R&D").click = [=, this] { perform(script, ','); }; };
+    commands["value"] = [this](Text name) { say(std::lround(form.control(name).value)); };
+    commands["box"] = [this](Text style) { say(desk.msgBox("text", std::stoi(style), "title")); };
+    commands["openDialog"] = [this](Text names) { ask(names, &Desktop::showOpen); };
+    commands["saveDialog"] = [this](Text names) { ask(names, &Desktop::showSave); };
+    commands["prompt"] = [this](Text) { dialog.flags = FileDialog::overwritePrompt; };
+    commands["fail"] = [this](Text) { dialog.cancelError = true; };
+    commands["date"] = [this](Text) { say(std::regex_replace(desk.dateAndTime(), std::regex("[0-9]"), "9")); };
 
-        {"open",
-         [this](Text number) {
-             port.choosePort(static_cast<std::int16_t>(number.empty() ? 3 : std::stoi(number)));
-             port.setSettings("38400,n,8,1");
-             port.open();
-         }},
-        {"close", [this](Text) { port.close(); }},
-        {"isOpen", [this](Text) { around->say(port.isOpen() ? "yes" : "no"); }},
-        {"settings", [this](Text settings) { port.setSettings(settings); }},
-        {"sizes", [this](Text input) { port.setBufferSizes(std::stoi(input), 512); }},
-        {"limit", [this](Text most) { port.setReadLimit(std::stoi(most)); }},
-        {"count", [this](Text) { around->say(std::int64_t{port.countReceived()}); }},
-        {"read", [this](Text) { around->say(port.read()); }},
-        {"write", [this](Text text) { port.write(Surroundings::bytes(text)); }},
-        {"clear", [this](Text) { port.clearReceived(); }},
-        {"drop", [this](Text) { port.clearUnsent(); }},
-        {"await", [this](Text count) { await(std::stoi(count)); }},
-
-        {"exists", [=, this](Text name) { around->say(files.exists(path(name)) ? "yes" : "no"); }},
-        {"length", [=, this](Text name) { around->say(files.length(path(name))); }},
-        {"append", [=, this](Text line) { files.appendLine(path(line.substr(0, 1)), line.substr(2)); }},
-        {"all", [=, this](Text name) { around->say(files.readAll(path(name))); }},
-        {"toRead", [=, this](Text name) { file = files.openBinary(path(name), FileAccess::read); }},
-        {"toWrite", [=, this](Text name) { file = files.openBinary(path(name), FileAccess::write); }},
-        {"put", [this](Text text) { file->write(text[0] - '0', Surroundings::bytes(text.substr(2))); }},
-        {"get",
-         [this](Text from) {
-             Bytes three(3);
-             file->read(from[0] - '0', three);
-             around->say(three);
-         }},
-        {"shut", [this](Text) { file->close(); }},
-    });
-}
-
-struct Script {
-    std::string commands;
-    std::string outcome;
-};
-
-TEST_P(PlatformContract, AWindowTakesWhatAPersonCouldDoAndNothingElse) {
-    for (const std::string what : {"form", "inFrame1", "frame"}) {
-        for (const auto& [prevent, allow] : {std::pair("disable ", "|enable "), std::pair("hide ", "|show ")}) {
-            for (const char* hand : {"|press ", "|key ", "|reader "}) {
-                std::ostringstream script;
-                script << prevent << what << hand << "inFrame1|request|events|value inFrame1" << allow << what << hand
-                       << "inFrame1" << hand << "inFrame0|events";
-                EXPECT_EQ(run(script.str()), what == "form" ? "0 inFrame1 inFrame0" : "close 0 inFrame1 inFrame0")
-                    << script.str();
-            }
+    commands["mark"] = [this](Text) { start = desk.timeGetTime(), ticks = 0; };
+    commands["since"] = [this](Text moment) { now() < std::stoi(moment) ? say("early") : void(); };
+    commands["within"] = [this](Text moment) { now() > std::stoi(moment) ? say("late") : void(); };
+    commands["sleep"] = [this](Text length) { desk.sleep(std::stoi(length)); };
+    commands["events"] = [this](Text) { desk.doEvents(); };
+    commands["bytes"] = [this](Text moment) { desk.waitForBytes(start + std::stoi(moment)); };
+    commands["wait"] = [this](Text moment) { desk.waitForEvents(start + std::stoi(moment)); };
+    commands["until"] = [this](Text moment) {
+        while (now() < std::stoi(moment)) {
+            desk.waitForEvents(start + std::stoi(moment));
         }
-    }
-    form.queryUnload = nullptr; // the program takes a window away, no one else
-    EXPECT_EQ(run("request|press second|events"), "second");
-    EXPECT_EQ(run("press check|value check|press check|value check|choose 1|entry|choose 0|entry|events"),
-              "1 0 1 0 check check list list");
-    form.inFrame[1].click = [&] { form.outside.value += form.inFrame[1].value * 2 + form.inFrame[0].value * 4; };
-    EXPECT_EQ(run("press inFrame1|value outside"), "3"); // all change before the event; it is of another group
-}
-
-TEST_P(PlatformContract, AnEventMayTakeItsFormAwayAndBringItBack) {
-    startTimer(5);
-    form.first.click = [&] {
-        desk.unload(form);
-        EXPECT_FALSE(form.visible);
-        form.first.click = nullptr; // as if the form were gone
-        desk.sleep(10);
-        desk.doEvents();
-        EXPECT_TRUE(ticks.empty()); // its timers have stopped
-        desk.load(form);
-        desk.show(form);
-        EXPECT_TRUE(form.visible);
     };
-    EXPECT_EQ(run("press R&D|press second|events"), "second");
-    waitForTick(1);
-}
+    commands["next"] = [this](Text) { waitFor([this] { return !said.empty(); }); };
+    commands["quiet"] = [this](Text) { said.clear(); };
+    commands["say"] = [this](Text text) { say(text); };
+    commands["timer"] = [this](Text interval) { form.timer.setInterval(std::stoi(interval)); };
+    commands["start"] = [this](Text) { form.timer.setEnabled(true); };
+    commands["stop"] = [this](Text) { form.timer.setEnabled(false); };
+    commands["nest"] = [this](Text count) { nested = std::stoi(count); };
+    commands["tick"] = [this](Text count) { waitFor([&] { return ticks >= std::stoi(count); }); };
+    commands["ticks"] = [this](Text most) { say(ticks == 0 ? "none" : ticks > std::stoi(most) ? "many" : "some"); };
 
-TEST_P(PlatformContract, ABoxGivesTheAnswerWhileEventsRun) {
-    const Script rows[]{{"atBox ok|box 0", "1"},
-                        {"atBox cancel|box 16", "1"}, // there is no such button
-                        {"atBox ok|box 33", "1"},
-                        {"atBox cancel|box 17", "2"}};
-    startTimer(10);
-    for (const Script& row : rows) {
-        ticks.clear();
-        EXPECT_EQ(run(row.commands), row.outcome) << row.commands;
-        EXPECT_FALSE(ticks.empty());
-        EXPECT_EQ(run("events"), ""); // the box stands before the form
+    commands["choosePort"] = [this](Text number) { port.choosePort(static_cast<std::int16_t>(std::stoi(number))); };
+    commands["open"] = [this](Text) { port.open(); };
+    commands["close"] = [this](Text) { port.close(); };
+    commands["isOpen"] = [this](Text) { say(port.isOpen() ? "yes" : "no"); };
+    commands["settings"] = [this](Text settings) { port.setSettings(settings); };
+    commands["sizes"] = [this](Text input) { port.setBufferSizes(std::stoi(input), 512); };
+    commands["limit"] = [this](Text most) { port.setReadLimit(std::stoi(most)); };
+    commands["count"] = [this](Text) { say(port.countReceived()); };
+    commands["await"] = [this](Text count) { waitFor([&] { return port.countReceived() >= std::stoi(count); }); };
+    commands["read"] = [this](Text) { sayBytes(port.read()); };
+    commands["write"] = [this](Text text) { port.write(bytes(text)); };
+    commands["clear"] = [this](Text) { port.clearReceived(); };
+    commands["drop"] = [this](Text) { port.clearUnsent(); };
+
+    commands["exists"] = [this](Text name) { say(files.exists(folder + name) ? "yes" : "no"); };
+    commands["length"] = [this](Text name) { say(files.length(folder + name)); };
+    commands["append"] = [this](Text line) { files.appendLine(folder + line.substr(0, 1), line.substr(2)); };
+    commands["all"] = [this](Text name) { sayBytes(files.readAll(folder + name)); };
+    commands["toRead"] = [this](Text name) { file = files.openBinary(folder + name, FileAccess::read); };
+    commands["toWrite"] = [this](Text name) { file = files.openBinary(folder + name, FileAccess::write); };
+    commands["put"] = [this](Text text) { file->write(std::stoi(text), bytes(text.substr(text.find(' ') + 1))); };
+    commands["get"] = [this](Text from) { file->read(std::stoi(from), part), sayBytes(part); };
+    commands["shut"] = [this](Text) { file->close(); };
+    commands["cause"] = [this](Text) { say(std::regex_replace(failed, std::regex(folder + "|\\([^)]*\\)"), "")); };
+    for (Control* control : form.controls) {
+        control->click = [this, control] { // and what it finds changed already
+            const auto value = [this](const char* name) {
+                return std::to_string(std::lround(form.control(name).value));
+            };
+            say(control->kind == ControlKind::button ? control->name
+                : control->kind == ControlKind::dropDownList
+                    ? "entry" + std::to_string(control->listIndex)
+                    : control->name + ':' + value("inFrame0") + value("inFrame1") + value("outside") + value("check"));
+        };
     }
-}
-
-TEST_P(PlatformContract, AFileDialogGivesThePathWithoutBlanksAtItsEnds) {
-    EXPECT_EQ(run("append o |openDialog missing 1 |saveDialog o|prompt|saveDialog o ,new|openDialog o|openDialog |fail|"
-                  "saveDialog |saveDialog p"),
-              "\"missing 1\" \"o\" \"new\" \"o\" \"o\" cancelled \"p\"");
-}
-
-// A real clock goes on all the time: moments are the earliest ones.
-
-TEST_P(PlatformContract, TimersTickOnTimeAndOnceForAllTheyMissed) {
-    form.timer.setEnabled(true);
-    waitUntil(20);
-    startTimer(40); // an interval at last
-    desk.sleep(130);
-    desk.waitForBytes(start + 185);
-    EXPECT_TRUE(ticks.empty()); // neither lets events run
-    desk.doEvents();
-    EXPECT_TRUE(ticks.size() == 1 || ticks.size() == 2) << ticks.size();
-    waitForTick(2);
-    EXPECT_GE(ticks[1], 220);
-    startTimer(40); // set anew
-    const std::int64_t anew = now();
-    desk.sleep(20);
-    form.timer.setEnabled(false);
-    form.timer.setEnabled(true); // stopped and started between two looks
-    waitForTick(3);
-    EXPECT_GE(ticks[2], anew + 60);
-    form.timer.setEnabled(false);
-    waitUntil(now() + 50);
-    EXPECT_EQ(ticks.size(), 3U);
-    form.timer.tick = [&] { // ticks also within a tick that lets events run
-        ticks.push_back(now());
-        waitForTick(5);
+    form.queryUnload = [this] { say("close"); };
+    form.timer.tick = [this] {
+        ++ticks;
+        waitFor([this] { return ticks >= nested; });
     };
-    startTimer(10);
-    waitForTick(4);
-    EXPECT_EQ(ticks.size(), 5U);
+    port.setSettings("38400,n,8,1");
+    port.choosePort(3);
+    desk.load(form);
+    desk.show(form);
 }
 
-TEST_P(PlatformContract, AWaitEndsWithAnEventOrOnTime) {
-    run("later 20|later 20");
-    desk.waitForBytes(start + 30);
-    EXPECT_GE(now(), 30);
-    EXPECT_EQ(run("events"), "");
-    desk.doEvents();
-    EXPECT_EQ(run("events|later 20"), "later later");
-    while (form.events.empty()) {
-        desk.waitForEvents(never);
-    }
-    EXPECT_GE(now(), 50);
-    for (const auto& wait : {&Desktop::waitForEvents, &Desktop::waitForBytes}) {
-        const std::int64_t before = now();
-        desk.doEvents(); // has nothing to wait for
-        (desk.*wait)(before - 1);
-        EXPECT_LT(now(), before + 1000);
+std::unique_ptr<Surroundings> makeSurroundings(); // each desktop's
+
+class PlatformContract : public testing::TestWithParam<Section> {};
+
+TEST_P(PlatformContract, Holds) {
+    const std::unique_ptr<Surroundings> around = makeSurroundings();
+    std::istringstream rows(GetParam().text);
+    for (std::string row; std::getline(rows, row);) {
+        around->check(row);
     }
 }
 
-TEST_P(PlatformContract, APortKeepsBytesAndTellsWhatHasFailed) {
-    const std::string filled(1024, 'x');
-    const Script rows[]{
-        {"close|count|read|write x|clear|drop|sizes 9|isOpen", "closed closed closed closed closed closed no"},
-        {"settings |settings 38400|settings 38400,n,8|settings 38400,n,8,1,|settings 38400,x,8,1|settings 0,n,8,1",
-         "invalid invalid invalid invalid invalid invalid"},
-        {"open 4|isOpen|hold|open|isOpen|free|open|open|isOpen|close|isOpen|close", "missing no held no held yes no"},
-        {"limit 2|open|give abc|await 3|read|count|close|open|count", "ab 1 0"}, // the limit stays
-        {"give abc|await 3|limit 0|read|read|limit -1", "abc - invalid"},
-        {"write abc|write def|arrived 6", "abcdef"},
-        {"sizes 0", "invalid"},
-        {"give ab|await 2|give " + filled + "|await 1024|read", "ab" + filled.substr(2)}, // the rest is lost
-        {"give " + filled + filled + filled + filled + filled + "|clear|count", "0"},
-        {"sizes 5|give abcdefg|await 5|read", "abcde"},
-        {"give abc|await 3|give de|clear|count|give fg|await 2|read", "0 fg"},
-        {"give abc|await 3|pull|count|read|count|read|write x|clear|drop|isOpen", "3 abc lost lost lost lost lost yes"},
-        {"plug|count|give abc|await 3|read|pull|write x|plug|write x|count", "0 abc lost 0"},
-        {"pull|count|close|count|open", "lost closed missing"},
-    };
-    for (const Script& row : rows) {
-        EXPECT_EQ(run(row.commands), row.outcome) << row.commands;
-    }
+inline std::string testName(const testing::TestParamInfo<Section>& section) {
+    return std::regex_replace(section.param.name, std::regex(" "), "");
 }
-
-TEST_P(PlatformContract, NewsEndAWaitOnce) {
-    run("open");
-    for (const char* news : {"give a", "read|pull|count"}) {
-        for (const auto& wait : {&Desktop::waitForBytes, &Desktop::waitForEvents}) {
-            run(news);
-            const std::int64_t before = now();
-            (desk.*wait)(start + before + 10'000);
-            run("count"); // a use of the port: what nobody has read is news again
-            desk.waitForBytes(start + before + 10'000);
-            EXPECT_LT(now(), before + 5000);
-            int waits = 0;
-            for (const std::int64_t limit = now() + 20; now() < limit; ++waits) {
-                (desk.*wait)(start + limit);
-            }
-            EXPECT_LT(waits, 10); // told already
-        }
-    }
-}
-
-TEST_P(PlatformContract, APortThatChattersDoesNotStarveTheWindows) {
-    run("open|later 60|chatter 250"); // nobody reads
-    waitUntil(100);
-    EXPECT_EQ(run("events"), "later");
-    startTimer(40);
-    waitUntil(250);
-    EXPECT_GE(ticks.size(), 2U);
-}
-
-TEST_P(PlatformContract, TheDiskKeepsBytesAtTheirPlaceAndTellsWhatHasFailed) {
-    const Script rows[]{
-        {"exists a|length a|all a|toRead a|append a 01234567|append a xy|exists a|length a|all a|exists ",
-         "no missing missing missing yes 12 01234567\nxy\n no"},
-        {"toWrite a|put 2 abc|get 5|get 9|shut|all a|get 0|shut", "567 xy\n 01abc567\nxy\n broken broken"},
-        {"toRead a|get 9|get : ", "xy\n broken"},
-        {"toWrite b|put 3 abc|shut|length b", "6"}, // a missing file comes to be
-        {"length |toWrite ", "refused refused"},
-        {"room 8|toWrite b|put 6 xyz|all b|append b x|break|shut|shut",
-         std::string("broken \0\0\0abcxy broken broken broken", 36)},
-    };
-    for (const Script& row : rows) {
-        EXPECT_EQ(run(row.commands), row.outcome) << row.commands;
-    }
-    run("room 1000000");
-    const Bytes image(100'000, 'x');
-    files.openBinary(around->folder + "c", FileAccess::write)->write(0, image);
-    EXPECT_EQ(files.readAll(around->folder + "c"), std::string(image.begin(), image.end()));
-    for (int times = 0; times < 300; ++times) { // closed or not, none stays open
-        run("toRead a|get 0");
-        EXPECT_EQ(run("toRead a|shut"), "");
-    }
-}
-
-TEST_P(PlatformContract, FailuresNameWhatTheyAreAbout) {
-    const std::string path = around->folder + "none";
-    EXPECT_TRUE(failureIn([&] { files.length(path); }).description().starts_with(path));
-    EXPECT_TRUE(failureIn([&] { port.read(); }).description().starts_with("COM"));
-    std::string date = desk.dateAndTime();
-    std::ranges::replace_if(
-        date, [](char character) { return character >= '0' && character <= '9'; }, '9');
-    EXPECT_EQ(date, "9999/99/99 99:99:99");
-    EXPECT_TRUE(desk.programDirectory().ends_with('/'));
-    EXPECT_GE(desk.screenSize().width, desk.screenSize().height);
-}
+INSTANTIATE_TEST_SUITE_P(Every, PlatformContract, testing::ValuesIn(sectionsOf("everyDesktop.txt")), testName);
 
 } // namespace contract

@@ -1,39 +1,85 @@
-// The real desktop, on the toolkit's offscreen screen, keeps the contract of all desktops; and its windows, boxes and
-// dialogs look and answer to the keyboard as they should.
+// The real desktop, on the toolkit's offscreen screen and a pseudo terminal, keeps the contract of all desktops. What it
+// has beyond that, its looks, its keyboard, its terminals and locks, is told in the same way: tests/stories/realDesktop.txt.
 #include "platform/system.h"
+#include "simulator/program/pseudoTerminal.h"
 #include "tests/platformContract.h"
-#include "tests/posix.h"
 #include "tests/realDesktop.h"
+#include "tests/windowText.h"
 
-#include <QAbstractButton>
-#include <QAccessible>
 #include <QComboBox>
 #include <QFileDialog>
-#include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QProgressBar>
-#include <QRadioButton>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
 #include <QWindow>
 
-#include <algorithm>
-#include <cstdlib>
-#include <fstream>
+#include <asm/ioctls.h>
+#include <csignal>
+#include <cstdarg>
+#include <ctime>
+#include <linux/serial.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
 
-using namespace platform;
-using contract::Text;
+namespace {
 
-bool syncFails = false; // the next time
+// What a pseudo terminal and a disk do not have, and errors that they do not give.
+struct {
+    bool present = false; // a driver below the terminal
+    int answer = 0;
+    int flags = 0;
+    int error = 0; // of any transfer
+    bool exclusive = false;
+    bool syncFails = false; // the next time
+} driver;
 
-extern "C" int fsync(int fd) { // stands before the system's own
+template <class... Arguments>
+long transfer(long number, Arguments... arguments) {
+    errno = driver.error;
+    return driver.error != 0 ? -1 : ::syscall(number, arguments...);
+}
+
+} // namespace
+
+// These stand before the system's own.
+extern "C" int fsync(int fd) {
     errno = EIO;
-    return std::exchange(syncFails, false) ? -1 : static_cast<int>(::syscall(SYS_fsync, fd));
+    return std::exchange(driver.syncFails, false) ? -1 : static_cast<int>(::syscall(SYS_fsync, fd));
+}
+
+extern "C" ssize_t read(int fd, void* buf, std::size_t nbytes) {
+    return transfer(SYS_read, fd, buf, nbytes);
+}
+
+extern "C" ssize_t write(int fd, const void* buf, std::size_t n) {
+    return transfer(SYS_write, fd, buf, n);
+}
+
+extern "C" int tcflush(int fd, int queue) noexcept {
+    return static_cast<int>(transfer(SYS_ioctl, fd, TCFLSH, queue));
+}
+
+extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
+    va_list arguments;
+    va_start(arguments, request);
+    void* argument = va_arg(arguments, void*);
+    va_end(arguments);
+    driver.exclusive = driver.exclusive || request == TIOCEXCL;
+    if (!driver.present || (request != TIOCGSERIAL && request != TIOCSSERIAL)) {
+        return static_cast<int>(::syscall(SYS_ioctl, file, request, argument));
+    }
+    auto* serial = static_cast<serial_struct*>(argument);
+    (request == TIOCGSERIAL ? serial->flags : driver.flags) = request == TIOCGSERIAL ? driver.flags : serial->flags;
+    return request == TIOCGSERIAL ? 0 : driver.answer;
 }
 
 namespace {
+
+using namespace platform;
+using contract::Text;
 
 QWidget* windowOf(const Form& form) {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
@@ -44,14 +90,13 @@ QWidget* windowOf(const Form& form) {
     return nullptr;
 }
 
-template <class Widget = QWidget>
-Widget* widgetOf(const Form& form, const Control& control) {
-    QWidget* window = windowOf(form);
-    return window == nullptr ? nullptr : window->findChild<Widget*>(QString::fromStdString(control.name));
-}
-
-void pressKey(QWidget* window, Qt::Key key) {
-    QTest::keyClick(window->windowHandle(), key);
+// What a command of the shell prints, without line ends.
+std::string outputOf(const std::string& command) {
+    std::FILE* const pipe = ::popen((command + " 2>/dev/null | tr -d '\\n'").c_str(), "r");
+    char text[2000];
+    const std::size_t size = std::fread(text, 1, sizeof text, pipe);
+    ::pclose(pipe);
+    return {text, size};
 }
 
 // Does that once the modal window of this class stands.
@@ -70,291 +115,267 @@ void enter(QFileDialog* dialog, const std::string& name) {
     line->setFocus();
     line->selectAll();
     QTest::keyClicks(line, QString::fromStdString(name));
-    QTest::keyClick(line, Qt::Key_Return);
+    name.empty() ? dialog->reject() : QTest::keyClick(line, Qt::Key_Return);
 }
 
-struct RealSurroundings : contract::Surroundings {
-    RealSurroundings() {
-        folder = folder_.string() + '/';
-        std::ofstream(desktop().programDirectory() + "Setting.INI")
-            << "[DEVICE]\nCOM3=" << unit_.string() << "\t' the unit\nCOM4=/nowhere/tty\n";
-        limitOpenFiles(200);
-        commands = {
-            {"press",
-             [this](Text name) {
-                 if (auto* button = widget<QAbstractButton>(name)) {
-                     const QPoint place = button->mapTo(button->window(), button->rect().center());
-                     QTest::mouseClick(button->window()->windowHandle(), Qt::LeftButton, {}, place);
-                 }
-             }},
-            {"key",
-             [this](Text name) {
-                 auto* button = widget<QAbstractButton>(name);
-                 if (button != nullptr && (button->setFocus(), button->window()->focusWidget() == button)) {
-                     pressKey(button->window(), Qt::Key_Space);
-                 }
-             }},
-            {"reader",
-             [this](Text name) {
-                 if (auto* button = widget<QAbstractButton>(name)) {
-                     auto* actions = QAccessible::queryAccessibleInterface(button)->actionInterface();
-                     actions->doAction(actions->actionNames().value(0));
-                     EXPECT_TRUE(QTest::qWaitFor([=] { return !button->isDown(); })); // it shows a press for a moment
-                 }
-             }},
-            {"choose",
-             [this](Text entry) { // the one above or below
-                 auto* list = widget<QComboBox>("list");
-                 list->setFocus();
-                 pressKey(list->window(), list->currentIndex() < std::stoi(entry) ? Qt::Key_Down : Qt::Key_Up);
-             }},
-            {"request",
-             [this](Text) {
-                 QWidget* window = windowOf(form);
-                 if (window != nullptr && QApplication::activeModalWidget() == nullptr) { // or it reaches no window
-                     window->windowHandle()->close();
-                 }
-             }},
-            {"later",
-             [this](Text wait) { QTimer::singleShot(std::stoi(wait), [this] { form.events.emplace_back("later"); }); }},
-            {"atBox",
-             [this](Text button) {
-                 whenShown<QMessageBox>([this, button](QMessageBox* box) {
-                     QTest::qWait(20);
-                     for (const std::string hand : {"press", "reader"}) {
-                         commands.at(hand)("second");
-                         commands.at(hand)("inFrame1");
-                     }
-                     windowOf(form)->close();
-                     pressKey(box, button == "ok" ? Qt::Key_Return : Qt::Key_Escape);
-                 });
-             }},
-            {"atDialog",
-             [](Text names) {
-                 const std::size_t comma = names.find(',');
-                 whenShown<QFileDialog>([name = names.substr(0, comma)](QFileDialog* dialog) {
-                     name.empty() ? dialog->reject() : enter(dialog, name);
-                 });
-                 if (comma < names.size()) {
-                     whenShown<QMessageBox>([other = names.substr(comma + 1)](QMessageBox* question) {
-                         auto* dialog = qobject_cast<QFileDialog*>(question->parent());
-                         question->button(QMessageBox::No)->click();
-                         QTimer::singleShot(0, [=] { enter(dialog, other); });
-                     });
-                 }
-             }},
-            {"room", [](Text most) { limitFileSize(std::stoul(most)); }},
-            {"break", [](Text) { syncFails = true; }},
-            {"give", [this](Text text) { end_->write(bytes(text)); }},
-            {"arrived", [this](Text count) { say(take(*end_, std::stoul(count))); }},
-            {"chatter",
-             [this](Text) {
-                 chatter_ = std::jthread([this](const std::stop_token& stop) {
-                     for (; !stop.stop_requested(); QThread::msleep(5)) {
-                         end_->write(Bytes{'x'});
-                     }
-                 });
-             }},
-            {"pull", [this](Text) { end_.reset(); }},
-            {"plug", [this](Text) { end_.emplace(unit_); }},
-            {"hold", [this](Text) { other_->open(unit_.string(), {}); }},
-            {"free", [this](Text) { other_->close(); }},
-        };
+class RealSurroundings : QObject, public contract::Surroundings {
+  public:
+    RealSurroundings() : Surroundings(*realDesktop) {
+        folder = makeTestFolder().string() + '/';
+        unit = folder + "unit";
+        end.emplace(unit);
+        std::signal(SIGXFSZ, SIG_IGN); // a write that is too long fails
+        outputOf("prlimit --nofile=200 --pid $PPID");
+        addOperator();
+        addWindow();
+        addSystem();
+        other.onTaskBar = false;
+        desk.load(other);
+        perform("device " + unit + "\t' the unit");
     }
     ~RealSurroundings() override {
-        chatter_ = {};
-        std::filesystem::remove_all(folder_);
+        chatter = {};
+        driver = {};
+        desk.unload(other);
+        std::filesystem::remove_all(folder);
     }
 
-    Desktop& desktop() override { return theDesktop(); }
-    template <class Widget>
-    Widget* widget(Text name) const {
-        auto* found = widgetOf<Widget>(form, form.control(name));
+  private:
+    template <class Widget = QWidget>
+    Widget* find(Text name) const {
+        const QWidget* window = windowOf(form);
+        auto* found = window == nullptr ? nullptr : window->findChild<Widget*>(QString::fromStdString(name));
         return found != nullptr && found->isVisible() ? found : nullptr;
     }
+    void press(Text name, Text by) {
+        auto* button = find<QAbstractButton>(name);
+        if (button == nullptr) {
+            return;
+        }
+        QWindow* window = button->window()->windowHandle();
+        if (by == "mouse") {
+            QTest::mouseClick(window, Qt::LeftButton, {}, button->mapTo(button->window(), button->rect().center()));
+        } else if (by == "reader") {
+            auto* actions = QAccessible::queryAccessibleInterface(button)->actionInterface();
+            actions->doAction(actions->actionNames().value(0));
+            EXPECT_TRUE(QTest::qWaitFor([=] { return !button->isDown(); })); // it shows a press for a moment
+        } else if (button->setFocus(); button->window()->focusWidget() == button) {
+            QTest::keyClick(window, Qt::Key_Space);
+        }
+    }
+    // What has arrived there, once they are so many or no more come.
+    Bytes take(std::size_t count) {
+        Bytes bytes(count);
+        std::size_t taken = 0;
+        for (int quiet = 0; taken < count && quiet < 50; ++quiet) {
+            desk.waitForBytes(desk.timeGetTime() + 1); // and sends
+            const std::size_t more = end->read(std::span(bytes).subspan(taken));
+            taken += more;
+            quiet = more > 0 ? 0 : quiet;
+        }
+        bytes.resize(taken);
+        return bytes;
+    }
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        painted = painted || event->type() == QEvent::Paint;
+        return false;
+    }
 
-    std::filesystem::path folder_ = makeTestFolder();
-    std::filesystem::path unit_ = folder_ / "unit";
-    std::optional<simulator::PseudoTerminal> end_{unit_};
-    std::jthread chatter_;
-    std::unique_ptr<LineDevice> other_ = makeLineDevice(); // another program's
+    void addOperator() {
+        commands["hand"] = [this](Text by) { hand = by; };
+        commands["press"] = [this](Text name) { desk.doEvents(), press(name, hand); };
+        // the one above or below
+        commands["choose"] = [this](Text entry) {
+            find("list")->setFocus(), commands.at("keys")(entry == "0" ? "Up" : "Down");
+        };
+        commands["keys"] = [this](Text names) {
+            for (const QString& name : QString::fromStdString(names).split(' ')) {
+                QTest::keyClick(windowOf(form)->windowHandle(), QKeySequence::fromString(name)[0].key());
+            }
+        };
+        commands["request"] = [this](Text) {
+            desk.doEvents();
+            QWidget* window = windowOf(form);
+            window == nullptr ? false : window->windowHandle()->close();
+        };
+        commands["later"] = [this](Text wait) { QTimer::singleShot(std::stoi(wait), [this] { say("later"); }); };
+        commands["ok"] = [](Text) { QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Return); };
+        commands["escape"] = [](Text) { QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape); };
+        commands["atBox"] = [this](Text script) {
+            whenShown<QMessageBox>([=, this](QMessageBox*) {
+                QTest::qWait(20), perform(script, script.find(',') < script.size() ? ',' : '.');
+            });
+        };
+        commands["atDialog"] = [](Text names) {
+            const std::size_t comma = names.find(',');
+            whenShown<QFileDialog>([=](QFileDialog* shown) { enter(shown, names.substr(0, comma)); });
+            if (comma < names.size()) {
+                whenShown<QMessageBox>([=](QMessageBox* question) {
+                    auto* shown = qobject_cast<QFileDialog*>(question->parent());
+                    question->button(QMessageBox::No)->click();
+                    QTimer::singleShot(0, [=] { enter(shown, names.substr(comma + 1)); });
+                });
+            }
+        };
+    }
+
+    void addWindow() {
+        commands["look"] = [this](Text name) {
+            say(textOf(*QAccessible::queryAccessibleInterface(find(name))).toStdString());
+        };
+        // in the window
+        commands["place"] = [this](Text name) {
+            const QPoint at = find(name)->mapTo(windowOf(form), QPoint());
+            say(at.x()), say(at.y()), say(find(name)->width()), say(find(name)->height());
+        };
+        // of the window, which does not let itself be stretched
+        commands["frame"] = [this](Text) {
+            QWidget* window = windowOf(form);
+            window->resize(900, 900);
+            say(window->x()), say(window->y()), say(window->width()), say(window->height());
+        };
+        commands["corner"] = [this](Text) { form.centred = false, form.left = 150, form.top = 300; };
+        commands["caption"] = [this](Text caption) { form.control("label").caption = caption; };
+        commands["turn"] = [this](Text name) { form.control(name).value = form.control(name).value == 0 ? 1 : 0; };
+        commands["bar"] = [this](Text value) { form.control("bar").value = std::stod(value); };
+        commands["items"] = [this](Text item) {
+            form.control("list").items = {"a", item}, form.control("list").listIndex = 1;
+        };
+        commands["ink"] = [this](Text name) { form.control(name).textColour = rgb(1, 2, 3); };
+        commands["ground"] = [this](Text name) { form.control(name).backColour = rgb(0, 0, 128); };
+        commands["pointer"] = [this](Text number) { form.mousePointer = static_cast<MousePointer>(std::stoi(number)); };
+        commands["cursor"] = [this](Text) { say(windowOf(form)->cursor().shape()); };
+        // since the last time
+        commands["painted"] = [this](Text name) {
+            find(name)->installEventFilter(this);
+            say(std::exchange(painted, false) ? "painted" : "still");
+        };
+        // moves the bar as fast as it goes
+        commands["race"] = [this](Text) {
+            int shown = 0;
+            QObject::connect(find<QProgressBar>("bar"), &QProgressBar::valueChanged, this, [&] { ++shown; });
+            const std::int64_t begin = now();
+            for (double& value = form.control("bar").value; shown < 5 && now() < begin + 2000; desk.waitForBytes(0)) {
+                value = value < 1500 ? value + 10 : 500;
+            }
+            find("bar")->disconnect(this);
+            say(shown == 5 && shown <= (now() - begin) / 16 + 2 ? "calm" : std::to_string(shown));
+        };
+        // an event that fails
+        commands["fatal"] = [this](Text) {
+            GTEST_FLAG_SET(death_test_style, "threadsafe"); // the toolkit's threads do not survive a plain fork
+            form.control("R&D").click = [] { throw Failure(failureNumber::overflow, "Overflow"); };
+            whenShown<QMessageBox>([](QMessageBox* box) { std::fputs(qPrintable(box->text()), stderr), box->close(); });
+            EXPECT_EXIT(press("R&D", "mouse"), testing::ExitedWithCode(0), "Overflow");
+        };
+        commands["showOther"] = [this](Text) { desk.show(other); };
+        commands["hideOther"] = [this](Text) { desk.hide(other); };
+        // what stands above which window, and the kind of its frame
+        commands["above"] = [this](Text) {
+            const QWidget* modal = QApplication::activeModalWidget();
+            const QWidget* window = modal != nullptr ? modal : windowOf(other);
+            const QWindow* parent = window->windowHandle()->transientParent();
+            say(parent == nullptr ? "nothing" : parent->title().toStdString());
+            say(window->windowFlags() & (Qt::WindowType_Mask | Qt::WindowMinMaxButtonsHint));
+        };
+        // looks at the next one
+        commands["dialog"] = [this](Text) {
+            whenShown<QFileDialog>([this](QFileDialog* shown) {
+                commands.at("above")("");
+                const QStringList told{shown->windowTitle(), shown->nameFilters().join(' '), shown->directory().path(),
+                                       shown->findChild<QLineEdit*>()->text()};
+                say(std::regex_replace(told.join(' ').toStdString(), std::regex(folder.substr(0, folder.size() - 1)),
+                                       "folder"));
+                shown->reject();
+            });
+            dialog.initialDirectory = "/usr";
+            desk.showOpen(dialog);
+        };
+        commands["screen"] = [this](Text) { say(desk.screenSize().width), say(desk.screenSize().height); };
+    }
+
+    void addSystem() {
+        constexpr int low = ASYNC_LOW_LATENCY;
+        commands["give"] = [this](Text text) { end->write(bytes(text)); };
+        commands["arrived"] = [this](Text count) { sayBytes(take(std::stoul(count))); };
+        commands["unsent"] = [this](Text) { say(take(20'000).size() < 10'000 ? "dropped" : "sent"); };
+        commands["chatter"] = [this](Text) {
+            chatter = std::jthread([this](const std::stop_token& stop) {
+                for (; !stop.stop_requested(); QThread::msleep(5)) {
+                    end->write(Bytes{'x'});
+                }
+            });
+        };
+        commands["pull"] = [this](Text) { end.reset(); };
+        commands["plug"] = [this](Text) { end.emplace(unit); };
+        commands["hold"] = [this](Text) { program->open(unit, {}); };
+        commands["free"] = [this](Text) { program->close(); };
+        commands["die"] = [this](Text) {
+            EXPECT_EXIT((port.open(), std::raise(SIGKILL)), testing::KilledBySignal(SIGKILL), "");
+        };
+        commands["device"] = [this](Text path) {
+            std::ofstream(desk.programDirectory() + "Setting.INI")
+                << "[DEVICE]\nCOM3=" << path << "\nCOM4=/nowhere/tty\n";
+        };
+        commands["usual"] = [this](Text number) { say(usualDevice(std::stoi(number)) + '.'); };
+        commands["sh"] = [this](Text command) { say(outputOf("cd " + folder + " && " + command)); };
+        commands["exclusive"] = [this](Text) { say(driver.exclusive ? "exclusive" : "shared"); };
+        // whether it takes the wish for low latency, and has it already
+        commands["driver"] = [](Text text) {
+            driver = {.present = true, .answer = std::stoi(text), .flags = text.ends_with("low") ? low : 0};
+        };
+        commands["latency"] = [this](Text) { say(driver.flags == low ? "low" : std::to_string(driver.flags)); };
+        commands["error"] = [](Text number) { driver.error = std::stoi(number); };
+        commands["break"] = [](Text) { driver.syncFails = true; };
+        commands["room"] = [](Text most) { outputOf("prlimit --pid $PPID --fsize=" + most + ':'); };
+        commands["idle"] = [this](Text) {
+            const std::clock_t used = std::clock();
+            desk.waitForBytes(desk.timeGetTime() + 50);
+            say(std::clock() - used < CLOCKS_PER_SEC / 100 ? "asleep" : "busy");
+        };
+    }
+
+    std::string hand = "mouse";
+    std::string unit;
+    std::optional<simulator::PseudoTerminal> end;
+    std::jthread chatter;
+    std::unique_ptr<LineDevice> program = makeLineDevice(); // another one
+    TestForm other{"other"};
+    bool painted = false;
 };
 
-std::unique_ptr<contract::Surroundings> make() {
-    return std::make_unique<RealSurroundings>();
+TEST(Real, TheSecondInstanceIsTheOneWhileTheFirstLives) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    ::setenv("XDG_RUNTIME_DIR", testing::TempDir().c_str(), 1);
+    EXPECT_EXIT(::_exit(becomeOnlyInstance() ? 0 : 1), testing::ExitedWithCode(0), "");
+    const bool free = becomeOnlyInstance();
+    EXPECT_EXIT(::_exit(becomeOnlyInstance() ? 1 : 0), testing::ExitedWithCode(0), "");
+    EXPECT_TRUE(free);
+}
+
+TEST(Real, TheSleepLockIsAChildsAndEndsWithItsInput) {
+    const std::string folder = makeTestFolder();
+    std::ofstream(folder + "/systemd-inhibit") << "cd " << folder << "\necho $1 >>held\n"
+                                               << "[ $1 = --what=idle ] || exit 1\nread -r line\nmv held over\n";
+    ::chmod((folder + "/systemd-inhibit").c_str(), 0700);
+    ::setenv("PATH", (folder + ':' + ::getenv("PATH")).c_str(), 1);
+    for (const bool on : {true, true, false}) { // once
+        realDesktop->keepAwake(on);
+        const std::string file = folder + (on ? "/held" : "/over");
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] { return outputOf("cat " + file) == "--what=sleep:idle:handle-lid-switch--what=idle"; }, 2000));
+    }
+    std::filesystem::remove_all(folder);
 }
 
 } // namespace
 
 namespace contract {
-INSTANTIATE_TEST_SUITE_P(Real, PlatformContract, testing::Values(make));
+
+std::unique_ptr<Surroundings> makeSurroundings() {
+    return std::make_unique<RealSurroundings>();
+}
+
+INSTANTIATE_TEST_SUITE_P(Real, PlatformContract, testing::ValuesIn(sectionsOf("realDesktop.txt")), testName);
+
 } // namespace contract
-
-namespace {
-
-class QtDesktopTest : public testing::Test {
-  protected:
-    QtDesktopTest() {
-        desktop_.load(form_);
-        desktop_.show(form_);
-        desktop_.doEvents();
-    }
-    ~QtDesktopTest() override {
-        desktop_.unload(form_);
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
-
-    QWidget* window() const { return windowOf(form_); }
-    template <class Widget = QWidget>
-    Widget* find(const Control& control) const {
-        return widgetOf<Widget>(form_, control);
-    }
-
-    QtDesktop& desktop_ = theDesktop();
-    TestForm form_;
-};
-
-TEST_F(QtDesktopTest, TheWindowShowsWhatTheFormHolds) {
-    EXPECT_TRUE(window()->minimumSize() == QSize(333, 200) && window()->maximumSize() == QSize(333, 200));
-    EXPECT_EQ(window()->pos() + window()->rect().center(), QGuiApplication::primaryScreen()->geometry().center());
-    EXPECT_EQ(find(form_.line)->geometry(), QRect(0, 20, 100, 1));
-    EXPECT_EQ(find(form_.inFrame[1])->geometry().topLeft(), QPoint(10, 47));
-    EXPECT_EQ(find<QAbstractButton>(form_.first)->text(), "R&&D"); // an ordinary ampersand
-    form_.label.caption = "<b>ファイル</b> & more";
-    form_.inFrame[0].value = 0;
-    form_.list.items = {"a", "b"};
-    form_.list.listIndex = 1;
-    form_.bar.min = 500;
-    form_.bar.max = 1500;
-    form_.bar.value = 600;
-    desktop_.sleep(1); // shows it too, as every wait does
-    const auto* label = find<QLabel>(form_.label);
-    const auto* bar = find<QProgressBar>(form_.bar);
-    EXPECT_TRUE(label->text().toStdString() == form_.label.caption && label->textFormat() == Qt::PlainText);
-    EXPECT_FALSE(find<QRadioButton>(form_.inFrame[0])->isChecked()); // a group with none on
-    EXPECT_EQ(find<QComboBox>(form_.list)->currentText(), "b");
-    EXPECT_EQ(bar->value() * 10, bar->maximum());
-    form_.label.textColour = rgb(1, 2, 3);
-    form_.list.items = {"c", "d"};
-    form_.bar.value = 1e9; // drawn as full, kept as it is
-    QTest::qWait(20);
-    desktop_.waitForBytes(0);
-    EXPECT_EQ(label->palette().color(QPalette::Disabled, QPalette::WindowText), QColor(1, 2, 3));
-    EXPECT_EQ(find<QComboBox>(form_.list)->currentText(), "d");
-    EXPECT_TRUE(bar->value() == bar->maximum() && form_.bar.value == 1e9);
-    form_.centred = false;
-    form_.left = 150;
-    form_.top = 300;
-    form_.label.enabled = false;
-    desktop_.hide(form_);
-    EXPECT_EQ(window(), nullptr);
-    desktop_.show(form_);
-    EXPECT_EQ(window()->pos(), QPoint(10, 20));
-    EXPECT_EQ(label->palette().color(QPalette::WindowText).alpha(), 128); // pale
-}
-
-TEST_F(QtDesktopTest, TheKeyboardReachesEverythingInItsOrder) {
-    const auto press = [&](std::initializer_list<Qt::Key> keys) {
-        std::ranges::for_each(keys, [&](Qt::Key key) { pressKey(window(), key); });
-    };
-    press({Qt::Key_Return, Qt::Key_Tab}); // the first of the tab order has the focus
-    for (const bool enabled : {false, true}) {
-        form_.enabled = enabled;
-        form_.mousePointer = enabled ? MousePointer::standard : MousePointer::hourglass;
-        desktop_.doEvents();
-        EXPECT_TRUE(window()->isEnabled()); // or the toolkit shows no pointer of its own
-        EXPECT_EQ(window()->cursor().shape(), enabled ? Qt::ArrowCursor : Qt::WaitCursor);
-        press({Qt::Key_Space});
-    }
-    press({Qt::Key_Tab, Qt::Key_Down}); // the focus is back
-    EXPECT_EQ(form_.events, (std::vector<std::string>{"R&D", "second", "inFrame1"}));
-}
-
-TEST_F(QtDesktopTest, ABoxShowsItsTextAsItIs) {
-    const std::pair<int, QMessageBox::Icon> rows[] = {{0, QMessageBox::NoIcon},
-                                                      {16, QMessageBox::Critical},
-                                                      {33, QMessageBox::Question},
-                                                      {48, QMessageBox::Warning},
-                                                      {65, QMessageBox::Information}};
-    TestForm above;
-    above.name = "above";
-    desktop_.load(above);
-    desktop_.show(above);
-    for (const auto& [style, icon] : rows) {
-        if (style == 48) {
-            desktop_.hide(above);
-        }
-        whenShown<QMessageBox>([&, asked = style, shown = icon](QMessageBox* box) {
-            EXPECT_EQ(box->windowTitle(), "エラー");
-            EXPECT_TRUE(box->text().endsWith("w\n<i>二</i>") && box->textFormat() == Qt::PlainText);
-            EXPECT_TRUE(box->icon() == shown && box->buttons().size() == asked % 16 + 1) << asked;
-            EXPECT_EQ(box->windowHandle()->transientParent(), windowOf(asked < 48 ? above : form_)->windowHandle());
-            EXPECT_LT(box->width(), QGuiApplication::primaryScreen()->size().width()); // a long word is broken
-            box->close();
-        });
-        desktop_.msgBox(std::string(300, 'w') + "\r\n<i>二</i>", style, "エラー");
-    }
-    desktop_.unload(above);
-}
-
-TEST_F(QtDesktopTest, AFileDialogBeginsWhereTheProgramSays) {
-    const std::filesystem::path last = std::filesystem::temp_directory_path() / "last.bin";
-    FileDialog dialog{.initialDirectory = last.parent_path().string(),
-                      .fileName = last.string(),
-                      .filter = "Binファイル (*.bin)|*.bin||"};
-    whenShown<QFileDialog>([&](QFileDialog* shown) {
-        EXPECT_EQ(shown->nameFilters(), QStringList{"Binファイル (*.bin)"});
-        EXPECT_EQ(shown->directory().path().toStdString(), dialog.initialDirectory);
-        EXPECT_EQ(shown->findChild<QLineEdit*>()->text(), "last.bin");
-        EXPECT_EQ(shown->acceptMode(), QFileDialog::AcceptOpen);
-        shown->reject();
-    });
-    desktop_.showOpen(dialog);
-}
-
-TEST_F(QtDesktopTest, AnEventDoesNotEnterItsOwnHandlerAndShowsWhatItChanged) {
-    int entered = 0;
-    form_.first.click = [&] {
-        ++entered;
-        find<QAbstractButton>(form_.first)->click();
-        form_.label.caption = std::to_string(entered);
-    };
-    for (const char* shown : {"1", "2"}) {
-        find<QAbstractButton>(form_.first)->click();
-        EXPECT_EQ(find<QLabel>(form_.label)->text(), shown);
-    }
-}
-
-bool isHeld(const std::string& device) {
-    return std::ranges::any_of(std::filesystem::directory_iterator("/proc/self/fd"), [&](const auto& file) {
-        std::error_code error;
-        return std::filesystem::read_symlink(file, error).string().starts_with(device);
-    });
-}
-
-TEST_F(QtDesktopTest, ADeviceThatGoesWhileNothingHappensIsLetGo) {
-    std::optional<simulator::PseudoTerminal> end{std::in_place, std::filesystem::path()};
-    const std::string device = end->device();
-    std::ofstream(desktop_.programDirectory() + "Setting.INI") << "[DEVICE]\nCOM3=" << device << '\n';
-    desktop_.commPort().choosePort(3);
-    desktop_.commPort().open();
-    EXPECT_TRUE(isHeld(device));
-    end.reset();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !isHeld(device); }));
-    desktop_.commPort().close();
-}
-
-TEST_F(QtDesktopTest, AFailureThatNoHandlerTookIsShownAndEndsTheProgram) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe"); // the toolkit's threads do not survive a plain fork
-    form_.first.click = [] { throw Failure(failureNumber::overflow, "Overflow"); };
-    const auto press = [&] {
-        whenShown<QMessageBox>([](QMessageBox* box) {
-            std::fputs(box->text().toUtf8().constData(), stderr);
-            box->close();
-        });
-        find<QAbstractButton>(form_.first)->click();
-    };
-    EXPECT_EXIT(press(), testing::ExitedWithCode(0), "Overflow");
-}
-
-} // namespace

@@ -5,6 +5,7 @@
 #include "platform/qt/qtDesktop.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <optional>
 
@@ -24,6 +25,8 @@ class RealDesktop : public testing::Environment {
 };
 inline testing::Environment* const realDesktopUp = testing::AddGlobalTestEnvironment(new RealDesktop);
 
-inline platform::QtDesktop& theDesktop() {
-    return *realDesktop;
+// A folder of the test's own.
+inline std::filesystem::path makeTestFolder() {
+    std::string path = testing::TempDir() + "testXXXXXX";
+    return ::mkdtemp(path.data());
 }

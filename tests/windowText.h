@@ -1,0 +1,47 @@
+// What an operator sees of a window, and what a screen reader says of it, as a text.
+#pragma once
+
+#include <QAbstractButton>
+#include <QAccessible>
+#include <QLabel>
+#include <QMessageBox>
+
+// Of a label: height of the font, bold, underlined, centred, framed, pale; colours other than the desktop's.
+inline QString looksOf(QLabel& label) {
+    const QColor ink = label.palette().color(QPalette::WindowText);
+    const bool framed = label.grab().toImage().pixelColor(0, 0) == QColor(Qt::black);
+    return QString::number(label.font().pixelSize()) + (label.font().bold() ? "b" : "") +
+           (label.font().underline() ? "u" : "") + ((label.alignment() & Qt::AlignHCenter) != 0 ? "c" : "") +
+           (framed ? "f" : "") + (ink.alpha() < 255 ? "p" : "") + (ink.rgb() == qRgb(0, 0, 0) ? "" : ' ' + ink.name()) +
+           (label.autoFillBackground() ? " on " + label.palette().color(QPalette::Window).name() : "");
+}
+
+// The colour of a drawing in the mean, in sixteenths.
+inline QString colourOf(QWidget& drawing) {
+    const QImage image = drawing.grab().toImage();
+    const QColor mean = image.scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation).pixelColor(0, 0);
+    return QString::asprintf("#%x%x%x", (mean.red() + 8) / 17, (mean.green() + 8) / 17, (mean.blue() + 8) / 17);
+}
+
+// Role, name, value, "on" or "off", in brackets description or name of the label, and how it looks.
+inline QString textOf(const QAccessibleInterface& object) {
+    QString more = object.text(QAccessible::Description);
+    for (const auto& [label, kind] : object.relations(QAccessible::Label)) {
+        more += label->text(QAccessible::Name);
+    }
+    auto* widget = qobject_cast<QWidget*>(object.object());
+    auto* label = qobject_cast<QLabel*>(widget);
+    QString seen;
+    if (const auto* box = qobject_cast<QMessageBox*>(widget)) {
+        seen = "icon " + QString::number(box->icon());
+    } else if (label == nullptr && object.role() == QAccessible::Graphic) {
+        seen = colourOf(*widget);
+    } else if (label != nullptr && !label->window()->isModal()) {
+        seen = looksOf(*label);
+    }
+    const QString value = object.role() == QAccessible::ProgressBar ? ' ' + object.text(QAccessible::Value) : "";
+    const QString said = (object.text(QAccessible::Name) + value).trimmed() + (object.state().checked ? " on" : "") +
+                         (object.state().disabled ? " off" : "") + (more.isEmpty() ? "" : " (" + more + ')') +
+                         (seen.isEmpty() ? "" : " [" + seen + ']');
+    return said.isEmpty() ? QString() : QString(qAccessibleRoleString(object.role())) + ' ' + said;
+}
