@@ -1,6 +1,7 @@
 // Expected texts in tests/stories/: sections, each below a line "== name".
 #pragma once
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -26,15 +27,17 @@ inline std::vector<Section> sectionsOf(const std::string& file) {
     return sections;
 }
 
-// Compares a text with the section of that name. With RECORD_STORIES set, adds it to the file instead.
+// Compares a text with the section of that name. With RECORD_STORIES set, the section is written anew.
 inline void expectStory(const std::string& file, const std::string& name, const std::string& told) {
+    std::vector<Section> sections = sectionsOf(file);
+    const auto section = std::ranges::find(sections, name, &Section::name);
+    ASSERT_NE(section, sections.end()) << name;
+    EXPECT_EQ(told, section->text) << name;
+    section->text = told;
     if (std::getenv("RECORD_STORIES") != nullptr) {
-        std::ofstream(STORIES + file, std::ios::app) << "== " << name << '\n' << told;
-        return;
+        std::ofstream out(STORIES + file);
+        for (const Section& each : sections) {
+            out << "== " << each.name << '\n' << each.text;
+        }
     }
-    std::string expected = "There is no such section.";
-    for (const Section& section : sectionsOf(file)) {
-        expected = section.name == name ? section.text : expected;
-    }
-    EXPECT_EQ(told, expected) << name;
 }
