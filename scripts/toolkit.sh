@@ -1,0 +1,68 @@
+# Sourced by scripts/windows: Qt for Windows, linked statically. It is built once from Debian's own source, with
+# Debian's patches, and kept in the user's cache folder under a name that its version and its configuration make.
+# shellcheck shell=bash
+
+toolkitPackages=(cmake ninja-build g++ qt6-base-dev qt6-base-dev-tools dpkg-dev g++-mingw-w64-x86-64-posix)
+toolchain="$root/platform/windows/toolchain.cmake"
+
+# What the program does not use, and what would need a library that is not there.
+toolkitFeaturesOff=(
+    androiddeployqt concurrent dbus direct2d direct2d1_1 directwrite directwrite3 fontconfig gif glib icu itemmodeltester
+    jpeg network opengl pdf pkg_config printsupport qmake sql tabletevent textmarkdownreader textmarkdownwriter
+    textodfwriter tuiotouch vulkan windeployqt xml zstd
+    system_doubleconversion system_freetype system_harfbuzz system_jpeg system_pcre2 system_png system_zlib
+)
+toolkitOptions=(
+    -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF -DBUILD_WITH_PCH=ON -DFEATURE_static_runtime=ON
+    -DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF -DQT_FORCE_BUILD_TOOLS=OFF -DINPUT_opengl=no
+    -DQT_QMAKE_TARGET_MKSPEC=win32-g++
+)
+for feature in "${toolkitFeaturesOff[@]}"; do
+    toolkitOptions+=("-DFEATURE_$feature=OFF")
+done
+
+# Puts the folder of the toolkit into the variable TARNBEACON_TOOLKIT, unless that names one already; builds it first
+# where it is missing.
+needToolkit() {
+    local version key toolkit work
+    if [[ -n ${TARNBEACON_TOOLKIT-} ]]; then
+        return
+    fi
+    version="$(dpkg-query --show --showformat '${source:Version}' qt6-base-dev)" # the host tools have to match
+    key="$(printf '%s\n' "${toolkitOptions[@]}" | cat - "$toolchain" | sha256sum | head -c 12)"
+    toolkit="${XDG_CACHE_HOME:-$HOME/.cache}/tarnbeacon/qt6-base_${version}_$key"
+    export TARNBEACON_TOOLKIT="$toolkit"
+    if [[ -d $toolkit ]]; then
+        return
+    fi
+    work="$toolkit.part"
+    rm -rf "$work"
+    mkdir -p "$work"
+    say "Building Qt $version for Windows; this takes up to half an hour, and is done once"
+    fetchSource "$version" "$work"
+    quietly cmake -S "$work/source" -B "$work/build" -G Ninja -DCMAKE_INSTALL_PREFIX="$work/installed" \
+        -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DQT_HOST_PATH=/usr \
+        -DQT_HOST_PATH_CMAKE_DIR="/usr/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH)/cmake" "${toolkitOptions[@]}"
+    quietly cmake --build "$work/build"
+    quietly cmake --install "$work/build" --strip
+    mv "$work/installed" "$toolkit" # it works in whatever folder
+    rm -rf "$work"
+}
+
+# Debian's source of Qt, from where this system's packages come, checked and patched, in the folder `source`. The
+# system's own lists are left as they are.
+fetchSource() { # version, folder
+    local lists="$2/lists"
+    mkdir -p "$lists/partial"
+    # shellcheck disable=SC2016 # the words are for apt-get
+    apt-get indextargets --format 'deb-src $(REPO_URI) $(RELEASE) $(COMPONENT)' \
+        'Created-By: Packages' 'Origin: Debian' 'Component: main' | sort -u >"$2/sources.list"
+    (
+        cd "$2"
+        apt=(apt-get -q -o Dir::Etc::SourceList="$2/sources.list" -o Dir::Etc::SourceParts=/dev/null
+            -o Dir::State::Lists="$lists" -o APT::Sandbox::User="$(id -un)")
+        quietly "${apt[@]}" update
+        quietly "${apt[@]}" --download-only source "qt6-base=$1"
+        quietly dpkg-source --extract qt6-base_*.dsc source
+    ) || fail "The source of Qt $1 could not be had."
+}
