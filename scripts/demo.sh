@@ -24,18 +24,24 @@ prepareDemo() { # preset, name of the folder if not the preset's
     programCommand=("$demo/tarnbeacon")
     settings="$demo"
     unitProgram="$root/build/$1/simulator/program/tarnbeacon-unit"
-    "$unitProgram" --make-sample "$demo/sample.bin"
+    firmwareFile="$demo/sample.bin"
+    "$unitProgram" --make-sample "$firmwareFile"
     eval "$("$root/build/$1/gallery/program/tarnbeacon-places")"
     cp "$root/packaging/TYPE.INI" "$demo/"
 }
 
 # Starts the simulated unit and points COM3 to it.
-startUnit() { # further options of the unit...
+unitOptions=()
+startUnit() { # further options of the unit, beside those in unitOptions...
     startProcess "$demo/unit.log" "$unitProgram" --reply-delay "$replyDelay" --packet-delay "$packetDelay" \
-        --journal "$demo/journal.txt" --image-out "$demo/unitImage.bin" "$@"
+        --journal "$demo/journal.txt" --image-out "$demo/unitImage.bin" "${unitOptions[@]}" "$@"
     unitProcess="$!"
     waitFor 10 "the simulated unit" grep -q ^/dev/ "$demo/unit.log"
     unitDevice="$(head -n 1 "$demo/unit.log")"
+    pointPort
+}
+
+pointPort() {
     cat >"$settings/Setting.INI" <<END
 [IFU]
 COM=3 ' the simulated unit

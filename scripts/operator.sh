@@ -22,7 +22,7 @@ enterPath() { # path, name of the screenshot
 
 loadFile() {
     click "$main" "${cmdLoading[@]}"
-    enterPath "$demo/sample.bin" load-dialog
+    enterPath "$firmwareFile" load-dialog
     screenshot file-loaded
 }
 

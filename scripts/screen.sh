@@ -76,9 +76,10 @@ hasClientArea() { # window, width, height in twips
     ((WIDTH == $2 / twipsPerPixel && HEIGHT == $3 / twipsPerPixel))
 }
 
-# Clicks in the middle of a place of a window; twips, as in the forms.
+# Clicks in the middle of a place of a window; twips, as in the forms. Wine takes a moment to notice the mouse.
 click() { # window, left, top, width, height
-    xdotool mousemove --window "$1" $((($2 + $4 / 2) / twipsPerPixel)) $((($3 + $5 / 2) / twipsPerPixel)) click 1
+    xdotool mousemove --window "$1" $((($2 + $4 / 2) / twipsPerPixel)) $((($3 + $5 / 2) / twipsPerPixel)) \
+        sleep 0.2 click 1
 }
 
 isActive() {

@@ -5,7 +5,7 @@
 readonly boxIcon=(0 0 750 750)
 
 attend() {
-    say "Save the present firmware, cancel a save, or tick \"Verification\", load $demo/sample.bin and press"
+    say "Save the present firmware, cancel a save, or tick \"Verification\", load $firmwareFile and press"
     say "\"Start upgrade\". Press \"End\" when you are done; at the end the unit should hold that file."
 }
 

@@ -3,7 +3,7 @@
 
 # The user does the upgrade.
 attend() {
-    say "Load $demo/sample.bin, press \"Start upgrade\", and \"End\" when it is done."
+    say "Load $firmwareFile, press \"Start upgrade\", and \"End\" when it is done."
 }
 
 # The script does the upgrade, with mouse and keyboard. It ends at the first step that fails.
