@@ -208,7 +208,6 @@ void Watch::deedBegins(const Deed& deed) {
     verifying_ = mainForm(world_) != nullptr && mainForm(world_)->chkVerify.value == 1;
     portWasOpen_ = world_.port.isOpen() || mainForm(world_) == nullptr;
     firstBox_ = world_.desktop.boxes().size();
-    firstDialog_ = world_.desktop.askedFiles().size();
     portFailures_ = world_.port.operations().failed();
     fileWrites_ = world_.files.operations().passed(Operation::writeFile);
     begunBefore_ = said_.empty() ? begunBefore_ : begun_; // one that says nothing does not notice a loss
@@ -268,33 +267,14 @@ void Watch::endOperation() {
         violation("the tool sends \"" + said_ + "\"");
     }
     const Box* box = boxes() == 0 ? nullptr : &world_.desktop.boxes().back();
-    const SimulatedFile* file = namedFile();
-    if (operation_ == "cmdLoading") {
-        checkLoaded(box == nullptr ? file : nullptr);
-    } else if (operation_ == "cmdPresent" && !verifying_ && !cancelled_ && boxes() == 1 && isSuccess(*box)) {
-        checkSaved(file);
+    if (operation_ == "cmdPresent" && !verifying_ && !cancelled_ && boxes() == 1 && isSuccess(*box)) {
+        checkSaved();
     }
     const bool toldOf = operation_ == "cmdUpgrade" ? said_.size() > 1 : said_.starts_with('r') && !verifying_;
     if (toldOf && (box == nullptr || (!isSuccess(*box) && !isFailure(*box)))) {
         violation("the operation ends without a message");
     }
     ++counts[pattern + (box == nullptr ? "" : ": " + box->text.substr(0, box->text.find('\r')))];
-}
-
-// The file that the operator has named.
-const SimulatedFile* Watch::namedFile() {
-    const auto& asked = world_.desktop.askedFiles();
-    return asked.size() > firstDialog_ && asked.back().path ? world_.files.find(*asked.back().path) : nullptr;
-}
-
-void Watch::checkLoaded(const SimulatedFile* file) {
-    const bool fits = file != nullptr && file->content.size() == imageSize;
-    const Bytes expected = fits ? Bytes(file->content.begin(), file->content.end()) : loaded_;
-    loaded_ = imageOf(shared.firmwareImage);
-    if (mainForm(world_)->cmdUpgrade.enabled != shared.fileLoaded || (fits && !shared.fileLoaded) ||
-        (shared.fileLoaded && loaded_ != expected)) {
-        violation("what is loaded is not the file, or the button does not fit it");
-    }
 }
 
 // Nothing has touched the line, and the unit has sent each packet once.
@@ -305,7 +285,8 @@ bool Watch::readClean() const {
            now.packetsSent - journal_.packetsSent == now.blocksSent - journal_.blocksSent + ends;
 }
 
-void Watch::checkSaved(const SimulatedFile* file) {
+void Watch::checkSaved() {
+    const SimulatedFile* file = world_.files.find(world_.desktop.askedFiles().back().path.value_or(""));
     const bool written = world_.files.operations().passed(Operation::writeFile) > fileWrites_;
     const std::string content = written && file != nullptr ? file->content.substr(0, imageSize) : "";
     succeeded = std::ranges::equal(content, unitImage(world_), {}, [](char c) { return static_cast<std::uint8_t>(c); });
@@ -316,11 +297,12 @@ void Watch::checkSaved(const SimulatedFile* file) {
 
 // For a box that says that the unit holds the file or, with verification, that it does not.
 void Watch::checkWritten(bool equal) {
-    const std::int64_t different = differences(unitImage(world_), loaded_);
+    const Bytes loaded = imageOf(shared.firmwareImage);
+    const std::int64_t different = differences(unitImage(world_), loaded);
     succeeded = equal && different == 0;
     if (verifying_) {
         const bool cleanAndQuiet = readClean() && boxes() == 1;
-        if (equal != (imageOf(shared.readBackImage) == loaded_) || (cleanAndQuiet && equal != (different == 0))) {
+        if (equal != (imageOf(shared.readBackImage) == loaded) || (cleanAndQuiet && equal != (different == 0))) {
             violation("the verification is wrong");
         }
     } else if (!unearned_ && different > strikes_) { // each may damage a block without changing its check bytes
@@ -335,13 +317,6 @@ void Watch::ranTo(RunEnd end) {
     }
     if (end == RunEnd::stuck) {
         violation("stuck: " + world_.desktop.stuckReason());
-    }
-    const auto& boxes = world_.desktop.boxes();
-    const bool byOperator = deed_.starts_with("close") || deed_ == "cmdEnd";
-    const bool atBox = !boxes.empty() && boxes.back().style == boxStyle::critical + boxStyle::okCancel &&
-                       boxes.back().answer == boxAnswer::cancel;
-    if (end == RunEnd::programEnded && !byOperator && !atBox && mainForm(world_) != nullptr) {
-        violation("the program ends where it may not");
     }
 }
 

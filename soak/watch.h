@@ -39,21 +39,19 @@ class Watch {
     void boxStands(const platform::Box& box);
     void eventRan();
     void endOperation();
-    void checkLoaded(const platform::SimulatedFile* file);
-    void checkSaved(const platform::SimulatedFile* file);
+    void checkSaved();
     void checkWritten(bool equal);
     void lookAtLine();
     bool portBad() const;
     bool readClean() const;
     std::size_t boxes() const { return world_.desktop.boxes().size() - firstBox_; }
-    const platform::SimulatedFile* namedFile();
 
     platform::World& world_;
     platform::Socket& socket_ = world_.port.socket(platform::usualComPort);
     // The operation under way.
     std::string deed_, operation_; // by their controls
     bool running_ = false, cancelled_ = false, verifying_ = false, portWasOpen_ = true;
-    std::size_t firstBox_ = 0, firstDialog_ = 0;
+    std::size_t firstBox_ = 0;
     std::int64_t portFailures_ = 0, fileWrites_ = 0, strikes_ = 0;
     Micros begun_ = 0, begunBefore_ = 0;
     std::string said_;           // a letter for each message
@@ -61,7 +59,6 @@ class Watch {
     std::size_t blocks_ = 0;     // sent, each once
     std::uint8_t answer_ = 0;
     bool sentAgain_ = false, unearned_ = false; // packets; an ACK
-    Bytes loaded_;
     // The session.
     Micros touchedUntil_ = -1;
     platform::Operation before_ = {}, latest_ = {}; // operations of the port
