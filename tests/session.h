@@ -4,6 +4,7 @@
 #include "app/program.h"
 #include "platform/simulated/world.h"
 #include "state/variables.h"
+#include "story/story.h"
 #include "transfer/programState.h"
 #include "ui/forms.h"
 
@@ -47,20 +48,8 @@ class Session {
 
     // True when the operator can go on: the window is back, nothing is under way.
     testing::AssertionResult atRest() const {
-        const FrmMain& form = frmMain();
-        using namespace FirmComm::state;
-        const bool resting =
-            shared.programState == idle || shared.programState == idleAfterWrite || shared.programState == verified;
-        if (form.visible && form.enabled && form.mousePointer != MousePointer::hourglass && !frmWaitLoaded() &&
-            !world.desktop.keptAwake() && !form.CommTimer.running() && !shared.stepBusy && resting &&
-            world.desktop.violations().empty()) {
-            return testing::AssertionSuccess();
-        }
-        return testing::AssertionFailure()
-               << "visible " << form.visible << " enabled " << form.enabled << " frmWait " << frmWaitLoaded()
-               << " kept awake " << world.desktop.keptAwake() << " CommTimer " << form.CommTimer.running()
-               << " stepBusy " << shared.stepBusy << " programState " << shared.programState << " violations "
-               << testing::PrintToString(world.desktop.violations());
+        const std::string obstacles = story::obstaclesIn(world);
+        return (obstacles.empty() ? testing::AssertionSuccess() : testing::AssertionFailure()) << obstacles;
     }
 
     World world;

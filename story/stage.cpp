@@ -1,0 +1,281 @@
+#include "story/stage.h"
+
+#include "app/program.h"
+#include "story/story.h"
+#include "ui/forms.h"
+
+#include <algorithm>
+#include <sstream>
+#include <stdexcept>
+
+namespace story {
+
+using namespace platform;
+
+namespace {
+
+// The parts of a text behind each line begin of that kind; first, what stands ahead of them.
+std::vector<std::string> partsOf(const std::string& text, const std::string& mark) {
+    std::vector<std::string> parts;
+    for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1 + mark.size()) {
+        end = text.find('\n' + mark, begin);
+        parts.push_back(text.substr(begin, end == std::string::npos ? end : end + 1 - begin));
+    }
+    return parts;
+}
+
+// "\n", and bytes as two hexadecimal digits: "\E9".
+std::string unescaped(std::string text) {
+    for (std::size_t at = text.find('\\'); at != std::string::npos; at = text.find('\\', at + 1)) {
+        const bool lineEnd = text[at + 1] == 'n';
+        const char byte = lineEnd ? '\n' : static_cast<char>(std::stoi(text.substr(at + 1, 2), nullptr, 16));
+        text.replace(at, lineEnd ? 2 : 3, 1, byte);
+    }
+    return text;
+}
+
+// What a script can do, to a world of its own.
+class Stage {
+  public:
+    Stage() { world_.line.record().keep(0); }
+
+    // Does the lines of a script and tells the second.
+    std::string tell(const std::string& ahead, const std::string& script) {
+        perform(ahead);
+        const std::string told = perform(script);
+        const std::string obstacles = world_.desktop.ended() || !frmMain().visible ? "" : obstaclesIn(world_);
+        return told + (obstacles.empty() ? "" : "{stays: " + obstacles + "}\n") +
+               change("amplifier", before_, unit_.amplifierImage) +
+               change("interface unit", UnitOptions().interfaceUnitImage, unit_.interfaceUnitImage) +
+               change("saved.bin", {}, bytesOf(content(World::savedPath)));
+    }
+
+  private:
+    using UnitOptions = simulator::UnitOptions;
+
+    std::string perform(const std::string& script) {
+        std::string told;
+        std::istringstream lines(script);
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with("* ") || line.starts_with(". ")) {
+                performLine(line.substr(2));
+                const std::string seen = story_.take();
+                told += line + '\n' + (line[0] == '*' ? seen : "");
+            }
+        }
+        return told;
+    }
+
+    void performLine(const std::string& line) {
+        words_ = std::istringstream(line);
+        const auto command = commands_.find(next());
+        if (command == commands_.end()) {
+            throw std::invalid_argument("No such command: " + line);
+        }
+        command->second();
+    }
+
+    // Reading of arguments.
+    template <class Value = std::string>
+    Value next() {
+        Value value{};
+        words_ >> value;
+        return value;
+    }
+    std::string rest() {
+        std::string text;
+        std::getline(words_ >> std::ws, text);
+        return unescaped(text);
+    }
+    Micros duration() { return static_cast<Micros>(next<double>() * 1e6); }
+    Micros moment() { return world_.clock.now() + duration(); }
+    SimulatedFile& file() { return *world_.files.find(next()); }
+
+    static Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+    std::string content(const std::string& path) {
+        return world_.files.find(path) == nullptr ? "" : world_.files.find(path)->content;
+    }
+
+    std::string change(const std::string& name, const Bytes& before, const Bytes& now) const {
+        const auto same = std::ranges::mismatch(now, unit_.amplifierImage).in1 - now.begin();
+        return now == before         ? ""
+               : now == world_.image ? "{" + name + ": the file}\n"
+                                     : "{" + name + ": " + std::to_string(now.size()) + " bytes, " +
+                                           std::to_string(same) + " as the unit's}\n";
+    }
+
+    void run(const std::function<void()>& event) {
+        if (std::exchange(running_, true)) {
+            return event();
+        }
+        const RunEnd end = world_.desktop.run(event);
+        running_ = false;
+        if (end != RunEnd::idle) {
+            story_.say(end == RunEnd::programEnded ? "the program ends" : world_.desktop.stuckReason());
+        }
+    }
+
+    // The control of that name that the operator sees, else any; reads its number behind it.
+    Deed found() {
+        const std::string name = next();
+        Deed deed = click("", name);
+        for (const Form* form : world_.desktop.forms()) {
+            const auto at = std::ranges::find(form->controls, name, [](auto* control) { return control->name; });
+            if (at != form->controls.end() && (form->visible || deed.form.empty())) {
+                deed.form = form->name;
+                deed.index = (*at)->index;
+                found_ = *at;
+            }
+        }
+        deed.index = deed.index < 0 ? -1 : next<int>();
+        return deed;
+    }
+    void act(const Deed& deed) {
+        const std::string refused(world_.person.refusal(deed));
+        refused.empty() ? run([&] { world_.person.perform(deed); }) : story_.say("refused: " + refused);
+    }
+
+    void doAfter() {
+        const Micros at = moment();
+        world_.desktop.schedule(at, [this, line = rest()] {
+            story_.say("! " + line);
+            performLine(line);
+        });
+    }
+
+    void answer() {
+        simulator::AnswerRule rule{next(), next<int>()};
+        const std::string what = next();
+        simulator::CommandAnswer& answer = rule.answer;
+        answer.ignored = what == "ignored";
+        answer.silent = what == "silent" || answer.ignored;
+        answer.wrongCheck = what == "wrongCheck";
+        answer.delay = what == "delayed" ? duration() : 0;
+        if (what == "data") {
+            answer.data = rest();
+        } else if (what.size() == 4) {
+            answer.resultCode = what;
+        }
+        unit_.answers.push_back(rule);
+    }
+
+    void fail() {
+        const Operation operation = operations.at(next());
+        const int n = std::max(1, next<int>());
+        for (OperationGate* gate : {&world_.port.operations(), &world_.files.operations()}) {
+            gate->add(
+                failNth(operation, gate->passed(operation) + n, Lasting::once, {failureNumber::portLost, "It broke."}));
+        }
+    }
+
+    void packets(int first) {
+        using Fate = simulator::PacketAnswer::Fate;
+        const int last = next<int>();
+        const std::string fate = next();
+        for (int number = first; number <= last; ++number) {
+            simulator::PacketAnswer& packet = unit_.packetAnswers[number];
+            packet.fate = fate == "ignored" ? Fate::ignored : fate == "cancels" ? Fate::cancels : Fate::asUsual;
+            packet.bytes = fate == "unanswered" ? std::optional(Bytes()) : std::nullopt;
+        }
+    }
+
+    void give(const std::string& path) {
+        story_.choose = [path](const AskedFile&) { return path.empty() ? std::nullopt : std::optional(path); };
+    }
+    void put(const std::string& path) { world_.files.put(path, content(path) + rest()); }
+    void makeFirmware(std::uint16_t version) {
+        world_.image = simulator::makeSampleImage({.typeText = rest(), .rawVersion = version});
+        world_.files.put(World::firmwarePath, std::string(world_.image.begin(), world_.image.end()));
+    }
+    void flip(std::int64_t write) {
+        world_.line.faults(Direction::fromUnit) = {{.kind = LineFault::Kind::flip,
+                                                    .writes = Writes::transfer,
+                                                    .first = write,
+                                                    .last = write,
+                                                    .place = next<std::size_t>()}};
+    }
+    void send(int packet) { unit_.sentInstead[packet] = bytesOf(rest()); }
+    void restart(Micros at) { world_.restartUnit(at, at + fromSeconds(2)); }
+    void holdImage(std::uint32_t seed) { before_ = unit_.amplifierImage = simulator::makeSampleImage({.seed = seed}); }
+    void getWell() { unit_ = {.amplifierImage = unit_.amplifierImage, .interfaceUnitImage = unit_.interfaceUnitImage}; }
+
+    World world_;
+    UnitOptions& unit_ = world_.unit.options();
+    Story story_{world_};
+    Bytes before_ = unit_.amplifierImage;
+    bool running_ = false;
+    Control* found_ = nullptr;
+    std::istringstream words_;
+    const std::map<std::string, std::function<void()>> commands_{
+        // the operator
+        {"start", [this] { run(program::start); }},
+        {"press", [this] { act(found()); }},
+        {"choose", [this] { act(choose("frmStartUp", "cmbCom", next<int>() - 1)); }},
+        {"close", [this] { act(closing(next())); }},
+        {"after", [this] { doAfter(); }},
+        {"cancelBox", [this] { story_.answer = [](const Box& box) { return box.style % 2 + 1; }; }},
+        {"dialog", [this] { give(rest()); }},
+        {"reaction", [this] { world_.desktop.reactionTime = duration(); }},
+        // the desktop
+        {"show", [this] { found(), found_->visible = found_->enabled = true; }},
+        {"wait", [this] { world_.clock.advanceTo(moment()); }},
+        {"instance", [this] { world_.desktop.otherInstance = true; }},
+        {"fail", [this] { fail(); }},
+        // files
+        {"put", [this] { put(next()); }},
+        {"remove", [this] { world_.files.remove(next()); }},
+        {"unreadable", [this] { file().unreadable = true; }},
+        {"readOnly", [this] { file().readOnly = true; }},
+        {"cutAt", [this] { file().content.resize(next<std::size_t>()); }},
+        {"readable", [this] { file().readable.emplace(next<std::size_t>()); }},
+        {"room", [this] { world_.files.setRoom(next<std::size_t>()); }},
+        {"firmware", [this] { makeFirmware(next<std::uint16_t>()); }},
+        // the line
+        {"pull", [this] { world_.port.socket(usualComPort).pulledAt = moment(); }},
+        {"missing", [this] { world_.port.removeSocket(next<int>()); }},
+        {"held", [this] { world_.port.socket(next<int>()).state = Socket::State::held; }},
+        {"connect", [this] { world_.port.socket(next<int>()).line = &world_.line; }},
+        {"flip", [this] { flip(next<int>()); }},
+        // the unit
+        {"answer", [this] { answer(); }},
+        {"packets", [this] { packets(next<int>()); }},
+        {"send", [this] { send(next<int>()); }},
+        {"well", [this] { getWell(); }},
+        {"restart", [this] { restart(moment()); }},
+        {"silence", [this] { unit_.silentFrom = world_.clock.now(); }},
+        {"image", [this] { holdImage(next<std::uint32_t>()); }},
+        {"checksum", [this] { unit_.crc = false; }},
+        {"state", [this] { unit_.stateText = next(), unit_.sensorCount = next<int>(); }},
+        {"model", [this] { unit_.modelText = rest(); }},
+        {"version", [this] { unit_.versionText = rest(); }},
+        {"type", [this] { unit_.typeKey = next<char>(), unit_.rawVersion = next<std::uint16_t>(); }},
+        {"startDelay", [this] { unit_.startDelay = duration(); }},
+        {"sendDelay", [this] { unit_.sendDelay = duration(); }},
+        {"answerLimit", [this] { unit_.answerLimit = duration(); }},
+        {"oneEnd", [this] { unit_.repeatsEnd = false; }},
+    };
+};
+
+} // namespace
+
+std::string play(const std::string& file) {
+    std::vector<std::string> stories = partsOf(file, "== ");
+    const std::vector<std::string> passages = partsOf(stories.front(), ":= ");
+    std::string played = stories.front();
+    for (std::size_t story = 1; story < stories.size(); ++story) {
+        const std::string& script = stories[story];
+        std::string told = script.substr(0, script.find('\n') + 1) + Stage().tell(passages[0], script);
+        for (std::size_t passage = 1; passage < passages.size(); ++passage) {
+            const std::size_t bodyAt = passages[passage].find('\n');
+            const std::string name = "\n:: " + passages[passage].substr(0, bodyAt + 1);
+            const std::string body = passages[passage].substr(bodyAt);
+            for (std::size_t at = told.find(body); at != std::string::npos; at = told.find(body)) {
+                told.replace(at, body.size(), name);
+            }
+        }
+        played += "== " + told;
+    }
+    return played;
+}
+
+} // namespace story

@@ -1,0 +1,222 @@
+#include "story/story.h"
+
+#include "base/checked.h"
+#include "base/text.h"
+#include "state/variables.h"
+#include "transfer/programState.h"
+#include "ui/forms.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace story {
+
+using namespace platform;
+
+const std::map<std::string, Operation> operations{
+    {"choosePort", Operation::choosePort},   {"setSettings", Operation::setSettings},
+    {"openPort", Operation::openPort},       {"setBufferSizes", Operation::setBufferSizes},
+    {"clearUnsent", Operation::clearUnsent}, {"closePort", Operation::closePort},
+    {"openFile", Operation::openFile},       {"readFile", Operation::readFile},
+    {"writeFile", Operation::writeFile},     {"closeFile", Operation::closeFile},
+    {"appendLine", Operation::appendLine},   {"readPort", Operation::readPort}, // the last two are not told
+    {"writePort", Operation::writePort},
+};
+
+namespace {
+
+// The form of the program, or its look before it is loaded.
+template <class Shown>
+const Shown& shown(const World& world, const char* name) {
+    static const Shown none;
+    const Form* loaded = world.desktop.form(name);
+    return loaded == nullptr ? none : static_cast<const Shown&>(*loaded);
+}
+
+// What shows of the first window.
+std::string startWindow(const FrmStartUp& form) {
+    std::string text = "start window at " + std::to_string(form.left) + ' ' + std::to_string(form.top);
+    for (const Control* control : form.controls) {
+        const bool shows = control->visible && control->kind != ControlKind::menu;
+        text += shows ? ' ' + control->name : "";
+        text += shows && !control->items.empty()
+                    ? ' ' + at(control->items, control->listIndex) + " of " + std::to_string(control->items.size())
+                    : "";
+    }
+    return form.visible ? text : "no start window";
+}
+
+} // namespace
+
+std::string obstaclesIn(const World& world) {
+    const FrmMain& form = frmMain();
+    using namespace FirmComm::state;
+    const auto state = shared.programState;
+    const std::pair<bool, std::string> obstacles[]{
+        {!form.visible, "no main window"},
+        {!form.enabled, "window off"},
+        {form.mousePointer == MousePointer::hourglass, "hourglass"},
+        {frmWaitLoaded(), "progress dialog"},
+        {world.desktop.keptAwake(), "awake"},
+        {form.CommTimer.running(), "ticks"},
+        {shared.stepBusy, "step busy"},
+        {state != idle && state != idleAfterWrite && state != verified, "state " + std::to_string(state)},
+        {!world.desktop.violations().empty(), "violations"},
+    };
+    std::string text;
+    for (const auto& [stands, name] : obstacles) {
+        text += stands ? name + ". " : "";
+    }
+    return text;
+}
+
+Story::Story(World& world) : choose(world.desktop.chooseFile), world_(world) {
+    world.line.addHook([this](const Passage& passage) { hear(passage); });
+    const auto noteOperation = [this](const OperationCall& call) { noteCall(call.operation); };
+    world.port.operations().add(noteOperation);
+    world.files.operations().add(noteOperation);
+    world.desktop.boxStands = [this](const Box& box) {
+        note("box " + box.title + '|' + replaceAll(replaceAll(box.text, '\r', ' '), '\n', '/') + '|' +
+             std::to_string(box.style));
+    };
+    world.desktop.answerBox = [this](const Box& box) {
+        lastAt_ = world_.clock.now(); // the operator's own time does not count
+        look();
+        return answer(box);
+    };
+    world.desktop.chooseFile = [this](const AskedFile& asked) {
+        lastAt_ = world_.clock.now();
+        const FileDialog& dialog = asked.dialog;
+        note((asked.save ? "save " : "open ") + dialog.initialDirectory + '|' + dialog.fileName + '|' + dialog.filter +
+             std::to_string(dialog.flags));
+        awaitEvents();
+        return choose(asked);
+    };
+    world.desktop.confirmOverwrite = [this](const AskedFile& asked) {
+        note("overwrite " + *asked.path);
+        return true;
+    };
+    awaitEvents();
+}
+
+void Story::say(const std::string& line) {
+    look();
+    lines_.push_back({line});
+}
+
+std::string Story::take() {
+    look();
+    std::string text;
+    for (const Line& line : std::exchange(lines_, {})) {
+        text += line.text + (line.count > 1 ? " x" + std::to_string(line.count) : "") + '\n';
+    }
+    return text;
+}
+
+std::vector<std::string> Story::state() const {
+    const auto& form = shown<FrmMain>(world_, "frmMain");
+    const auto& wait = shown<FrmWait>(world_, "frmWait");
+    const char* pointers[] = {"usual pointer", "arrow"};
+    const auto row = [&](std::size_t number) {
+        return form.lblTitle[number].caption + ' ' + form.lblVersion[number].caption;
+    };
+    return {
+        startWindow(shown<FrmStartUp>(world_, "frmStartUp")),
+        form.visible ? "main window" : "no main window",
+        form.enabled ? "window on" : "window off",
+        form.mousePointer == MousePointer::hourglass ? "hourglass" : pointers[static_cast<int>(form.mousePointer)],
+        "amplifier " + row(0),
+        "interface unit " + row(1),
+        "file " + row(2),
+        form.cmdUpgrade.enabled ? "upgrade on" : "upgrade off",
+        (form.CommTimer.enabled() ? "ticks " : "no ticks ") + std::to_string(form.CommTimer.interval()),
+        !frmWaitLoaded() ? "no progress"
+        : wait.visible   ? wait.lblMsg.caption + " 0 to " + std::to_string(static_cast<int>(wait.prbComm.max))
+                         : "progress hidden",
+        wait.cmdCancel.enabled ? "cancel on" : "cancel off",
+        world_.desktop.keptAwake() ? "awake" : "may sleep",
+    };
+}
+
+// Adds the quiet before this moment, and what has changed.
+void Story::look() {
+    if (const Micros quiet = world_.clock.now() - std::exchange(lastAt_, world_.clock.now()); quiet >= fromSeconds(1)) {
+        char length[32];
+        std::snprintf(length, sizeof length, "(%.1f s)", static_cast<double>(quiet) / 1e6);
+        add(length, length[0]);
+    }
+    const std::vector<std::string> before = std::exchange(state_, state());
+    std::string changes;
+    for (std::size_t part = 0; part < state_.size(); ++part) {
+        changes += state_[part] == before[part] ? "" : (changes.empty() ? "" : ", ") + state_[part];
+    }
+    if (!changes.empty()) {
+        lines_.push_back({'[' + changes + ']'});
+    }
+}
+
+// `waits`: a packet or command, which the other side answers.
+void Story::note(const std::string& event, bool waits) {
+    look();
+    const auto bar = frmWaitLoaded() ? static_cast<int>(frmWait().prbComm.value) : 0;
+    const int moved = bar - std::exchange(bar_, bar);
+    add(std::exchange(clears_, {}) + event + (bar > 0 && moved != 0 ? '+' + std::to_string(moved) : ""), event[0],
+        waits);
+}
+
+// A line of its own, or the end of one that waits for it.
+void Story::add(const std::string& text, char side, bool waits) {
+    const char waiting = lines_.empty() ? '\0' : lines_.back().waits;
+    if (waiting != 0 && ((side == '<' && waiting == '>') || (side == '>' && waiting == '<') || side == '(')) {
+        lines_.back() = {lines_.back().text + ' ' + text};
+    } else {
+        lines_.push_back({text, waits ? side : '\0'});
+    }
+    if (const std::size_t last = lines_.size() - 1;
+        last > 0 && lines_[last].waits == 0 && lines_[last - 1].text == lines_[last].text) {
+        lines_.pop_back();
+        ++lines_.back().count;
+    }
+}
+
+void Story::noteCall(Operation operation) {
+    clears_ += operation == Operation::clearReceived ? "-" : "";
+    const auto named = std::ranges::find(operations, operation, [](const auto& each) { return each.second; });
+    if (named != operations.end() && operation != Operation::readPort && operation != Operation::writePort) {
+        note(named->first);
+    }
+    if (operation == Operation::closePort || operation == Operation::readFile) {
+        awaitEvents();
+    }
+}
+
+void Story::awaitEvents() {
+    if (!std::exchange(eventPending_, true)) {
+        world_.desktop.schedule(world_.clock.now(), [this] {
+            eventPending_ = false;
+            note("~");
+        });
+    }
+}
+
+void Story::hear(const Passage& passage) {
+    const Bytes& bytes = passage.bytes;
+    const std::string text(bytes.begin(), bytes.end());
+    if (passage.direction == Direction::toUnit && (!frame_.empty() || text[0] == simulator::stx)) {
+        frame_ += text; // STX, the text, ETX, the block check: each comes for itself
+        if (frame_.size() > 3 && frame_[frame_.size() - 2] == simulator::etx) {
+            note('>' + frame_.substr(6, frame_.size() - 8), true);
+            frame_.clear();
+        }
+    } else if (passage.direction == Direction::fromUnit && text[0] == simulator::stx) {
+        note('<' + text.substr(11, 4));
+        awaitEvents();
+    } else if (!text.empty()) {
+        const bool packet = bytes.size() > 10 || bytes[0] == simulator::eot;
+        note((passage.direction == Direction::toUnit ? ">" : "<") +
+                 (bytes.size() >= simulator::checksumPacketSize ? "block" : wireText(bytes).substr(1)),
+             packet);
+    }
+}
+
+} // namespace story
