@@ -213,9 +213,9 @@ void Story::hear(const Passage& passage) {
         awaitEvents();
     } else if (!text.empty()) {
         const bool packet = bytes.size() > 10 || bytes[0] == simulator::eot;
-        note((passage.direction == Direction::toUnit ? ">" : "<") +
-                 (bytes.size() >= simulator::checksumPacketSize ? "block" : wireText(bytes).substr(1)),
-             packet);
+        std::string event = passage.direction == Direction::toUnit ? ">" : "<";
+        event += bytes.size() >= simulator::checksumPacketSize ? "block" : wireText(bytes).substr(1);
+        note(event, packet);
     }
 }
 
