@@ -43,9 +43,7 @@ class Stage {
     std::string tell(const std::string& ahead, const std::string& script) {
         perform(ahead);
         const std::string told = perform(script);
-        const std::string obstacles = world_.desktop.ended() || !frmMain().visible ? "" : obstaclesIn(world_);
-        return told + (obstacles.empty() ? "" : "{stays: " + obstacles + "}\n") +
-               change("amplifier", before_, unit_.amplifierImage) +
+        return told + change("amplifier", before_, unit_.amplifierImage) +
                change("interface unit", UnitOptions().interfaceUnitImage, unit_.interfaceUnitImage) +
                change("saved.bin", {}, bytesOf(content(World::savedPath)));
     }
@@ -59,11 +57,17 @@ class Stage {
         for (std::string line; std::getline(lines, line);) {
             if (line.starts_with("* ") || line.starts_with(". ")) {
                 performLine(line.substr(2));
-                const std::string seen = story_.take();
+                const std::string seen = story_.take() + obstacles();
                 told += line + '\n' + (line[0] == '*' ? seen : "");
             }
         }
         return told;
+    }
+
+    // What a line has left behind that keeps the operator from going on.
+    std::string obstacles() const {
+        const std::string found = world_.desktop.ended() || !frmMain().visible ? "" : obstaclesIn(world_);
+        return found.empty() ? "" : "{stays: " + found + "}\n";
     }
 
     void performLine(const std::string& line) {
