@@ -105,7 +105,10 @@ TEST_F(Sender, TakesAllBytesThatMeanNothingAlike) {
     }
 }
 
-TEST_F(Sender, TakesAByteThatComesWithTheLimit) {
+TEST_F(Sender, TakesBytesThatWaitOneByOneAndAtTheLimit) {
+    put(simulator::can, world.clock.now());
+    put(simulator::can, world.clock.now());
+    EXPECT_TRUE(transfer({}).starts_with(" = 1003"));
     put('C', world.clock.now() + fromSeconds(60));
     put(simulator::ack, world.clock.now() + fromSeconds(70));
     EXPECT_TRUE(transfer({}).starts_with(" -1 -2 -2"));
