@@ -66,7 +66,9 @@ class Stage {
 
     // What a line has left behind that keeps the operator from going on.
     std::string obstacles() const {
-        const std::string found = world_.desktop.ended() || !frmMain().visible ? "" : obstaclesIn(world_);
+        const Form* main = world_.desktop.form("frmMain"); // the first call of frmMain() would load it
+        const bool started = main != nullptr && main->visible && !world_.desktop.ended();
+        const std::string found = started ? obstaclesIn(world_) : "";
         return found.empty() ? "" : "{stays: " + found + "}\n";
     }
 
