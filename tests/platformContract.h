@@ -144,6 +144,7 @@ inline Surroundings::Surroundings(Desktop& desktop) : desk(desktop) {
     commands["disableForm"] = [this](Text) { form.enabled = false; };
     commands["load"] = [this](Text) { desk.load(form), desk.show(form); };
     commands["unload"] = [this](Text) { desk.unload(form); };
+    commands["visible"] = [this](Text) { say(form.visible ? "visible" : "hidden"); };
     commands["deaf"] = [this](Text) { form.queryUnload = nullptr; };
     commands["onClick"] = [this](Text script) { form.control("R&D").click = [=, this] { perform(script, ','); }; };
     commands["value"] = [this](Text name) { say(std::lround(form.control(name).value)); };

@@ -195,8 +195,9 @@ class RealSurroundings : QObject, public contract::Surroundings {
         };
         commands["request"] = [this](Text) {
             desk.doEvents();
-            QWidget* window = windowOf(form);
-            window == nullptr ? false : window->windowHandle()->close();
+            if (QWidget* window = windowOf(form); window != nullptr && window->windowHandle()->close()) {
+                say("closed");
+            }
         };
         commands["later"] = [this](Text wait) { QTimer::singleShot(std::stoi(wait), [this] { say("later"); }); };
         commands["ok"] = [](Text) { QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Return); };
@@ -298,7 +299,7 @@ class RealSurroundings : QObject, public contract::Surroundings {
         constexpr int low = ASYNC_LOW_LATENCY;
         commands["give"] = [this](Text text) { end->write(bytes(text)); };
         commands["arrived"] = [this](Text count) { sayBytes(take(std::stoul(count))); };
-        commands["unsent"] = [this](Text) { say(take(20'000).size() < 10'000 ? "dropped" : "sent"); };
+        commands["unsent"] = [this](Text) { say(take(200'000).size() < 100'000 ? "dropped" : "sent"); };
         commands["chatter"] = [this](Text) {
             chatter = std::jthread([this](const std::stop_token& stop) {
                 for (; !stop.stop_requested(); QThread::msleep(5)) {

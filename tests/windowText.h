@@ -34,6 +34,8 @@ inline QString textOf(const QAccessibleInterface& object) {
     QString seen;
     if (const auto* box = qobject_cast<QMessageBox*>(widget)) {
         seen = "icon " + QString::number(box->icon());
+    } else if (widget != nullptr && widget->isWindow() && !widget->windowIcon().isNull()) {
+        seen = "icon";
     } else if (label == nullptr && object.role() == QAccessible::Graphic) {
         seen = colourOf(*widget);
     } else if (label != nullptr && !label->window()->isModal()) {
