@@ -347,11 +347,15 @@ class RealSurroundings : QObject, public contract::Surroundings {
 
 TEST(Real, TheSecondInstanceIsTheOneWhileTheFirstLives) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    ::setenv("XDG_RUNTIME_DIR", testing::TempDir().c_str(), 1);
+    if (::getenv("OWN_FOLDER") == nullptr) { // the other process starts this test anew, in the same folder
+        ::setenv("OWN_FOLDER", makeTestFolder().c_str(), 1);
+    }
+    ::setenv("XDG_RUNTIME_DIR", ::getenv("OWN_FOLDER"), 1);
     EXPECT_EXIT(::_exit(becomeOnlyInstance() ? 0 : 1), testing::ExitedWithCode(0), "");
     const bool free = becomeOnlyInstance();
     EXPECT_EXIT(::_exit(becomeOnlyInstance() ? 1 : 0), testing::ExitedWithCode(0), "");
     EXPECT_TRUE(free);
+    std::filesystem::remove_all(::getenv("OWN_FOLDER"));
 }
 
 TEST(Real, TheSleepLockIsAChildsAndEndsWithItsInput) {
