@@ -26,7 +26,7 @@ using Text = const std::string&;
 // time: moments are the earliest ones.
 class Surroundings {
   public:
-    explicit Surroundings(Desktop& desktop);
+    Surroundings(Desktop& desktop, Text place);
     Surroundings(const Surroundings&) = delete;
     Surroundings& operator=(const Surroundings&) = delete;
     virtual ~Surroundings() {
@@ -72,6 +72,7 @@ class Surroundings {
     template <class Sequence>
     void sayBytes(const Sequence& bytes) {
         std::string text(bytes.begin(), bytes.end());
+        std::erase(text, '\r'); // which systems with such line ends add
         std::ranges::replace_if(
             text, [](char sign) { return sign < ' '; }, '^');
         say(text.size() > 50 ? text.substr(0, 1) + '*' + std::to_string(text.size()) : text.empty() ? "-" : text);
@@ -111,8 +112,8 @@ class Surroundings {
     Files& files = desk.files();
     TestForm form;
     FileDialog dialog{.initialDirectory = "", .fileName = "", .filter = "Bin (*.bin)|*.bin||"};
-    std::string folder; // with a separator at its end
-    std::string failed; // the description of the last failure
+    const std::string folder; // with a separator at its end
+    std::string failed;       // the description of the last failure
 
   private:
     std::string said; // what came of the commands
@@ -133,7 +134,7 @@ class Surroundings {
                                                   {failureNumber::portLost, "lost"}};
 };
 
-inline Surroundings::Surroundings(Desktop& desktop) : desk(desktop) {
+inline Surroundings::Surroundings(Desktop& desktop, Text place) : desk(desktop), folder(place) {
     commands["show"] = [this](Text name) { form.control(name).visible = true; };
     commands["hide"] = [this](Text name) { form.control(name).visible = false; };
     commands["enable"] = [this](Text name) { form.control(name).enabled = true; };
@@ -200,7 +201,7 @@ inline Surroundings::Surroundings(Desktop& desktop) : desk(desktop) {
     commands["put"] = [this](Text text) { file->write(std::stoi(text), bytes(text.substr(text.find(' ') + 1))); };
     commands["get"] = [this](Text from) { file->read(std::stoi(from), part), sayBytes(part); };
     commands["shut"] = [this](Text) { file->close(); };
-    commands["cause"] = [this](Text) { say(std::regex_replace(failed, std::regex(folder + "|\\([^)]*\\)"), "")); };
+    commands["cause"] = [this](Text) { say(std::regex_replace(failed, std::regex(folder + "| \\([^)]*\\)"), "")); };
     for (Control* control : form.controls) {
         control->click = [this, control] { // and what it finds changed already
             const auto value = [this](const char* name) {

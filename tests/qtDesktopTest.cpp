@@ -1,8 +1,6 @@
 // The real desktop, on the toolkit's offscreen screen and a pseudo terminal, keeps the contract of all desktops. What it
-// has beyond that, its looks, its keyboard, its terminals and locks, is told in the same way: tests/stories/realDesktop.txt.
-#include "platform/system.h"
-#include "simulator/program/pseudoTerminal.h"
-#include "tests/platformContract.h"
+// has beyond that is in the same form: its looks, keyboard and line in tests/stories/realDesktop.txt, and what each
+// system adds in realPosix.txt and realWindows.txt.
 #include "tests/realDesktop.h"
 #include "tests/windowText.h"
 
@@ -15,66 +13,9 @@
 #include <QTimer>
 #include <QWindow>
 
-#include <asm/ioctls.h>
-#include <csignal>
-#include <cstdarg>
-#include <ctime>
-#include <linux/serial.h>
-#include <sys/syscall.h>
+#include <numeric>
+#include <systemSurroundings.h> // of tests/posix or tests/windows
 #include <thread>
-#include <unistd.h>
-
-namespace {
-
-// What a pseudo terminal and a disk do not have, and errors that they do not give.
-struct {
-    bool present = false; // a driver below the terminal
-    int answer = 0;
-    int flags = 0;
-    int error = 0; // of any transfer
-    bool exclusive = false;
-    bool syncFails = false; // the next time
-} driver;
-
-template <class... Arguments>
-long transfer(long number, Arguments... arguments) {
-    errno = driver.error;
-    return driver.error != 0 ? -1 : ::syscall(number, arguments...);
-}
-
-} // namespace
-
-// These stand before the system's own.
-extern "C" int fsync(int fd) {
-    errno = EIO;
-    return std::exchange(driver.syncFails, false) ? -1 : static_cast<int>(::syscall(SYS_fsync, fd));
-}
-
-extern "C" ssize_t read(int fd, void* buf, std::size_t nbytes) {
-    return transfer(SYS_read, fd, buf, nbytes);
-}
-
-extern "C" ssize_t write(int fd, const void* buf, std::size_t n) {
-    return transfer(SYS_write, fd, buf, n);
-}
-
-extern "C" int tcflush(int fd, int queue) noexcept {
-    return static_cast<int>(transfer(SYS_ioctl, fd, TCFLSH, queue));
-}
-
-extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
-    va_list arguments;
-    va_start(arguments, request);
-    void* argument = va_arg(arguments, void*);
-    va_end(arguments);
-    driver.exclusive = driver.exclusive || request == TIOCEXCL;
-    if (!driver.present || (request != TIOCGSERIAL && request != TIOCSSERIAL)) {
-        return static_cast<int>(::syscall(SYS_ioctl, file, request, argument));
-    }
-    auto* serial = static_cast<serial_struct*>(argument);
-    (request == TIOCGSERIAL ? serial->flags : driver.flags) = request == TIOCGSERIAL ? driver.flags : serial->flags;
-    return request == TIOCGSERIAL ? 0 : driver.answer;
-}
 
 namespace {
 
@@ -88,15 +29,6 @@ QWidget* windowOf(const Form& form) {
         }
     }
     return nullptr;
-}
-
-// What a command of the shell prints, without line ends.
-std::string outputOf(const std::string& command) {
-    std::FILE* const pipe = ::popen((command + " 2>/dev/null | tr -d '\\n'").c_str(), "r");
-    char text[2000];
-    const std::size_t size = std::fread(text, 1, sizeof text, pipe);
-    ::pclose(pipe);
-    return {text, size};
 }
 
 // Does that once the modal window of this class stands.
@@ -118,24 +50,18 @@ void enter(QFileDialog* dialog, const std::string& name) {
     name.empty() ? dialog->reject() : QTest::keyClick(line, Qt::Key_Return);
 }
 
-class RealSurroundings : QObject, public contract::Surroundings {
+class RealSurroundings : QObject, public SystemSurroundings {
   public:
-    RealSurroundings() : Surroundings(*realDesktop) {
-        folder = makeTestFolder().string() + '/';
-        unit = folder + "unit";
-        end.emplace(unit);
-        std::signal(SIGXFSZ, SIG_IGN); // a write that is too long fails
-        outputOf("prlimit --nofile=200 --pid $PPID");
+    RealSurroundings() : SystemSurroundings(*realDesktop, makeTestFolder().generic_string() + '/') {
         addOperator();
         addWindow();
-        addSystem();
+        addLine();
         other.onTaskBar = false;
         desk.load(other);
         perform("device " + unit + "\t' the unit");
     }
     ~RealSurroundings() override {
         chatter = {};
-        driver = {};
         desk.unload(other);
         std::filesystem::remove_all(folder);
     }
@@ -267,7 +193,7 @@ class RealSurroundings : QObject, public contract::Surroundings {
             GTEST_FLAG_SET(death_test_style, "threadsafe"); // the toolkit's threads do not survive a plain fork
             form.control("R&D").click = [] { throw Failure(failureNumber::overflow, "Overflow"); };
             whenShown<QMessageBox>([](QMessageBox* box) { std::fputs(qPrintable(box->text()), stderr), box->close(); });
-            EXPECT_EXIT(press("R&D", "mouse"), testing::ExitedWithCode(0), "Overflow");
+            EXPECT_EXIT(press("R&D", "mouse"), testing::ExitedWithCode(0), printed("Overflow"));
         };
         commands["showOther"] = [this](Text) { desk.show(other); };
         commands["hideOther"] = [this](Text) { desk.hide(other); };
@@ -289,14 +215,14 @@ class RealSurroundings : QObject, public contract::Surroundings {
                                        "folder"));
                 shown->reject();
             });
-            dialog.initialDirectory = "/usr";
+            dialog.initialDirectory = folder + "first";
+            std::filesystem::create_directory(dialog.initialDirectory);
             desk.showOpen(dialog);
         };
         commands["screen"] = [this](Text) { say(desk.screenSize().width), say(desk.screenSize().height); };
     }
 
-    void addSystem() {
-        constexpr int low = ASYNC_LOW_LATENCY;
+    void addLine() {
         commands["give"] = [this](Text text) { end->write(bytes(text)); };
         commands["arrived"] = [this](Text count) { sayBytes(take(std::stoul(count))); };
         commands["unsent"] = [this](Text) { say(take(200'000).size() < 100'000 ? "dropped" : "sent"); };
@@ -311,67 +237,34 @@ class RealSurroundings : QObject, public contract::Surroundings {
         commands["plug"] = [this](Text) { end.emplace(unit); };
         commands["hold"] = [this](Text) { program->open(unit, {}); };
         commands["free"] = [this](Text) { program->close(); };
-        commands["die"] = [this](Text) {
-            EXPECT_EXIT((port.open(), std::raise(SIGKILL)), testing::KilledBySignal(SIGKILL), "");
-        };
         commands["device"] = [this](Text path) {
             std::ofstream(desk.programDirectory() + "Setting.INI")
                 << "[DEVICE]\nCOM3=" << path << "\nCOM4=/nowhere/tty\n";
         };
         commands["usual"] = [this](Text number) { say(usualDevice(std::stoi(number)) + '.'); };
-        commands["sh"] = [this](Text command) { say(outputOf("cd " + folder + " && " + command)); };
-        commands["exclusive"] = [this](Text) { say(driver.exclusive ? "exclusive" : "shared"); };
-        // whether it takes the wish for low latency, and has it already
-        commands["driver"] = [](Text text) {
-            driver = {.present = true, .answer = std::stoi(text), .flags = text.ends_with("low") ? low : 0};
+        commands["everyByte"] = [this](Text) {
+            Bytes all(256);
+            std::iota(all.begin(), all.end(), std::uint8_t{0});
+            port.write(all);
+            const bool sent = take(all.size()) == all;
+            end->write(all);
+            waitFor([&] { return port.countReceived() == 256; });
+            say(std::ranges::equal(port.read(), all) && sent ? "same" : "other");
         };
-        commands["latency"] = [this](Text) { say(driver.flags == low ? "low" : std::to_string(driver.flags)); };
-        commands["error"] = [](Text number) { driver.error = std::stoi(number); };
-        commands["break"] = [](Text) { driver.syncFails = true; };
-        commands["room"] = [](Text most) { outputOf("prlimit --pid $PPID --fsize=" + most + ':'); };
         commands["idle"] = [this](Text) {
-            const std::clock_t used = std::clock();
-            desk.waitForBytes(desk.timeGetTime() + 50);
-            say(std::clock() - used < CLOCKS_PER_SEC / 100 ? "asleep" : "busy");
+            const double used = processorTime();
+            desk.waitForBytes(desk.timeGetTime() + 200);
+            say(processorTime() - used < 0.04 ? "asleep" : "busy");
         };
     }
 
     std::string hand = "mouse";
-    std::string unit;
-    std::optional<simulator::PseudoTerminal> end;
+    std::optional<simulator::PseudoTerminal> end{unit};
     std::jthread chatter;
     std::unique_ptr<LineDevice> program = makeLineDevice(); // another one
     TestForm other{"other"};
     bool painted = false;
 };
-
-TEST(Real, TheSecondInstanceIsTheOneWhileTheFirstLives) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    if (::getenv("OWN_FOLDER") == nullptr) { // the other process starts this test anew, in the same folder
-        ::setenv("OWN_FOLDER", makeTestFolder().c_str(), 1);
-    }
-    ::setenv("XDG_RUNTIME_DIR", ::getenv("OWN_FOLDER"), 1);
-    EXPECT_EXIT(::_exit(becomeOnlyInstance() ? 0 : 1), testing::ExitedWithCode(0), "");
-    const bool free = becomeOnlyInstance();
-    EXPECT_EXIT(::_exit(becomeOnlyInstance() ? 1 : 0), testing::ExitedWithCode(0), "");
-    EXPECT_TRUE(free);
-    std::filesystem::remove_all(::getenv("OWN_FOLDER"));
-}
-
-TEST(Real, TheSleepLockIsAChildsAndEndsWithItsInput) {
-    const std::string folder = makeTestFolder();
-    std::ofstream(folder + "/systemd-inhibit") << "cd " << folder << "\necho $1 >>held\n"
-                                               << "[ $1 = --what=idle ] || exit 1\nread -r line\nmv held over\n";
-    ::chmod((folder + "/systemd-inhibit").c_str(), 0700);
-    ::setenv("PATH", (folder + ':' + ::getenv("PATH")).c_str(), 1);
-    for (const bool on : {true, true, false}) { // once
-        realDesktop->keepAwake(on);
-        const std::string file = folder + (on ? "/held" : "/over");
-        EXPECT_TRUE(QTest::qWaitFor(
-            [&] { return outputOf("cat " + file) == "--what=sleep:idle:handle-lid-switch--what=idle"; }, 2000));
-    }
-    std::filesystem::remove_all(folder);
-}
 
 } // namespace
 
@@ -382,5 +275,6 @@ std::unique_ptr<Surroundings> makeSurroundings() {
 }
 
 INSTANTIATE_TEST_SUITE_P(Real, PlatformContract, testing::ValuesIn(sectionsOf("realDesktop.txt")), testName);
+INSTANTIATE_TEST_SUITE_P(System, PlatformContract, testing::ValuesIn(sectionsOf(systemStory)), testName);
 
 } // namespace contract

@@ -4,10 +4,10 @@
 
 #include "platform/qt/qtDesktop.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <optional>
+#include <random>
 
 // What the font library keeps for itself is no leak of ours.
 extern "C" const char* __lsan_default_suppressions() { // NOLINT: the sanitizer's name, once in each program
@@ -18,7 +18,7 @@ inline std::optional<platform::QtDesktop> realDesktop;
 
 class RealDesktop : public testing::Environment {
     void SetUp() override {
-        ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+        qputenv("QT_QPA_PLATFORM", "offscreen");
         realDesktop.emplace();
     }
     void TearDown() override { realDesktop.reset(); }
@@ -27,6 +27,8 @@ inline testing::Environment* const realDesktopUp = testing::AddGlobalTestEnviron
 
 // A folder of the test's own.
 inline std::filesystem::path makeTestFolder() {
-    std::string path = testing::TempDir() + "testXXXXXX";
-    return ::mkdtemp(path.data());
+    const auto folder =
+        std::filesystem::temp_directory_path() / ("tarnbeacon" + std::to_string(std::random_device()()));
+    std::filesystem::create_directory(folder);
+    return folder;
 }

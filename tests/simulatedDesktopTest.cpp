@@ -12,8 +12,7 @@ using contract::Text;
 
 class SimulatedSurroundings : World, public contract::Surroundings {
   public:
-    SimulatedSurroundings() : World{{.pace = unpaced}}, Surroundings(World::desktop) {
-        folder = "/contract/";
+    SimulatedSurroundings() : World{{.pace = unpaced}}, Surroundings(World::desktop, "/contract/") {
         World::files.put(folder + "there", "");
         World::desktop.reactionTime = fromMilliseconds(50);
         World::desktop.confirmOverwrite = [](const AskedFile&) { return false; };

@@ -41,9 +41,11 @@ inline QString textOf(const QAccessibleInterface& object) {
     } else if (label != nullptr && !label->window()->isModal()) {
         seen = looksOf(*label);
     }
-    const QString value = object.role() == QAccessible::ProgressBar ? ' ' + object.text(QAccessible::Value) : "";
-    const QString said = (object.text(QAccessible::Name) + value).trimmed() + (object.state().checked ? " on" : "") +
-                         (object.state().disabled ? " off" : "") + (more.isEmpty() ? "" : " (" + more + ')') +
-                         (seen.isEmpty() ? "" : " [" + seen + ']');
+    const QString name = object.text(QAccessible::Name); // on some systems with the value of a list
+    const QString value = object.text(QAccessible::Value);
+    const bool valued = object.role() == QAccessible::ProgressBar || object.role() == QAccessible::ComboBox;
+    const QString said = (valued && value != name ? name + ' ' + value : name).trimmed() +
+                         (object.state().checked ? " on" : "") + (object.state().disabled ? " off" : "") +
+                         (more.isEmpty() ? "" : " (" + more + ')') + (seen.isEmpty() ? "" : " [" + seen + ']');
     return said.isEmpty() ? QString() : QString(qAccessibleRoleString(object.role())) + ' ' + said;
 }

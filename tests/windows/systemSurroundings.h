@@ -1,24 +1,23 @@
-// What the tests of the real desktop take from Windows. A line goes from COM3 to COM13, its far end; while there is a
-// file "pull" in the folder of the test program, both are gone (scripts/windows).
+// What the real desktop stands on while it is tested: a line goes from COM3 to COM13, its far end, and while there is a
+// file "pull" in the folder of the test program both are gone (scripts/windows). The system's calls give answers that
+// wine does not give.
 #pragma once
 
-#include "base/bytes.h"
+#include "platform/system.h"
+#include "tests/platformContract.h"
 
-#include <algorithm>
 #include <atomic>
-#include <filesystem>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <optional>
-#include <string>
-#include <thread>
-#include <utility>
 #include <windows.h>
 
-inline bool syncFails = false;               // the next time
-inline std::int64_t roomOfFiles = INT64_MAX; // no file grows beyond that
-inline DWORD mostHandles = MAXDWORD;
-inline std::atomic<HANDLE> openPort = nullptr;
+inline struct {
+    DWORD openError = ERROR_SUCCESS; // of the next opening
+    DWORD error = ERROR_SUCCESS;     // of any later call
+    bool syncFails = false;          // the next time
+    std::int64_t room = INT64_MAX;   // no file grows beyond that
+    DWORD mostHandles = MAXDWORD;
+    std::atomic<HANDLE> open = nullptr;
+    DCB line{};
+} driver;
 
 inline DWORD countHandles() {
     DWORD count = 0;
@@ -32,27 +31,27 @@ Function* systemsOwn(const char* name) {
         reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32"), name)));
 }
 
-// These stand before the system's own, once in each program. Wine lets two programs open one port and accepts two equal
+// These replace the system's own, once in each program. Wine lets two programs open one port and accepts two equal
 // characters of a handshake; Windows does neither.
 
 inline HANDLE WINAPI createFile(const wchar_t* path, DWORD access, DWORD sharing, SECURITY_ATTRIBUTES* security,
                                 DWORD creation, DWORD flags, HANDLE sample) {
     const bool port = std::wstring_view(path).ends_with(L"COM3");
-    if ((port && openPort != nullptr) || countHandles() >= mostHandles) {
+    if ((port && driver.open != nullptr) || countHandles() >= driver.mostHandles) {
         ::SetLastError(port ? ERROR_ACCESS_DENIED : ERROR_TOO_MANY_OPEN_FILES);
         return INVALID_HANDLE_VALUE;
     }
     const HANDLE handle =
         systemsOwn<decltype(createFile)>("CreateFileW")(path, access, sharing, security, creation, flags, sample);
     if (port && handle != INVALID_HANDLE_VALUE) {
-        openPort = handle;
+        driver.open = handle;
     }
     return handle;
 }
 
 inline BOOL WINAPI closeHandle(HANDLE handle) {
-    if (handle == openPort) {
-        openPort = nullptr;
+    if (handle == driver.open) {
+        driver.open = nullptr;
     }
     return systemsOwn<decltype(closeHandle)>("CloseHandle")(handle);
 }
@@ -61,7 +60,7 @@ inline BOOL WINAPI writeFile(HANDLE handle, const void* bytes, DWORD size, DWORD
     LARGE_INTEGER length{};
     if (size > 0 && ::GetFileType(handle) == FILE_TYPE_DISK) {
         ::GetFileSizeEx(handle, &length);
-        const std::int64_t room = roomOfFiles - (place != nullptr ? std::int64_t{place->Offset} : length.QuadPart);
+        const std::int64_t room = driver.room - (place != nullptr ? std::int64_t{place->Offset} : length.QuadPart);
         size = static_cast<DWORD>(std::clamp<std::int64_t>(room, 0, size));
         if (size == 0) {
             ::SetLastError(ERROR_DISK_FULL);
@@ -73,15 +72,30 @@ inline BOOL WINAPI writeFile(HANDLE handle, const void* bytes, DWORD size, DWORD
 
 inline BOOL WINAPI flushFileBuffers(HANDLE handle) {
     ::SetLastError(ERROR_DISK_FULL);
-    return !std::exchange(syncFails, false) && systemsOwn<decltype(flushFileBuffers)>("FlushFileBuffers")(handle);
+    return !std::exchange(driver.syncFails, false) &&
+           systemsOwn<decltype(flushFileBuffers)>("FlushFileBuffers")(handle);
 }
 
-inline DCB lineSet;
+inline BOOL WINAPI getCommState(HANDLE handle, DCB* line) {
+    ::SetLastError(driver.openError);
+    return driver.openError == ERROR_SUCCESS && systemsOwn<decltype(getCommState)>("GetCommState")(handle, line);
+}
 
 inline BOOL WINAPI setCommState(HANDLE handle, DCB* line) {
-    lineSet = *line;
+    driver.line = *line;
     ::SetLastError(ERROR_INVALID_PARAMETER);
     return line->XonChar != line->XoffChar && systemsOwn<decltype(setCommState)>("SetCommState")(handle, line);
+}
+
+inline BOOL WINAPI clearCommError(HANDLE handle, DWORD* errors, COMSTAT* status) {
+    ::SetLastError(driver.error);
+    return driver.error == ERROR_SUCCESS &&
+           systemsOwn<decltype(clearCommError)>("ClearCommError")(handle, errors, status);
+}
+
+inline BOOL WINAPI purgeComm(HANDLE handle, DWORD what) {
+    ::SetLastError(driver.error);
+    return driver.error == ERROR_SUCCESS && systemsOwn<decltype(purgeComm)>("PurgeComm")(handle, what);
 }
 
 extern "C" { // NOLINTBEGIN
@@ -89,48 +103,23 @@ decltype(&createFile) __imp_CreateFileW = createFile;
 decltype(&closeHandle) __imp_CloseHandle = closeHandle;
 decltype(&writeFile) __imp_WriteFile = writeFile;
 decltype(&flushFileBuffers) __imp_FlushFileBuffers = flushFileBuffers;
+decltype(&getCommState) __imp_GetCommState = getCommState;
 decltype(&setCommState) __imp_SetCommState = setCommState;
+decltype(&clearCommError) __imp_ClearCommError = clearCommError;
+decltype(&purgeComm) __imp_PurgeComm = purgeComm;
 } // NOLINTEND
-
-inline std::filesystem::path makeTestFolder() {
-    const std::filesystem::path folder = std::filesystem::temp_directory_path() / "tarnbeaconTest";
-    std::filesystem::remove_all(folder);
-    std::filesystem::create_directory(folder);
-    return folder;
-}
-
-inline std::filesystem::path linePath(const std::filesystem::path&) {
-    return "COM3";
-}
-
-inline bool isHeld(const std::string&) {
-    return openPort != nullptr;
-}
-
-// The emulator does not pass on what a process has printed that died.
-inline const char* printed(const char*) {
-    return "";
-}
-
-inline void limitFileSize(std::int64_t bytes) {
-    roomOfFiles = bytes;
-}
-
-inline void limitOpenFiles(DWORD more) {
-    mostHandles = countHandles() + more;
-}
 
 namespace simulator {
 
 // The far end, under the name that it has on a POSIX system.
 class PseudoTerminal {
   public:
-    explicit PseudoTerminal(const std::filesystem::path&) {
+    explicit PseudoTerminal(const std::string& /*device*/) {
         std::filesystem::remove("pull");
         waitFor(true);
         end_ = open(farEnd);
         COMMTIMEOUTS patience{};
-        patience.ReadTotalTimeoutConstant = 300;
+        patience.ReadTotalTimeoutConstant = 10;
         ::SetCommTimeouts(end_, &patience);
         ::PurgeComm(end_, PURGE_RXCLEAR);
     }
@@ -141,8 +130,6 @@ class PseudoTerminal {
         std::ofstream("pull").close();
         waitFor(false);
     }
-
-    std::string device() const { return "COM3"; }
 
     std::size_t read(std::span<std::uint8_t> bytes) {
         DWORD count = 0;
@@ -181,8 +168,41 @@ class PseudoTerminal {
 
 } // namespace simulator
 
-inline Bytes take(simulator::PseudoTerminal& end, std::size_t count) {
-    Bytes bytes(count);
-    bytes.resize(end.read(bytes));
-    return bytes;
-}
+inline constexpr const char* systemStory = "realWindows.txt";
+
+class SystemSurroundings : public contract::Surroundings {
+  protected:
+    SystemSurroundings(platform::Desktop& desktop, const std::string& place) : Surroundings(desktop, place) {
+        driver.mostHandles = countHandles() + 200;
+        commands["room"] = [](const std::string& most) { driver.room = std::stoll(most); };
+        commands["break"] = [](const std::string&) { driver.syncFails = true; };
+        commands["error"] = [](const std::string& number) { driver.error = std::stoul(number); };
+        commands["openError"] = [](const std::string& number) { driver.openError = std::stoul(number); };
+        commands["text"] = [this](const std::string&) { say(failed); };
+        commands["line"] = [this](const std::string&) {
+            const DCB& set = driver.line;
+            for (const DWORD number : {set.BaudRate, DWORD{set.ByteSize}, DWORD{set.Parity}, DWORD{set.StopBits}}) {
+                say(number);
+            }
+            say(set.fBinary && !set.fAbortOnError && !set.fOutX && !set.fInX && !set.fOutxCtsFlow && !set.fOutxDsrFlow
+                    ? "raw"
+                    : "cooked");
+        };
+    }
+    ~SystemSurroundings() override {
+        port.close();
+        driver.error = driver.openError = ERROR_SUCCESS;
+        driver.room = INT64_MAX;
+        driver.mostHandles = MAXDWORD;
+    }
+
+    static double processorTime() { // seconds
+        FILETIME created, ended, kernel, user;
+        ::GetProcessTimes(::GetCurrentProcess(), &created, &ended, &kernel, &user);
+        return (kernel.dwLowDateTime + user.dwLowDateTime) / 1e7;
+    }
+
+    static constexpr const char* printed(const char*) { return ""; } // wine does not pass it on of a process that died
+
+    const std::string unit = "COM3"; // the device
+};

@@ -1,0 +1,108 @@
+// What the real desktop stands on while it is tested: COM3 is a pseudo terminal, and the system's calls give answers that
+// a pseudo terminal and a disk do not have.
+#pragma once
+
+#include "platform/system.h"
+#include "simulator/program/pseudoTerminal.h"
+#include "tests/platformContract.h"
+
+#include <asm/ioctls.h>
+#include <csignal>
+#include <cstdarg>
+#include <ctime>
+#include <linux/serial.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+inline struct {
+    bool present = false; // a driver below the terminal
+    int answer = 0;
+    int flags = 0;
+    int error = 0; // of any transfer
+    bool exclusive = false;
+    bool syncFails = false; // the next time
+} driver;
+
+template <class... Arguments>
+long transfer(long number, Arguments... arguments) {
+    errno = driver.error;
+    return driver.error != 0 ? -1 : ::syscall(number, arguments...);
+}
+
+// These replace the system's own, once in each program.
+// NOLINTBEGIN(misc-definitions-in-headers)
+
+extern "C" int fsync(int fd) {
+    errno = EIO;
+    return std::exchange(driver.syncFails, false) ? -1 : static_cast<int>(::syscall(SYS_fsync, fd));
+}
+
+extern "C" ssize_t read(int fd, void* buf, std::size_t nbytes) {
+    return transfer(SYS_read, fd, buf, nbytes);
+}
+
+extern "C" ssize_t write(int fd, const void* buf, std::size_t n) {
+    return transfer(SYS_write, fd, buf, n);
+}
+
+extern "C" int tcflush(int fd, int queue) noexcept {
+    return static_cast<int>(transfer(SYS_ioctl, fd, TCFLSH, queue));
+}
+
+extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
+    va_list arguments;
+    va_start(arguments, request);
+    void* argument = va_arg(arguments, void*);
+    va_end(arguments);
+    driver.exclusive = driver.exclusive || request == TIOCEXCL;
+    if (!driver.present || (request != TIOCGSERIAL && request != TIOCSSERIAL)) {
+        return static_cast<int>(::syscall(SYS_ioctl, file, request, argument));
+    }
+    auto* serial = static_cast<serial_struct*>(argument);
+    (request == TIOCGSERIAL ? serial->flags : driver.flags) = request == TIOCGSERIAL ? driver.flags : serial->flags;
+    return request == TIOCGSERIAL ? 0 : driver.answer;
+}
+
+// NOLINTEND(misc-definitions-in-headers)
+
+// What a command of the shell prints, without line ends.
+inline std::string outputOf(const std::string& command) {
+    std::FILE* const pipe = ::popen((command + " 2>/dev/null | tr -d '\\n'").c_str(), "r");
+    char text[2000];
+    const std::size_t size = std::fread(text, 1, sizeof text, pipe);
+    ::pclose(pipe);
+    return {text, size};
+}
+
+inline constexpr const char* systemStory = "realPosix.txt";
+
+class SystemSurroundings : public contract::Surroundings {
+  protected:
+    SystemSurroundings(platform::Desktop& desktop, const std::string& place) : Surroundings(desktop, place) {
+        constexpr int low = ASYNC_LOW_LATENCY;
+        std::signal(SIGXFSZ, SIG_IGN); // a write that is too long fails
+        outputOf("prlimit --nofile=200 --pid $PPID");
+        commands["room"] = [](const std::string& most) { outputOf("prlimit --pid $PPID --fsize=" + most + ':'); };
+        commands["break"] = [](const std::string&) { driver.syncFails = true; };
+        commands["error"] = [](const std::string& number) { driver.error = std::stoi(number); };
+        commands["die"] = [this](const std::string&) {
+            EXPECT_EXIT((port.open(), std::raise(SIGKILL)), testing::KilledBySignal(SIGKILL), "");
+        };
+        commands["sh"] = [this](const std::string& command) { say(outputOf("cd " + folder + " && " + command)); };
+        commands["exclusive"] = [this](const std::string&) { say(driver.exclusive ? "exclusive" : "shared"); };
+        // whether it takes the wish for low latency, and has it already
+        commands["driver"] = [](const std::string& text) {
+            driver = {.present = true, .answer = std::stoi(text), .flags = text.ends_with("low") ? low : 0};
+        };
+        commands["latency"] = [this](const std::string&) {
+            say(driver.flags == low ? "low" : std::to_string(driver.flags));
+        };
+    }
+    ~SystemSurroundings() override { driver = {}; }
+
+    static double processorTime() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; } // seconds
+
+    static constexpr const char* printed(const char* text) { return text; } // by a process that died
+
+    const std::string unit = folder + "unit"; // the device
+};
