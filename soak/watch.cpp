@@ -5,10 +5,11 @@
 #include "ui/forms.h"
 #include "ui/messages.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <regex>
 
 namespace soak {
 
@@ -40,15 +41,15 @@ constexpr std::array<std::pair<std::string_view, char>, 13> words{{
 // What an operation sends, blocks and ACKs in a row as one; "/" is with verification. If its port fails, messages may be
 // missing.
 #define READ "r{1,3}(na?(na?)?z{0,10})?x"
-const std::map<std::string, std::regex> patterns{
-    {"", std::regex("i?(s(v(ti?)?)?)?")},
-    {"cmdTest", std::regex("i{0,2}(s(v(ti?)?)?)?")},
-    {"cmdLoading", std::regex("")},
-    {"cmdUpgrade", std::regex("(v(p{1,3}(w{1,3}(be*)?)?xc)?)?")},
-    {"cmdUpgrade/", std::regex("(v(p{1,3}(w{1,3}(be*)?)?x(" READ "xc)?)?)?")},
-    {"cmdPresent", std::regex("(" READ "c)?")},
-    {"cmdPresent/", std::regex("(" READ ")?")},
-    {"port", std::regex("i{0,2}s?v?t?i?|v?p{0,3}w{0,3}b?e*x?r{0,3}n?a?n?a?z{0,10}a?x{0,2}c?")},
+const std::map<std::string, const char*> patterns{
+    {"", "i?(s(v(ti?)?)?)?"},
+    {"cmdTest", "i{0,2}(s(v(ti?)?)?)?"},
+    {"cmdLoading", ""},
+    {"cmdUpgrade", "(v(p{1,3}(w{1,3}(be*)?)?xc)?)?"},
+    {"cmdUpgrade/", "(v(p{1,3}(w{1,3}(be*)?)?x(" READ "xc)?)?)?"},
+    {"cmdPresent", "(" READ "c)?"},
+    {"cmdPresent/", "(" READ ")?"},
+    {"port", "i{0,2}s?v?t?i?|v?p{0,3}w{0,3}b?e*x?r{0,3}n?a?n?a?z{0,10}a?x{0,2}c?"},
 };
 
 char wordOf(const Bytes& message) {
@@ -263,7 +264,8 @@ void Watch::endOperation() {
     lookAtLine();
     const bool bad = portBad();
     const std::string pattern = bad ? "port" : operation_ + (verifying_ && operation_ != "cmdLoading" ? "/" : "");
-    if (!std::regex_match(said_, patterns.at(pattern))) {
+    const QString whole = QRegularExpression::anchoredPattern(patterns.at(pattern));
+    if (!QRegularExpression(whole).match(said_.c_str()).hasMatch()) {
         violation("the tool sends \"" + said_ + "\"");
     }
     const Box* box = boxes() == 0 ? nullptr : &world_.desktop.boxes().back();

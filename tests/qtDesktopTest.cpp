@@ -211,8 +211,7 @@ class RealSurroundings : QObject, public SystemSurroundings {
                 commands.at("above")("");
                 const QStringList told{shown->windowTitle(), shown->nameFilters().join(' '), shown->directory().path(),
                                        shown->findChild<QLineEdit*>()->text()};
-                say(std::regex_replace(told.join(' ').toStdString(), std::regex(folder.substr(0, folder.size() - 1)),
-                                       "folder"));
+                say(told.join(' ').replace(QString::fromStdString(folder).chopped(1), "folder").toStdString());
                 shown->reject();
             });
             dialog.initialDirectory = folder + "first";
