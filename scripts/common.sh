@@ -9,7 +9,7 @@ buildPackages=(cmake ninja-build g++ qt6-base-dev libgtest-dev)
 fontPackages=(fontconfig fonts-liberation2 fonts-ipafont-gothic)
 packagingPackages=(dpkg-dev file cmark-gfm)
 packageCheckPackages=(git lintian desktop-file-utils appstream man-db)
-fuzzPackages=(clang libclang-rt-dev)
+sanitizerPackages=(clang libclang-rt-dev)
 # A virtual screen, and the tools of the scripted operator.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick)
 

@@ -1,13 +1,12 @@
 // Some sessions of the soak. They depend on the seed alone, and the soak detects a unit that lies.
 #include "soak/session.h"
-#include "tests/thinned.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 TEST(Soak, ViolatesNothing) {
-    const std::uint64_t sessions = thinned ? 40 : 300;
+    const std::uint64_t sessions = THINNED ? 40 : 300;
     for (std::uint64_t seed = 1; seed <= sessions; ++seed) {
         const soak::Result result = soak::runSession(seed, false);
         ASSERT_TRUE(result.violations.empty()) << result.violations.front() << ": tarnbeacon-soak --trace " << seed;

@@ -3,7 +3,6 @@
 // comes back, and without the fault the next write succeeds. A usual run takes a share of the places; the disabled tests
 // take them all (scripts/sweep).
 #include "tests/session.h"
-#include "tests/thinned.h"
 
 #include <set>
 
@@ -94,7 +93,7 @@ class EachPlace : public testing::TestWithParam<int> {
 };
 
 TEST_P(EachPlace, EndsAsItsRowSays) {
-    tryPlaces(rowCount * (thinned ? 16 : 2));
+    tryPlaces(rowCount * (THINNED ? 16 : 2));
 }
 
 TEST_P(EachPlace, DISABLED_Full) {
@@ -137,7 +136,7 @@ TEST_P(EachOperation, LeavesTheOperatorAWayOn) {
     session.press("cmdUpgrade");
     const std::int64_t count = gate(session.world).passed();
     const std::int64_t edge = 150; // start, checks and some blocks; some blocks and the end
-    for (std::int64_t number = 1; number <= count && !HasFailure(); number += thinned ? 7 : 1) {
+    for (std::int64_t number = 1; number <= count && !HasFailure(); number += THINNED ? 7 : 1) {
         if (number <= edge || number > count - edge) {
             runWithFailure(number);
         }
