@@ -269,7 +269,7 @@ void Watch::endOperation() {
         violation("the tool sends \"" + said_ + "\"");
     }
     const Box* box = boxes() == 0 ? nullptr : &world_.desktop.boxes().back();
-    if (operation_ == "cmdPresent" && !verifying_ && !cancelled_ && boxes() == 1 && isSuccess(*box)) {
+    if (operation_ == "cmdPresent" && !verifying_ && !cancelled_ && box != nullptr && boxes() == 1 && isSuccess(*box)) {
         checkSaved();
     }
     const bool toldOf = operation_ == "cmdUpgrade" ? said_.size() > 1 : said_.starts_with('r') && !verifying_;

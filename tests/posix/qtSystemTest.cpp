@@ -14,15 +14,15 @@ namespace {
 
 TEST(System, TheSecondInstanceIsTheOneWhileTheFirstLives) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    if (::getenv("OWN_FOLDER") == nullptr) { // the other process starts this test anew, in the same folder
-        ::setenv("OWN_FOLDER", makeTestFolder().c_str(), 1);
-    }
-    ::setenv("XDG_RUNTIME_DIR", ::getenv("OWN_FOLDER"), 1);
+    const char* own = ::getenv("OWN_FOLDER"); // the other process runs this test anew, in the same folder
+    const std::string folder = own != nullptr ? own : makeTestFolder().string();
+    ::setenv("OWN_FOLDER", folder.c_str(), 1);
+    ::setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
     EXPECT_EXIT(::_exit(becomeOnlyInstance() ? 0 : 1), testing::ExitedWithCode(0), "");
     const bool free = becomeOnlyInstance();
     EXPECT_EXIT(::_exit(becomeOnlyInstance() ? 1 : 0), testing::ExitedWithCode(0), "");
     EXPECT_TRUE(free);
-    std::filesystem::remove_all(::getenv("OWN_FOLDER"));
+    std::filesystem::remove_all(folder);
 }
 
 TEST(System, TheSleepLockIsAChildsAndEndsWithItsInput) {
