@@ -95,10 +95,10 @@ class DiskFile : public BinaryFile {
         const int descriptor = descriptor_;
         descriptor_ = -1;
         // Some file systems report a full disk only here. Pipes and terminals cannot be synchronized: EINVAL.
-        const bool late = writes_ && ::fsync(descriptor) < 0 && errno != EINVAL;
-        const int lateError = errno;
-        if (::close(descriptor) < 0 || late) {
-            raise(path_, late ? lateError : errno);
+        const bool syncFailed = writes_ && ::fsync(descriptor) < 0 && errno != EINVAL;
+        const int syncError = errno;
+        if (::close(descriptor) < 0 || syncFailed) {
+            raise(path_, syncFailed ? syncError : errno);
         }
     }
 

@@ -1,4 +1,4 @@
-// The instance lock, the lock against sleep, and the end of the process.
+// The instance lock, the sleep lock, and the end of the process.
 #include "base/version.h"
 #include "platform/system.h"
 
@@ -32,7 +32,7 @@ constexpr const char* inhibitCommand =
 
 class SleepLock {
   public:
-    void hold() {
+    void acquire() {
         if (input_ >= 0) {
             return;
         }
@@ -46,7 +46,7 @@ class SleepLock {
         ::close(ends[0]);
     }
 
-    void drop() {
+    void release() {
         if (input_ >= 0) {
             ::close(input_);
             input_ = -1;
@@ -63,8 +63,8 @@ class SleepLock {
         ::posix_spawn_file_actions_addopen(&files, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         ::posix_spawnattr_init(&attributes);
         ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID); // a new session, without a terminal
-        std::string words[] = {"sh", "-c", inhibitCommand};
-        char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
+        std::string texts[] = {"sh", "-c", inhibitCommand};
+        char* arguments[] = {texts[0].data(), texts[1].data(), texts[2].data(), nullptr};
         if (::posix_spawn(&child_, "/bin/sh", &files, &attributes, arguments, environ) != 0) {
             child_ = -1;
         }
@@ -97,7 +97,7 @@ bool becomeOnlyInstance() {
 }
 
 void keepAwake(bool on) {
-    on ? sleepLock.hold() : sleepLock.drop();
+    on ? sleepLock.acquire() : sleepLock.release();
 }
 
 void keepErrorsInEnglish() {

@@ -1,4 +1,4 @@
-// A serial line, as a terminal of the system.
+// A serial line as a POSIX terminal.
 #include "base/failure.h"
 #include "platform/clock.h"
 #include "platform/system.h"
@@ -89,8 +89,8 @@ bool isPseudoTerminal(int descriptor) {
     return major(status.st_rdev) >= first && major(status.st_rdev) <= last;
 }
 
-// The exclusive mode does not stop an administrator, and not every program sets it; so there is a lock as well.
-void holdAlone(int descriptor) {
+// The exclusive mode does not stop an administrator, and not every program sets it, so the device is also locked.
+void lockDevice(int descriptor) {
     if (::flock(descriptor, LOCK_EX | LOCK_NB) < 0) {
         raiseHeld();
     }
@@ -139,18 +139,18 @@ void setLine(int descriptor, const LineSettings& settings) {
     line.c_cflag |= CLOCAL | CREAD | flagsOf(sizes, settings.dataBits) | flagsOf(parities, settings.parity) |
                     (settings.stopBits == 2 ? CSTOPB : 0);
     line.c_iflag &= ~static_cast<tcflag_t>(IXOFF | IXANY | INPCK);
-    line.c_cc[VMIN] = 1; // without bytes a read gives EAGAIN, and 0 only after a hang-up
+    line.c_cc[VMIN] = 1; // so a read without bytes gives EAGAIN, and 0 means a hang-up
     line.c_cc[VTIME] = 0;
     ::cfsetspeed(&line, flagsOf(speeds, settings.speed));
-    termios taken{};
-    if (::tcsetattr(descriptor, TCSANOW, &line) < 0 || ::tcgetattr(descriptor, &taken) < 0 ||
-        taken.c_cflag != line.c_cflag || ::cfgetospeed(&taken) != ::cfgetospeed(&line)) {
+    termios actual{};
+    if (::tcsetattr(descriptor, TCSANOW, &line) < 0 || ::tcgetattr(descriptor, &actual) < 0 ||
+        actual.c_cflag != line.c_cflag || ::cfgetospeed(&actual) != ::cfgetospeed(&line)) {
         throw Failure(failureNumber::portRefused, "it refuses the settings of the line");
     }
 }
 
 // An adapter may hold received bytes for up to 16 ms, at each block of a transfer. In the low-latency mode its driver
-// passes them on at once; a driver without that mode refuses, which is no failure. True when the mode has changed.
+// passes them on at once. A driver without that mode refuses; this is not a failure. True when the mode has changed.
 bool changeLowLatency(int descriptor, bool on) {
     serial_struct driver{};
     if (::ioctl(descriptor, TIOCGSERIAL, &driver) < 0 || ((driver.flags & ASYNC_LOW_LATENCY) != 0) == on) {
@@ -168,7 +168,7 @@ class TerminalDevice final : public LineDevice {
         checkDevice(device);
         descriptor_ = openDescriptor(device);
         try {
-            holdAlone(descriptor_);
+            lockDevice(descriptor_);
             setLine(descriptor_, settings);
         } catch (...) {
             close();
@@ -193,7 +193,7 @@ class TerminalDevice final : public LineDevice {
     std::size_t read(std::span<std::uint8_t> bytes) override {
         const ssize_t count = ::read(descriptor_, bytes.data(), bytes.size());
         if (count == 0) {
-            raiseLost(EIO); // a terminal that has hung up reads as at the end of a file
+            raiseLost(EIO); // a hang-up
         }
         return moved(count);
     }

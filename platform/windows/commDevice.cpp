@@ -1,5 +1,5 @@
-// A serial line as a communications device of the system, opened for overlapped calls: the system serialises others,
-// so that a write would wait for a read.
+// A serial line as a Windows communications device. Its calls are overlapped: the system serialises other calls, so a
+// write would wait for a pending read.
 #include "base/bytes.h"
 #include "base/failure.h"
 #include "platform/clock.h"
@@ -25,14 +25,14 @@ namespace {
     throw Failure(number, number == failureNumber::portHeld ? "in use by another program" : causeText(systemError));
 }
 
-// Whole milliseconds, so that the clock has reached `until` when they are over.
-DWORD timeUntil(Micros until) {
+// Rounded up.
+DWORD millisecondsUntil(Micros until) {
     constexpr Micros longest = 24 * 3600 * Micros{1000};
     return static_cast<DWORD>(std::clamp<Micros>((until - clockMicros() + 999) / 1000, 0, longest));
 }
 
 DCB lineOf(const LineSettings& settings) {
-    constexpr std::string_view parities = "noems"; // in the order of the system's numbers
+    constexpr std::string_view parities = "noems"; // index: the system's number
     DCB line{};
     line.DCBlength = sizeof line;
     line.BaudRate = static_cast<DWORD>(settings.speed);
@@ -42,12 +42,12 @@ DCB lineOf(const LineSettings& settings) {
     line.fBinary = TRUE;
     line.fDtrControl = DTR_CONTROL_ENABLE;
     line.fRtsControl = RTS_CONTROL_ENABLE;
-    line.XonChar = 0x11; // not used, but the system refuses two that are equal
+    line.XonChar = 0x11; // not used, but the system refuses equal characters
     line.XoffChar = 0x13;
     return line;
 }
 
-// An overlapped call, which may go on behind the program's back.
+// An overlapped read or write.
 class Call {
   public:
     Call() { state_.hEvent = ::CreateEventW(nullptr, TRUE, FALSE, nullptr); }
@@ -58,8 +58,8 @@ class Call {
     HANDLE event() const { return state_.hEvent; }
     bool pending() const { return pending_; }
 
-    // Takes what ReadFile or WriteFile has said.
-    void begun(BOOL done) {
+    // Takes the result of ReadFile or WriteFile.
+    void started(BOOL done) {
         const DWORD error = done ? ERROR_SUCCESS : ::GetLastError();
         if (error != ERROR_SUCCESS && error != ERROR_IO_PENDING) {
             raiseLost(error);
@@ -68,8 +68,8 @@ class Call {
     }
     OVERLAPPED* state() { return &state_; }
 
-    // Waits for the end of the call and gives the number of bytes moved.
-    DWORD end(HANDLE device) {
+    // Waits until the call is complete and gives the number of bytes transferred.
+    DWORD complete(HANDLE device) {
         DWORD count = 0;
         pending_ = false;
         if (!::GetOverlappedResult(device, &state_, &count, TRUE)) {
@@ -78,11 +78,11 @@ class Call {
         return count;
     }
 
-    // Breaks the call off and gives the number of bytes moved by then.
-    DWORD breakOff(HANDLE device) {
+    // Cancels the call and gives the number of bytes transferred before.
+    DWORD cancel(HANDLE device) {
         DWORD count = 0;
         pending_ = false;
-        ::CancelIoEx(device, &state_); // fails where the call has ended by now
+        ::CancelIoEx(device, &state_); // fails if the call is already complete
         if (!::GetOverlappedResult(device, &state_, &count, TRUE) && ::GetLastError() != ERROR_OPERATION_ABORTED) {
             raiseLost(::GetLastError());
         }
@@ -117,10 +117,10 @@ class CommDevice : public LineDevice {
         if (handle_ == INVALID_HANDLE_VALUE) {
             return;
         }
-        ::PurgeComm(handle_, PURGE_TXABORT | PURGE_TXCLEAR); // an adapter that stands still must not hold the close up
+        ::PurgeComm(handle_, PURGE_TXABORT | PURGE_TXCLEAR); // a stalled adapter must not delay the close
         try {
-            dropUnsent();
-        } catch (const Failure&) { // of a device that is gone
+            cancelWrite();
+        } catch (const Failure&) { // the device is gone
         }
         ::CloseHandle(handle_);
         handle_ = INVALID_HANDLE_VALUE;
@@ -133,22 +133,22 @@ class CommDevice : public LineDevice {
             bytes[count++] = byte_;
             received_ = false;
         }
-        const DWORD more = std::min<DWORD>(waiting(), static_cast<DWORD>(bytes.size() - count));
+        const DWORD more = std::min<DWORD>(inputQueueLength(), static_cast<DWORD>(bytes.size() - count));
         if (more > 0) {
-            reading_.begun(::ReadFile(handle_, bytes.data() + count, more, nullptr, reading_.state()));
-            count += reading_.end(handle_);
+            reading_.started(::ReadFile(handle_, bytes.data() + count, more, nullptr, reading_.state()));
+            count += reading_.complete(handle_);
         }
         return count;
     }
 
-    // The system takes one write at a time and holds on to its bytes until they have left.
+    // One write is pending at a time. The system reads its bytes from unsent_ until it is complete.
     std::size_t write(std::span<const std::uint8_t> bytes) override {
-        if (writing_.pending() && !sent()) {
+        if (writing_.pending() && !writeComplete()) {
             return 0;
         }
         if (!bytes.empty()) {
             unsent_.assign(bytes.begin(), bytes.end());
-            writing_.begun(
+            writing_.started(
                 ::WriteFile(handle_, unsent_.data(), static_cast<DWORD>(unsent_.size()), nullptr, writing_.state()));
         }
         return bytes.size();
@@ -160,25 +160,26 @@ class CommDevice : public LineDevice {
     }
 
     void clearUnsent() override {
-        dropUnsent();
+        cancelWrite();
         check(::PurgeComm(handle_, PURGE_TXCLEAR));
     }
 
-    // The end of a read of one byte is what wakes it up: not every driver tells of received bytes by an event.
+    // Waits for an overlapped read of one byte, because not every driver reports received bytes by an event.
     void wait(Micros until, bool forRoom) override {
         if (received_ || (forRoom && !writing_.pending())) {
             return;
         }
-        reading_.begun(::ReadFile(handle_, &byte_, 1, nullptr, reading_.state()));
+        reading_.started(::ReadFile(handle_, &byte_, 1, nullptr, reading_.state()));
         const std::array events{reading_.event(), writing_.event()};
-        const DWORD ended = ::WaitForMultipleObjects(forRoom ? 2 : 1, events.data(), FALSE, timeUntil(until));
-        if (ended == WAIT_OBJECT_0) {
-            received_ = reading_.end(handle_) > 0;
-            if (!received_) { // a far end that is closed reads as no bytes
+        const DWORD signalled =
+            ::WaitForMultipleObjects(forRoom ? 2 : 1, events.data(), FALSE, millisecondsUntil(until));
+        if (signalled == WAIT_OBJECT_0) {
+            received_ = reading_.complete(handle_) > 0;
+            if (!received_) { // the far end is closed
                 raiseLost(ERROR_BROKEN_PIPE);
             }
         } else {
-            received_ = reading_.breakOff(handle_) > 0;
+            received_ = reading_.cancel(handle_) > 0;
         }
     }
 
@@ -189,7 +190,7 @@ class CommDevice : public LineDevice {
         const bool device = ::GetFileType(handle_) == FILE_TYPE_CHAR;
         if (!device || !::GetCommState(handle_, &line)) {
             const DWORD error = ::GetLastError();
-            if (device && isGone(error)) { // a port without hardware behind it may open
+            if (device && isGone(error)) { // a port without hardware can be opened
                 throw Failure(failureNumber::portMissing, "no working device behind it (" + causeText(error) + ")");
             }
             throw Failure(failureNumber::portRefused, "not a serial port");
@@ -202,47 +203,47 @@ class CommDevice : public LineDevice {
     }
 
     void setLine(DCB line) const {
-        if (!::SetCommState(handle_, &line)) { // as where there is no DTR and RTS
+        if (!::SetCommState(handle_, &line)) { // perhaps there is no DTR and RTS
             line.fDtrControl = DTR_CONTROL_DISABLE;
             line.fRtsControl = RTS_CONTROL_DISABLE;
             if (!::SetCommState(handle_, &line)) {
                 throw Failure(failureNumber::portRefused, "it refuses the settings of the line");
             }
         }
-        DCB taken{};
-        taken.DCBlength = sizeof taken;
-        if (!::GetCommState(handle_, &taken) || taken.BaudRate != line.BaudRate || taken.ByteSize != line.ByteSize ||
-            taken.Parity != line.Parity || taken.StopBits != line.StopBits) {
+        DCB actual{};
+        actual.DCBlength = sizeof actual;
+        if (!::GetCommState(handle_, &actual) || actual.BaudRate != line.BaudRate || actual.ByteSize != line.ByteSize ||
+            actual.Parity != line.Parity || actual.StopBits != line.StopBits) {
             throw Failure(failureNumber::portRefused, "it refuses the settings of the line");
         }
     }
 
-    // Bytes that the system holds for the program. Asking also lifts a pause that an error on the line brings.
-    DWORD waiting() const {
+    // In bytes. The call also clears a line error, which would stop reads and writes.
+    DWORD inputQueueLength() const {
         COMSTAT status{};
         DWORD errors = 0;
         check(::ClearCommError(handle_, &errors, &status));
         return status.cbInQue;
     }
 
-    // Whether the bytes of the write that runs have left.
-    bool sent() {
+    // Of the pending write.
+    bool writeComplete() {
         if (::WaitForSingleObject(writing_.event(), 0) != WAIT_OBJECT_0) {
             return false;
         }
-        if (writing_.end(handle_) != unsent_.size()) {
+        if (writing_.complete(handle_) != unsent_.size()) {
             raiseLost(ERROR_WRITE_FAULT);
         }
         return true;
     }
 
-    void dropUnsent() {
+    void cancelWrite() {
         if (writing_.pending()) {
-            writing_.breakOff(handle_);
+            writing_.cancel(handle_);
         }
     }
 
-    // Of a call just made.
+    // Takes the result of a system call.
     static void check(bool good) {
         if (!good) {
             raiseLost(::GetLastError());
@@ -252,9 +253,9 @@ class CommDevice : public LineDevice {
     HANDLE handle_ = INVALID_HANDLE_VALUE;
     Call reading_;
     Call writing_;
-    Bytes unsent_; // of the write that runs
+    Bytes unsent_; // the bytes of the pending write
     std::uint8_t byte_ = 0;
-    bool received_ = false; // byte_ has come in
+    bool received_ = false; // byte_ is a received byte that has not been read
 };
 
 } // namespace

@@ -1,12 +1,12 @@
-// What the system's errors mean for a serial line.
+// Classifies system errors of a serial line.
 #pragma once
 
 namespace platform {
 
-// The failureNumber of an open that has failed with that error.
+// The failureNumber for an open that fails with this error.
 int openFailureNumber(unsigned long systemError);
 
-// True when the error says that the device is not there any more.
+// True when the error means that the device has been removed.
 bool isGone(unsigned long systemError);
 
 } // namespace platform

@@ -1,4 +1,4 @@
-// The disk, by the calls of the system.
+// The disk, by calls of the Windows API.
 #include "base/failure.h"
 #include "platform/system.h"
 #include "platform/windows/systemText.h"
@@ -28,7 +28,7 @@ int numberOf(DWORD systemError) {
     throw Failure(numberOf(systemError), path + ": " + causeText(systemError));
 }
 
-// The path in the form that knows no limit of 260 characters.
+// The path in the form that may exceed 260 characters.
 std::wstring systemPath(const std::string& path) {
     const std::wstring wide = toWide(path);
     std::wstring full(::GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr), L'\0');
@@ -41,7 +41,7 @@ std::wstring systemPath(const std::string& path) {
 
 class DiskFile : public BinaryFile {
   public:
-    // A folder is refused.
+    // Fails for a folder.
     DiskFile(std::string path, DWORD access, DWORD creation)
         : path_(std::move(path)), writes_((access & GENERIC_WRITE) != 0) {
         constexpr DWORD all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
@@ -93,10 +93,10 @@ class DiskFile : public BinaryFile {
 
     void close() override {
         const HANDLE handle = std::exchange(handle_, nullptr);
-        const bool late = writes_ && !::FlushFileBuffers(handle);
-        const DWORD lateError = ::GetLastError();
-        if (!::CloseHandle(handle) || late) {
-            raise(path_, late ? lateError : ::GetLastError());
+        const bool flushFailed = writes_ && !::FlushFileBuffers(handle);
+        const DWORD flushError = ::GetLastError();
+        if (!::CloseHandle(handle) || flushFailed) {
+            raise(path_, flushFailed ? flushError : ::GetLastError());
         }
     }
 
@@ -113,7 +113,7 @@ class DiskFile : public BinaryFile {
         return static_cast<DWORD>(std::min<std::size_t>(bytes.size(), 1 << 20));
     }
 
-    // Of a call just made.
+    // Takes the result of a system call.
     void check(bool good) const {
         if (!good) {
             raise(path_, ::GetLastError());
@@ -122,10 +122,10 @@ class DiskFile : public BinaryFile {
 
     std::string path_;
     bool writes_;
-    HANDLE handle_ = nullptr; // none once it is closed
+    HANDLE handle_ = nullptr; // nullptr after close()
 };
 
-// UTF-8, or UTF-16 by its byte-order mark.
+// UTF-8, or UTF-16 with a byte-order mark.
 bool isUnicode(std::string_view text) {
     return text.starts_with("\xFF\xFE") || text.starts_with("\xFE\xFF") || isUtf8(text);
 }

@@ -1,4 +1,4 @@
-// What concerns the process as a whole: the lock of the one instance, the lock against sleep, the end.
+// The instance lock, the sleep lock, and the end of the process.
 #include "base/version.h"
 #include "platform/system.h"
 #include "platform/windows/systemText.h"
@@ -8,32 +8,32 @@
 
 namespace platform {
 
-// The installer looks for this mutex too.
+// The installer checks this mutex too.
 bool becomeOnlyInstance() {
     static HANDLE mutex = nullptr; // held until the process ends
     if (mutex != nullptr) {
         return true;
     }
-    const std::wstring name = L"Local\\" + toWide(program::name); // of the user's session
-    const HANDLE taken = ::CreateMutexW(nullptr, FALSE, name.c_str());
+    const std::wstring name = L"Local\\" + toWide(program::name); // one for each logged-in session
+    const HANDLE created = ::CreateMutexW(nullptr, FALSE, name.c_str());
     const DWORD error = ::GetLastError();
-    if (taken != nullptr && error == ERROR_ALREADY_EXISTS) {
-        ::CloseHandle(taken);
+    if (created != nullptr && error == ERROR_ALREADY_EXISTS) {
+        ::CloseHandle(created);
         return false;
     }
-    mutex = taken;
-    return taken != nullptr || error != ERROR_ACCESS_DENIED; // one of an administrator denies the access
+    mutex = created;
+    return created != nullptr || error != ERROR_ACCESS_DENIED; // the mutex of an administrator's instance
 }
 
 void keepAwake(bool on) {
     ::SetThreadExecutionState(on ? ES_CONTINUOUS | ES_SYSTEM_REQUIRED : ES_CONTINUOUS);
 }
 
-void keepErrorsInEnglish() {} // causeText() asks for them so
+void keepErrorsInEnglish() {} // causeText() requests English
 
 void stopProcess() {
     ::TerminateProcess(::GetCurrentProcess(), 0);
-    std::abort(); // never reached
+    std::abort(); // not reached
 }
 
 } // namespace platform

@@ -1,4 +1,4 @@
-// The system's texts are UTF-16, the program's UTF-8.
+// Converts between the system's UTF-16 and the program's UTF-8.
 #pragma once
 
 #include <string>
@@ -6,15 +6,15 @@
 
 namespace platform {
 
-constexpr unsigned utf8 = 65001; // its number as a code page
+constexpr unsigned utf8 = 65001; // code page number
 std::wstring toWide(std::string_view text, unsigned codePage = utf8);
 std::string fromWide(std::wstring_view text);
 bool isUtf8(std::string_view text);
 
-// The code page in which the system's editors save what is not Unicode; the program's own is UTF-8.
+// The system's code page, in which editors save text that is not Unicode. It is not CP_ACP: the program's own is UTF-8.
 unsigned systemCodePage();
 
-// The system's text of an error (GetLastError): in English where the system has that, else in its own language.
+// The system's text for an error number of GetLastError(): English if the system has it, else in the system's language.
 std::string causeText(unsigned long systemError);
 
 } // namespace platform
