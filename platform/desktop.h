@@ -1,5 +1,5 @@
-// The interface to the system: everything that the program needs of its surroundings. It has two implementations, the
-// real desktop (platform/qt) and the simulated one (platform/simulated). All of it runs on one thread.
+// The interface to the system: everything that the program needs from outside. It has two implementations, the real
+// desktop (platform/qt) and the simulated one (platform/simulated). All of it runs on one thread.
 #pragma once
 
 #include "base/time.h"

@@ -26,7 +26,7 @@ void DevicePort::open() {
     path_ = findDevice_(number_);
     openSettings_ = settings_;
     if (path_.empty()) {
-        throw Failure(failureNumber::portMissing, name() + ": no device stands for this port");
+        throw Failure(failureNumber::portMissing, name() + ": no device is assigned to this port");
     }
     try {
         device_->open(path_, openSettings_);
@@ -34,17 +34,17 @@ void DevicePort::open() {
         throw Failure(failure.number(), name() + ": " + failure.description());
     }
     open_ = true;
-    newsDue_ = true;
+    reportDue_ = true;
 }
 
 void DevicePort::close() {
-    leaveDevice();
+    releaseDevice();
     open_ = lost_ = lossRaised_ = false;
     received_.clear();
     unsent_.clear();
 }
 
-void DevicePort::leaveDevice() {
+void DevicePort::releaseDevice() {
     if (open_ && !lost_) {
         device_->close();
     }
@@ -52,7 +52,7 @@ void DevicePort::leaveDevice() {
 
 // Runs first in every operation of the program on the port.
 void DevicePort::use() {
-    newsDue_ = true;
+    reportDue_ = true;
     if (!open_) {
         throw Failure(failureNumber::portNotOpen, name() + ": the port is not open");
     }
@@ -66,11 +66,11 @@ void DevicePort::reopen() {
         device_->open(path_, openSettings_);
         lost_ = lossRaised_ = false;
     } catch (const Failure&) {
-        return; // it stays lost
+        return; // still lost
     }
 }
 
-// Closes the device: one that has hung up always counts as readable.
+// Closes the device: a wait on one that has hung up would return at once, each time.
 void DevicePort::lose(const std::string& cause) {
     lost_ = true;
     lostCause_ = cause;
@@ -104,7 +104,7 @@ std::size_t DevicePort::fetch() {
         const std::size_t room = inputSize_ - std::min(inputSize_, received_.size());
         received_.insert(received_.end(), bytes.begin(),
                          bytes.begin() + static_cast<std::ptrdiff_t>(std::min(room, count)));
-        newsDue_ = true;
+        reportDue_ = true;
     }
     return count;
 }
@@ -117,7 +117,7 @@ void DevicePort::send() {
 }
 
 std::int16_t DevicePort::countReceived() {
-    const bool fetched = !newsDue_ && !received_.empty(); // the last wait has fetched
+    const bool fetched = !reportDue_ && !received_.empty(); // the last wait has read the device
     use();
     if (!fetched) {
         fetch();
@@ -150,7 +150,7 @@ void DevicePort::setReadLimit(int bytes) {
         throw Failure(failureNumber::invalidProperty, "The read limit must not be below 0");
     }
     readLimit_ = static_cast<std::size_t>(bytes);
-    newsDue_ = true;
+    reportDue_ = true;
 }
 
 void DevicePort::setBufferSizes(int input, int output) {
@@ -194,19 +194,19 @@ void DevicePort::write(std::span<const std::uint8_t> bytes) {
     }
 }
 
-bool DevicePort::tellNews() {
-    const bool news = newsDue_ && (lost_ || !received_.empty());
-    newsDue_ = newsDue_ && !news;
-    return news;
+bool DevicePort::reportInput() {
+    const bool input = reportDue_ && (lost_ || !received_.empty());
+    reportDue_ = reportDue_ && !input;
+    return input;
 }
 
-bool DevicePort::takeNews() {
+bool DevicePort::pollInput() {
     fetch();
-    return tellNews();
+    return reportInput();
 }
 
-bool DevicePort::waitForNews(Micros until) {
-    while (!tellNews()) {
+bool DevicePort::waitForInput(Micros until) {
+    while (!reportInput()) {
         const Micros now = clockMicros();
         if (now >= until) {
             return false;

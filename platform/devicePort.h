@@ -14,7 +14,7 @@ namespace platform {
 // use first tries to open the same device again with the same settings; if that fails, it raises portLost again.
 class DevicePort : public SerialPort {
   public:
-    // The path of the device behind a COM port; empty: there is none.
+    // Gives the path of the device of a COM port; empty: there is none.
     using FindDevice = std::function<std::string(int number)>;
 
     DevicePort(std::unique_ptr<LineDevice> device, FindDevice findDevice);
@@ -32,17 +32,17 @@ class DevicePort : public SerialPort {
     Bytes read() override;
     void write(std::span<const std::uint8_t> bytes) override;
 
-    // News are received bytes or a loss. They are reported once, and again after the port has been used or more bytes have
-    // come; otherwise a wait would be a busy loop while the program does not read.
-    // Sleeps until there are news or the clock has reached `until`; true when there are.
-    bool waitForNews(Micros until);
-    // Checks the device without waiting; true when there are news.
-    bool takeNews();
+    // Input is received bytes or the loss of the device. It is reported once, and again after the port has been used or
+    // more bytes have arrived; otherwise a wait would be a busy loop while the program does not read.
+    // Sleeps until there is input or the clock has reached `until`; true when there is input.
+    bool waitForInput(Micros until);
+    // Checks the device without waiting; true when there is input.
+    bool pollInput();
     // Checks the device and reports nothing; closes a device that is gone.
-    void look() { fetch(); }
+    void checkDevice() { fetch(); }
 
     // Restores the device settings that open() has changed, before the process stops.
-    void leaveDevice();
+    void releaseDevice();
 
   private:
     std::string name() const;
@@ -52,7 +52,7 @@ class DevicePort : public SerialPort {
     [[noreturn]] void raiseLost();
     std::size_t fetch();
     void send();
-    bool tellNews();
+    bool reportInput();
     template <class Action>
     void onDevice(Action action);
 
@@ -71,7 +71,7 @@ class DevicePort : public SerialPort {
     Bytes unsent_;
     std::size_t inputSize_ = 1024;
     std::size_t readLimit_ = 0;
-    bool newsDue_ = true; // not reported since the last use of the port
+    bool reportDue_ = true; // input has not been reported since the last use of the port
 };
 
 } // namespace platform

@@ -1,4 +1,4 @@
-// What the program needs of the disk. Paths are UTF-8. Failures carry a description that names file and cause.
+// The interface to the disk. Paths are UTF-8. The description of a failure names the file and the cause.
 #pragma once
 
 #include <cstdint>
@@ -43,8 +43,8 @@ class Files {
     // Opens for reading, or for writing: then creates a missing file and does not shorten an existing one.
     virtual std::unique_ptr<BinaryFile> openBinary(const std::string& path, FileAccess access) = 0;
 
-    // The whole file as text: its bytes. Where the system has a code page beside UTF-8, a file that is neither UTF-8
-    // nor UTF-16 is converted from that.
+    // The bytes of the whole file. If the system has a code page other than UTF-8, a file that is neither UTF-8 nor
+    // UTF-16 is converted from that code page to UTF-8.
     virtual std::string readAll(const std::string& path) = 0;
 
     // Appends the text and a line break; creates a missing file.

@@ -102,7 +102,7 @@ class Timer {
     bool enabled() const { return enabled_; }
     int interval() const { return interval_; }
     bool running() const { return enabled_ && interval_ > 0; }
-    // Number of settings so far: shows a toolkit that a timer was stopped and started again.
+    // Number of settings so far, by which a desktop notices that a timer was stopped and started again.
     std::uint64_t settings() const { return settings_; }
 
     void setEnabled(bool enabled) {

@@ -33,14 +33,14 @@ class LineDevice {
     // Takes received bytes, up to the size of `bytes`, and gives their number; 0 when there are none.
     virtual std::size_t read(std::span<std::uint8_t> bytes) = 0;
 
-    // Gives the system as many bytes as it takes without waiting; returns their number.
+    // Passes as many bytes to the system as it takes without waiting; returns their number.
     virtual std::size_t write(std::span<const std::uint8_t> bytes) = 0;
 
-    // Discard bytes that the system holds: received ones, those to be sent.
+    // Discard the received bytes and the unsent bytes that the system holds.
     virtual void clearReceived() = 0;
     virtual void clearUnsent() = 0;
 
-    // Sleeps in the kernel until there are received bytes, the device has failed, it takes bytes again (only with
+    // Sleeps in the kernel until there are received bytes, the device has failed, there is room for a write (only with
     // `forRoom`), or the clock (platform/clock.h) has reached `until`.
     virtual void wait(Micros until, bool forRoom) = 0;
 };

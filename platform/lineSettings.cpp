@@ -16,7 +16,7 @@ LineSettings parseLineSettings(const std::string& text) {
                       std::string_view("neoms").find(frame[1]) != std::string_view::npos && frame[2] == ',' &&
                       frame[3] >= '5' && frame[3] <= '8' && frame[4] == ',' && (frame[5] == '1' || frame[5] == '2');
     if (!good) {
-        throw Failure(failureNumber::invalidProperty, "\"" + text + "\" are no settings of a serial port");
+        throw Failure(failureNumber::invalidProperty, "\"" + text + "\" is not a setting of a serial port");
     }
     settings.parity = frame[1];
     settings.dataBits = frame[3] - '0';

@@ -28,7 +28,7 @@ std::string_view takeLine(std::string_view& text) {
     return trimBlanks(line);
 }
 
-// Up to the first half of a pair without the other, if any.
+// Stops at an unpaired surrogate.
 std::string toUtf8(std::u16string_view text) {
     using Facet = std::codecvt<char16_t, char8_t, std::mbstate_t>;
     constexpr std::size_t longest = 3; // bytes of one unit

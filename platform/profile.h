@@ -15,7 +15,7 @@ constexpr std::size_t profileValueLimit = 126;
 // characters; the first of two equal keys is used. A value is cut at profileValueLimit bytes, never within a character.
 std::string profileValue(std::string_view text, std::string_view section, std::string_view key);
 
-// A value without its comment, which begins at the first apostrophe; tabs become blanks, blanks at both ends go.
+// A value without its comment, which begins at the first apostrophe; tabs become blanks, blanks at both ends are removed.
 std::string cleanedValue(std::string_view value);
 
 // profileValue of a file in UTF-8 or, behind a byte-order mark, UTF-16; empty when it is missing or cannot be read.

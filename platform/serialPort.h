@@ -1,5 +1,5 @@
-// What the program needs of a serial port. Every operation may raise a Failure that names the device and the cause; use
-// of a port that is not open is such a failure.
+// The interface to the serial port. Every operation may throw a Failure that names the device and the cause, also when
+// the port is not open.
 #pragma once
 
 #include "base/bytes.h"
@@ -26,8 +26,8 @@ class SerialPort {
     // Sets speed, parity, data bits and stop bits for the next open: a text of the form 38400,n,8,1.
     virtual void setSettings(const std::string& settings) = 0;
 
-    // Opens the chosen port. Fails with failureNumber::portMissing for a port that does not exist or has no
-    // hardware behind it, with another number for any other reason; then the port is not open.
+    // Opens the chosen port. Fails with failureNumber::portMissing for a port that does not exist or has no hardware,
+    // with another number for any other reason. After a failure the port is not open.
     virtual void open() = 0;
 
     virtual void close() = 0;

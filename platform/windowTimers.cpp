@@ -18,7 +18,7 @@ Micros firstTick(const Timer& timer, Micros now) {
 
 void WindowTimers::add(Form& form) {
     for (Timer* timer : form.timers) {
-        const std::uint64_t neverSeen = ~timer->settings(); // so that the next look() starts it
+        const std::uint64_t neverSeen = ~timer->settings(); // so that the next readSettings() starts it
         running_.push_back({&form, timer, neverSeen, never});
     }
 }
@@ -27,7 +27,7 @@ void WindowTimers::remove(const Form& form) {
     std::erase_if(running_, [&](const Running& running) { return running.form == &form; });
 }
 
-void WindowTimers::look(Micros now) {
+void WindowTimers::readSettings(Micros now) {
     for (Running& running : running_) {
         if (running.settings != running.timer->settings()) {
             running.settings = running.timer->settings();

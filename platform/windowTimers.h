@@ -14,7 +14,7 @@ class WindowTimers {
     void remove(const Form& form);
 
     // Reads the settings of all timers. Call it before the clock moves.
-    void look(Micros now);
+    void readSettings(Micros now);
 
     // Time of the next tick; `never` when no timer runs.
     Micros next() const;

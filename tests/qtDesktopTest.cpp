@@ -240,7 +240,7 @@ class RealSurroundings : QObject, public SystemSurroundings {
             std::ofstream(desk.programDirectory() + "Setting.INI")
                 << "[DEVICE]\nCOM3=" << path << "\nCOM4=/nowhere/tty\n";
         };
-        commands["usual"] = [this](Text number) { say(usualDevice(std::stoi(number)) + '.'); };
+        commands["default"] = [this](Text number) { say(defaultDevice(std::stoi(number)) + '.'); };
         commands["everyByte"] = [this](Text) {
             Bytes all(256);
             std::iota(all.begin(), all.end(), std::uint8_t{0});

@@ -87,7 +87,7 @@ SleepLock sleepLock;
 
 } // namespace
 
-bool becomeOnlyInstance() {
+bool takeInstanceLock() {
     static int file = -1; // stays open until the process ends
     if (file < 0) {
         file = ::open(instanceLockPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
@@ -100,7 +100,7 @@ void keepAwake(bool on) {
     on ? sleepLock.acquire() : sleepLock.release();
 }
 
-void keepErrorsInEnglish() {
+void setEnglishErrors() {
     std::setlocale(LC_MESSAGES, "C");
 }
 

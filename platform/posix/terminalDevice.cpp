@@ -238,7 +238,7 @@ std::unique_ptr<LineDevice> makeLineDevice() {
     return std::make_unique<TerminalDevice>();
 }
 
-std::string usualDevice(int number) {
+std::string defaultDevice(int number) {
     struct Range {
         int first, last;
         const char* path;

@@ -20,13 +20,13 @@ namespace platform {
 
 namespace {
 
-constexpr int barSteps = 500; // of a progress bar, about a pixel each: screen readers are notified of every one
+constexpr int barSteps = 500; // of a progress bar, about a pixel each; screen readers are notified of each step
 
 // A bar is painted at most once per screen refresh; a fast line moves it twenty times as often.
-constexpr Micros screenTime = 16'000;
+constexpr Micros refreshTime = 16'000;
 
-// The properties that a widget shows, in two parts: those that rarely change, and those that often do.
-auto looks(const Control& control) {
+// The properties that a widget shows: those that rarely change, and those that often change.
+auto appearance(const Control& control) {
     return std::tie(control.place, control.caption, control.accessibleName, control.font, control.textColour,
                     control.backColour, control.alignment, control.border, control.enabled, control.picture);
 }
@@ -34,7 +34,7 @@ auto state(const Control& control) {
     return std::tie(control.visible, control.value, control.min, control.max, control.items, control.listIndex);
 }
 
-// An option that the Tab key reaches also while another option of its group is selected, so that it can be read first.
+// The Tab key reaches this option even if another option of its group is selected, so that a screen reader can read it.
 class OptionButton : public QRadioButton {
   public:
     using QRadioButton::QRadioButton;
@@ -73,15 +73,14 @@ QWidget* makeWidget(const Control& control, QWidget* parent) {
     return nullptr;
 }
 
-// The font, narrower if the caption would not fit: the layout is for fonts that this system may replace by wider ones,
-// and no caption may be cut.
+// The font, narrower if the caption would not fit: a replacement font may be wider than the font of the layout.
 QFont fittedFont(const Control& control) {
     QFont font = fontOf(control.font);
-    const int ornament = control.kind == ControlKind::button         ? 8
-                         : control.kind == ControlKind::checkBox     ? 22
-                         : control.kind == ControlKind::optionButton ? 22
-                                                                     : 4;
-    const int room = pixels(control.place.width) - ornament;
+    const int margin = control.kind == ControlKind::button         ? 8
+                       : control.kind == ControlKind::checkBox     ? 22
+                       : control.kind == ControlKind::optionButton ? 22
+                                                                   : 4;
+    const int room = pixels(control.place.width) - margin;
     const int needed = QFontMetrics(font).horizontalAdvance(fromUtf8(control.caption));
     constexpr int narrowest = 50; // per cent
     if (room > 0 && needed > room) {
@@ -140,14 +139,14 @@ void ControlView::takeInput() {
 }
 
 bool ControlView::sync() {
-    const bool newLooks = !shown_ || looks(*shown_) != looks(*control_);
-    if (widget_ == nullptr || (!newLooks && state(*shown_) == state(*control_))) {
+    const bool newAppearance = !shown_ || appearance(*shown_) != appearance(*control_);
+    if (widget_ == nullptr || (!newAppearance && state(*shown_) == state(*control_))) {
         return false;
     }
     const Micros now = clockMicros();
-    if (newLooks) { // many calls, and the toolkit repaints the widget
-        showLooks();
-    } else if (control_->kind == ControlKind::progressBar && now < shownAt_ + screenTime) {
+    if (newAppearance) { // slow: many calls, and the toolkit repaints the widget
+        showAppearance();
+    } else if (control_->kind == ControlKind::progressBar && now < shownAt_ + refreshTime) {
         return false; // the next update shows it
     }
     shownAt_ = shown_ ? now : 0;
@@ -155,10 +154,11 @@ bool ControlView::sync() {
     showValue();
     widget_->setVisible(control_->visible);
     shown_ = *control_;
-    return newLooks || control_->kind != ControlKind::progressBar; // a bar repaints itself when it grows by a pixel
+    return newAppearance ||
+           control_->kind != ControlKind::progressBar; // a bar repaints itself when it grows by a pixel
 }
 
-void ControlView::showLooks() {
+void ControlView::showAppearance() {
     widget_->setEnabled(control_->enabled);
     if (auto* drawing = dynamic_cast<Drawing*>(widget_)) {
         drawing->show(*control_);
@@ -192,7 +192,7 @@ void ControlView::showNames() {
 }
 
 void ControlView::showColours() {
-    if (widget_ == nullptr || dynamic_cast<Drawing*>(widget_) != nullptr) { // which reads them when it paints
+    if (widget_ == nullptr || dynamic_cast<Drawing*>(widget_) != nullptr) { // a Drawing reads them when it paints
         return;
     }
     QPalette palette;

@@ -39,7 +39,7 @@ class ControlView {
     void takeInput();
 
   private:
-    void showLooks();
+    void showAppearance();
     void showCaption();
     void showItems();
 

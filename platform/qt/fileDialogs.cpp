@@ -26,11 +26,11 @@ QStringList nameFilters(const std::string& filter) {
     return filters;
 }
 
-// Large enough for a path and the columns in the desktop's font, if the screen is.
-QSize roomFor(const QFileDialog& dialog) {
+// Large enough for a path and the columns in the desktop's font, limited by the screen.
+QSize preferredSize(const QFileDialog& dialog) {
     const QFontMetrics font = dialog.fontMetrics();
-    const QSize room(90 * font.averageCharWidth(), 25 * font.lineSpacing());
-    return room.expandedTo(dialog.size()).boundedTo(dialog.screen()->availableSize() * 9 / 10);
+    const QSize size(90 * font.averageCharWidth(), 25 * font.lineSpacing());
+    return size.expandedTo(dialog.size()).boundedTo(dialog.screen()->availableSize() * 9 / 10);
 }
 
 // The toolkit's columns are narrower than their contents.
@@ -65,9 +65,9 @@ void showFileDialog(FileDialog& dialog, FileDialogKind kind) {
     if (!dialog.fileName.empty()) {
         shown.selectFile(fromUtf8(dialog.fileName));
     }
-    shown.resize(roomFor(shown));
+    shown.resize(preferredSize(shown));
     fitColumns(shown);
-    standAboveAll(shown);
+    setParentWindow(shown);
     if (shown.exec() == QDialog::Accepted) {
         dialog.fileName = toUtf8(shown.selectedFiles().value(0));
     } else if (dialog.cancelError) {

@@ -19,8 +19,8 @@ namespace platform {
 namespace {
 
 Qt::WindowFlags frameOf(const Form& form) {
-    // A dialog with a parent window gets no button there. A tool window gets none either, but some window managers hide
-    // tool windows while another program is active.
+    // A dialog with a parent window has no button on the task bar. Neither has a tool window, but some window managers
+    // hide tool windows while another program is active.
     const Qt::WindowType type = form.onTaskBar ? Qt::Window : Qt::Dialog;
     return type | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint |
            Qt::MSWindowsFixedSizeDialogHint;
@@ -57,7 +57,7 @@ FormWindow::FormWindow(Form& form, Deliver deliver)
         (new Drawing(ControlKind::picture, client_))->show(backPictureOf(form));
     }
     buildControls();
-    nameLists();
+    setListLabels();
     setTabOrder();
     sync();
 }
@@ -69,14 +69,14 @@ void FormWindow::buildControls() {
     }
 }
 
-// Creates frames before the controls that they hold.
+// The frame of a control has been created before, since the forms list it first.
 QWidget* FormWindow::containerOf(const Control& control) const {
     const auto view =
         std::ranges::find_if(views_, [&](const auto& other) { return other->control().name == control.container; });
     return control.container.empty() || view == views_.end() ? client_ : (*view)->widget();
 }
 
-void FormWindow::nameLists() {
+void FormWindow::setListLabels() {
     for (const auto& list : views_) {
         for (const auto& label : views_) {
             if (&label->control() == list->control().label) {
@@ -159,7 +159,7 @@ void FormWindow::syncVisible() {
         if (form_->visible) {
             placeOnScreen();
             if (!form_->onTaskBar) {
-                standAboveForms(*this);
+                setParentForm(*this);
             }
             shownAt_ = clockMicros();
             raise();
@@ -195,10 +195,10 @@ void FormWindow::paintChanges() {
     }
 }
 
-bool FormWindow::comingUp() const {
-    constexpr Micros patience = 500'000; // a window on another virtual desktop is never mapped
+bool FormWindow::mappingPending() const {
+    constexpr Micros limit = 500'000; // a window on another virtual desktop is never mapped
     const QWindow* window = windowHandle();
-    return isVisible() && window != nullptr && !window->isExposed() && clockMicros() < shownAt_ + patience;
+    return isVisible() && window != nullptr && !window->isExposed() && clockMicros() < shownAt_ + limit;
 }
 
 void FormWindow::dismiss() {
@@ -226,8 +226,8 @@ void FormWindow::closeEvent(QCloseEvent* event) {
     }
 }
 
-// Not while the program is hiding the window, and not while a box or dialog is open: the toolkit then blocks mouse and
-// keyboard, but not a screen reader.
+// False while the program hides the window, and while a box or dialog is open: the toolkit then blocks mouse and keyboard,
+// but not a screen reader.
 bool FormWindow::takesInput() const {
     return form_ != nullptr && form_->visible && QApplication::activeModalWidget() == nullptr;
 }
@@ -252,7 +252,7 @@ void FormWindow::operated(ControlView& view) {
     call(control.click);
 }
 
-// A handler that lets window events run is not called again by the same event.
+// While a handler lets window events run, the same event does not call it again.
 void FormWindow::call(const Handler& handler) {
     if (!handler || running_.contains(&handler)) {
         return;

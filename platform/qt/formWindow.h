@@ -24,8 +24,8 @@ class FormWindow : public QWidget {
     // Paints changes at once; no window event runs.
     void paintChanges();
 
-    // True while the window system has not yet mapped a window that was just shown.
-    bool comingUp() const;
+    // True while the window system has not yet mapped a window that was just shown, at most for half a second.
+    bool mappingPending() const;
 
     Micros shownAt() const { return shownAt_; }
 
@@ -39,7 +39,7 @@ class FormWindow : public QWidget {
   private:
     void buildControls();
     QWidget* containerOf(const Control& control) const;
-    void nameLists();
+    void setListLabels();
     void setTabOrder();
     bool syncWindow();
     bool syncEnabled();

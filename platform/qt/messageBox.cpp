@@ -60,7 +60,7 @@ QString shownText(const std::string& text, const QFont& font) {
     return lines.join('\n');
 }
 
-// Widens the box to its title, which the frame would otherwise cut above a short text.
+// Widens the box to fit its title; with a short text the title would be cut.
 void widenForTitle(QMessageBox& box) {
     constexpr int frameButtons = 130; // icon and buttons of the title bar
     QFont titleFont = box.font();
@@ -86,7 +86,7 @@ int showMessageBox(const std::string& text, int style, const std::string& title)
         box.setEscapeButton(cancel);
     }
     widenForTitle(box);
-    standAboveAll(box);
+    setParentWindow(box);
     box.exec();
     return cancel != nullptr && box.clickedButton() == cancel ? boxAnswer::cancel : boxAnswer::ok;
 }

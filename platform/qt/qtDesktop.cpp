@@ -13,7 +13,7 @@
 #include <QScreen>
 #include <QStyleFactory>
 #include <QThread>
-#if QT_CONFIG(settings) // a toolkit may be built without
+#if QT_CONFIG(settings) // Qt can be built without it
 #include <QSettings>
 #endif
 
@@ -27,26 +27,26 @@ namespace {
 
 // The program has no command line: the toolkit gets only the name, which is also the class of the windows.
 char programName[] = "TarnBeacon";
-char* words[] = {programName, nullptr};
-int wordCount = 1;
+char* argv[] = {programName, nullptr};
+int argc = 1;
 
-// Path of the device behind a COM port: from Setting.INI, else the default of the system.
+// Path of the device of a COM port: from Setting.INI, else the default of the system.
 std::string portDevice(Files& files, const std::string& iniPath, int number) {
     const std::string key = "COM" + std::to_string(number);
     const std::string device = cleanedValue(getPrivateProfileString(files, "DEVICE", key, iniPath));
-    return device.empty() ? usualDevice(number) : device;
+    return device.empty() ? defaultDevice(number) : device;
 }
 
 } // namespace
 
 QtDesktop::QtDesktop()
-    : application_(wordCount, words), files_(makeFiles()),
+    : application_(argc, argv), files_(makeFiles()),
       port_(makeLineDevice(),
             [this](int number) { return portDevice(*files_, programDirectory() + "Setting.INI", number); }),
       timers_([this](const Handler& tick) { deliver(tick); }) {
     // Numbers and causes of failures are the same in every locale.
     std::setlocale(LC_NUMERIC, "C");
-    keepErrorsInEnglish();
+    setEnglishErrors();
     QCoreApplication::setApplicationName(program::name);
     QCoreApplication::setApplicationVersion(QString("%1.%2").arg(program::major).arg(program::minor));
     QGuiApplication::setDesktopFileName("tarnbeacon"); // for desktops that do not take the icon from the window
@@ -63,8 +63,8 @@ QtDesktop::QtDesktop()
 // While a program holds the old device, the system gives an adapter that is plugged in again another name.
 void QtDesktop::watchPort() {
     constexpr std::chrono::milliseconds interval{500}; // shorter than it takes to plug an adapter in again
-    QObject::connect(&portLook_, &QTimer::timeout, [this] { port_.look(); });
-    portLook_.start(interval);
+    QObject::connect(&portCheck_, &QTimer::timeout, [this] { port_.checkDevice(); });
+    portCheck_.start(interval);
 }
 
 QtDesktop::~QtDesktop() {
@@ -96,7 +96,7 @@ void QtDesktop::sleep(int milliseconds) {
 void QtDesktop::waitForBytes(std::int64_t until) {
     sync();
     paintChanges();
-    port_.waitForNews(fromMilliseconds(until));
+    port_.waitForInput(fromMilliseconds(until));
 }
 
 void QtDesktop::doEvents() {
@@ -104,18 +104,18 @@ void QtDesktop::doEvents() {
     do {
         sync();
         QCoreApplication::processEvents(QEventLoop::AllEvents, longest);
-    } while (windowComingUp());
+    } while (windowMappingPending());
     paintChanges();
     eventsAt_ = clockMicros();
 }
 
-// Waits on the port first: that notices a byte in a fraction of the time that the toolkit's dispatch takes. Window events
-// are delayed by 20 ms at most, also while bytes keep coming.
+// Waits on the port first, because the toolkit's dispatch takes much longer to report a byte. Window events are delayed by
+// 20 ms at most, also while bytes keep coming.
 void QtDesktop::waitForEvents(std::int64_t until) {
     constexpr Micros longest = 20'000;
-    timers_.look();
+    timers_.readSettings();
     const Micros events = eventsAt_ + longest;
-    if (clockMicros() >= events || !port_.waitForNews(std::min({fromMilliseconds(until), timers_.due(), events}))) {
+    if (clockMicros() >= events || !port_.waitForInput(std::min({fromMilliseconds(until), timers_.due(), events}))) {
         sync();
         QCoreApplication::processEvents(QEventLoop::AllEvents);
         timers_.tickDue();
@@ -178,11 +178,11 @@ void QtDesktop::keepAwake(bool on) {
 }
 
 bool QtDesktop::previousInstance() {
-    return !becomeOnlyInstance();
+    return !takeInstanceLock();
 }
 
 void QtDesktop::endProgram() {
-    port_.leaveDevice();
+    port_.releaseDevice();
     stopProcess();
 }
 
@@ -191,7 +191,7 @@ void QtDesktop::sync() {
     for (const auto& [form, window] : windows_) {
         window->sync();
     }
-    timers_.look();
+    timers_.readSettings();
     timers_.arm();
 }
 
@@ -201,8 +201,8 @@ void QtDesktop::paintChanges() {
     }
 }
 
-bool QtDesktop::windowComingUp() const {
-    return std::ranges::any_of(windows_, [](const auto& entry) { return entry.second->comingUp(); });
+bool QtDesktop::windowMappingPending() const {
+    return std::ranges::any_of(windows_, [](const auto& entry) { return entry.second->mappingPending(); });
 }
 
 void QtDesktop::deliver(const Handler& handler) {

@@ -47,14 +47,14 @@ class QtDesktop final : public Desktop {
     void watchPort();
     void sync();
     void paintChanges();
-    bool windowComingUp() const;
+    bool windowMappingPending() const;
     void deliver(const Handler& handler);
     [[noreturn]] void endUnhandled(const std::string& description);
 
     QApplication application_;
     std::unique_ptr<Files> files_;
     DevicePort port_;
-    QTimer portLook_;
+    QTimer portCheck_;
     TimerQueue timers_;
     Micros eventsAt_ = 0;                  // time of the last run of window events
     std::map<Form*, FormWindow*> windows_; // of the loaded forms

@@ -21,20 +21,20 @@ QWidget* newestForm(const QWidget& window) {
     return newest;
 }
 
-void standAbove(const QWidget* below, const QWidget& window) {
+void setParent(const QWidget& window, const QWidget* parent) {
     window.winId(); // creates the window handle, which holds the parent
-    window.windowHandle()->setTransientParent(below == nullptr ? nullptr : below->windowHandle());
+    window.windowHandle()->setTransientParent(parent == nullptr ? nullptr : parent->windowHandle());
 }
 
 } // namespace
 
-void standAboveForms(QWidget& window) {
-    standAbove(newestForm(window), window);
+void setParentForm(QWidget& window) {
+    setParent(window, newestForm(window));
 }
 
-void standAboveAll(QWidget& dialog) {
-    const QWidget* standing = QApplication::activeModalWidget();
-    standAbove(standing != nullptr ? standing : newestForm(dialog), dialog);
+void setParentWindow(QWidget& dialog) {
+    const QWidget* openDialog = QApplication::activeModalWidget();
+    setParent(dialog, openDialog != nullptr ? openDialog : newestForm(dialog));
 }
 
 } // namespace platform

@@ -7,9 +7,9 @@
 namespace platform {
 
 // For the window of a form, before it is shown: the parent is the visible form that was shown last.
-void standAboveForms(QWidget& window);
+void setParentForm(QWidget& window);
 
 // For a box or dialog, before it is shown: the parent is the open box or dialog, or else a form as above.
-void standAboveAll(QWidget& dialog);
+void setParentWindow(QWidget& dialog);
 
 } // namespace platform

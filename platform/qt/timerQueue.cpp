@@ -6,8 +6,8 @@
 
 namespace platform {
 
-void TimerQueue::look() {
-    timers_.look(clockMicros());
+void TimerQueue::readSettings() {
+    timers_.readSettings(clockMicros());
 }
 
 void TimerQueue::arm() {

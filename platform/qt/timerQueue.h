@@ -17,7 +17,7 @@ class TimerQueue : public QObject {
     void remove(const Form& form) { timers_.remove(form); }
 
     // Reads the settings of all timers.
-    void look();
+    void readSettings();
 
     // Time of the next tick.
     Micros due() const { return timers_.next(); }

@@ -63,7 +63,7 @@ std::string SimulatedDesktop::dateAndTime() {
 }
 
 void SimulatedDesktop::moveTo(Micros moment) {
-    timers_.look(clock_.now());
+    timers_.readSettings(clock_.now());
     clock_.advanceTo(moment);
     port_.advance();
 }
@@ -78,7 +78,7 @@ void SimulatedDesktop::waitForBytes(std::int64_t until) {
     clock_.noteLook();
     port_.advance();
     const Micros end = fromMilliseconds(until);
-    while (!port_.takeNews() && clock_.now() < end) {
+    while (!port_.pollInput() && clock_.now() < end) {
         const Micros next = std::min(port_.next(), end);
         if (next == never) {
             throw Stuck{"the program waits for bytes that nothing will send"};
@@ -102,7 +102,7 @@ void SimulatedDesktop::waitForEvents(std::int64_t until) {
 void SimulatedDesktop::waitOnce(Micros until) {
     clock_.noteLook();
     port_.advance();
-    while (!runDueEvent() && !port_.takeNews() && clock_.now() < until) {
+    while (!runDueEvent() && !port_.pollInput() && clock_.now() < until) {
         const Micros next = std::min({nextEvent(), port_.next(), until});
         if (next == never) {
             throw Stuck{"the program waits and nothing will ever happen"};
@@ -119,7 +119,7 @@ void SimulatedDesktop::keepAwake(bool on) {
 // Window events.
 
 Micros SimulatedDesktop::nextEvent() {
-    timers_.look(clock_.now());
+    timers_.readSettings(clock_.now());
     return std::min(timers_.next(), scheduled_.empty() ? never : scheduled_.begin()->first);
 }
 

@@ -264,7 +264,7 @@ std::unique_ptr<LineDevice> makeLineDevice() {
     return std::make_unique<CommDevice>();
 }
 
-std::string usualDevice(int number) {
+std::string defaultDevice(int number) {
     return "COM" + std::to_string(number);
 }
 

@@ -9,7 +9,7 @@
 namespace platform {
 
 // The installer checks this mutex too.
-bool becomeOnlyInstance() {
+bool takeInstanceLock() {
     static HANDLE mutex = nullptr; // held until the process ends
     if (mutex != nullptr) {
         return true;
@@ -29,7 +29,7 @@ void keepAwake(bool on) {
     ::SetThreadExecutionState(on ? ES_CONTINUOUS | ES_SYSTEM_REQUIRED : ES_CONTINUOUS);
 }
 
-void keepErrorsInEnglish() {} // causeText() requests English
+void setEnglishErrors() {} // causeText() requests English
 
 void stopProcess() {
     ::TerminateProcess(::GetCurrentProcess(), 0);

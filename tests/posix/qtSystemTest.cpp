@@ -18,9 +18,9 @@ TEST(System, TheSecondInstanceIsTheOneWhileTheFirstLives) {
     const std::string folder = own != nullptr ? own : makeTestFolder().string();
     ::setenv("OWN_FOLDER", folder.c_str(), 1);
     ::setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
-    EXPECT_EXIT(::_exit(becomeOnlyInstance() ? 0 : 1), testing::ExitedWithCode(0), "");
-    const bool free = becomeOnlyInstance();
-    EXPECT_EXIT(::_exit(becomeOnlyInstance() ? 1 : 0), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(::_exit(takeInstanceLock() ? 0 : 1), testing::ExitedWithCode(0), "");
+    const bool free = takeInstanceLock();
+    EXPECT_EXIT(::_exit(takeInstanceLock() ? 1 : 0), testing::ExitedWithCode(0), "");
     EXPECT_TRUE(free);
     std::filesystem::remove_all(folder);
 }

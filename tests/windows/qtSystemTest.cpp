@@ -45,10 +45,10 @@ TEST(Disk, AnIniFileInTheCodePageOfTheSystemReadsAsText) {
 
 TEST(Process, ASecondInstanceIsTheOneWhileTheFirstLives) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(std::_Exit(becomeOnlyInstance() ? 0 : 1), testing::ExitedWithCode(0), "");
-    const bool free = becomeOnlyInstance();
-    EXPECT_EXIT(std::_Exit(becomeOnlyInstance() ? 1 : 0), testing::ExitedWithCode(0), "");
-    EXPECT_TRUE(free && becomeOnlyInstance());
+    EXPECT_EXIT(std::_Exit(takeInstanceLock() ? 0 : 1), testing::ExitedWithCode(0), "");
+    const bool free = takeInstanceLock();
+    EXPECT_EXIT(std::_Exit(takeInstanceLock() ? 1 : 0), testing::ExitedWithCode(0), "");
+    EXPECT_TRUE(free && takeInstanceLock());
 }
 
 TEST(Process, ItsEndRunsNothingMore) {
