@@ -1,13 +1,13 @@
-# Run by cmake --install: puts the INI files and the link log where the system keeps such files, and links to them into
-# the directory of the program, which looks for them there.
+# Run by cmake --install: installs the INI files in /etc and the link log in /var/log, and makes links to them in the
+# directory of the program, where the program opens them.
 set(program_directory ${CMAKE_INSTALL_PREFIX}/lib/tarnbeacon)
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
-  set(above "")
+  set(root "")
 else()
-  set(above ${CMAKE_INSTALL_PREFIX})
+  set(root ${CMAKE_INSTALL_PREFIX})
 endif()
-set(settings ${above}/etc/tarnbeacon)
-set(log ${above}/var/log/tarnbeacon)
+set(settings ${root}/etc/tarnbeacon)
+set(log ${root}/var/log/tarnbeacon)
 
 function(link_to target link)
   message(STATUS "Installing: $ENV{DESTDIR}${link} -> ${target}")
@@ -28,7 +28,7 @@ endforeach()
 
 file(MAKE_DIRECTORY $ENV{DESTDIR}${log} $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/bin)
 link_to(${log}/KelpLog.txt ${program_directory}/KelpLog.txt)
-if(above STREQUAL "")
+if(root STREQUAL "")
   install_once(debian/logrotate /etc/logrotate.d tarnbeacon)
 endif()
 link_to(../lib/tarnbeacon/tarnbeacon ${CMAKE_INSTALL_PREFIX}/bin/tarnbeacon)

@@ -55,7 +55,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS
     "qt6-qpa-plugins, fonts-liberation2 | fonts-liberation, fonts-ipafont-gothic | fonts-vlgothic")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS qt6-wayland)
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS qt6-gtk-platformtheme) # brings GNOME's colours, the dark ones too
+set(CPACK_DEBIAN_PACKAGE_SUGGESTS qt6-gtk-platformtheme) # for GNOME's colours, also dark ones
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debian/conffiles
     ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/postrm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)

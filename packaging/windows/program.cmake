@@ -1,4 +1,4 @@
-# What makes it a program of Windows: icon, version, manifest, no console, the name.
+# Icon, version, manifest and name of the Windows program, which has no console.
 enable_language(RC)
 set(generated ${PROJECT_BINARY_DIR}/packaging)
 set(icons 16 32 48 64 128 256)
@@ -12,7 +12,7 @@ set_source_files_properties(${generated}/program.rc TARGET_DIRECTORY tarnbeacon 
 add_custom_target(programIcon DEPENDS ${generated}/program.ico)
 add_dependencies(tarnbeacon programIcon)
 target_sources(tarnbeacon PRIVATE ${generated}/program.rc)
-# The C library finds main() by itself; the entry point of Qt wants another signature.
+# The C library finds main() by itself; the entry point of Qt needs another signature.
 set_target_properties(tarnbeacon PROPERTIES OUTPUT_NAME TarnBeacon WIN32_EXECUTABLE ON qt_no_entrypoint ON)
 
 # The installer, by NSIS: the target "installer".
