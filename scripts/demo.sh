@@ -12,7 +12,7 @@ mainTitle="$(sed -n 's/^project(TarnBeacon VERSION \([0-9]*\)\.\([0-9]*\) .*/\1 
     xargs printf 'TarnBeacon ver%d.%03d')"
 readonly mainTitle
 
-# What is built for it beside the program.
+# What the demo needs besides the program.
 readonly demoTargets=(tarnbeacon-unit tarnbeacon-places)
 
 # Makes the folder with the program, its two INI files and a firmware file for the unit. Sets the places of the controls.
@@ -30,7 +30,7 @@ prepareDemo() { # preset, name of the folder if not the preset's
     cp "$root/packaging/TYPE.INI" "$demo/"
 }
 
-# Starts the simulated unit and points COM3 to it.
+# Starts the simulated unit and assigns it to COM3.
 unitOptions=()
 startUnit() { # further options of the unit, beside those in unitOptions...
     startProcess "$demo/unit.log" "$unitProgram" --reply-delay "$replyDelay" --packet-delay "$packetDelay" \
@@ -38,10 +38,10 @@ startUnit() { # further options of the unit, beside those in unitOptions...
     unitProcess="$!"
     waitFor 10 "the simulated unit" grep -q ^/dev/ "$demo/unit.log"
     unitDevice="$(head -n 1 "$demo/unit.log")"
-    pointPort
+    assignPort
 }
 
-pointPort() {
+assignPort() {
     cat >"$settings/Setting.INI" <<END
 [IFU]
 COM=3 ' the simulated unit

@@ -2,7 +2,7 @@
 # shellcheck shell=bash disable=SC2154
 
 # Starts the program, waits for its main window, and sets `main` to it.
-comeUp() {
+startToMainWindow() {
     startProgram
     waitFor 20 "the start-up picture" findOther
     screenshot start-up
@@ -17,7 +17,7 @@ enterPath() { # path, name of the screenshot
     enterText "$window" "$1"
     screenshot "$2"
     press "$window" Return
-    waitForEndOf 10 "the file dialog" "$window"
+    waitUntilGone 10 "the file dialog" "$window"
 }
 
 loadFile() {
@@ -27,14 +27,14 @@ loadFile() {
 }
 
 # Waits for the progress dialog and sets `progress` to it.
-seeProgress() { # title
+waitForProgressDialog() { # title
     waitForWindow 20 "$1" "$main"
     progress="$window"
     hasClientArea "$progress" "${frmWait[@]}" || fail "There is a message instead of the progress dialog."
 }
 
 # Waits for the box at the end of a transfer and sets `window` to it; fails at a box during the transfer.
-seeEndBox() { # seconds, title, name of the screenshot
+waitForEndBox() { # seconds, title, name of the screenshot
     waitFor "$1" "the end of the transfer" findWindow "$2" "$main" "$progress"
     isGone "$progress" || fail "There is a message during the transfer."
     screenshot "$3"
@@ -42,15 +42,15 @@ seeEndBox() { # seconds, title, name of the screenshot
 
 answerBox() {
     press "$window" Return
-    waitForEndOf 10 "the box" "$window"
+    waitUntilGone 10 "the box" "$window"
 }
 
 showsFileVersion() { # in the amplifier's row
     local version
-    lookAt "$main" "${lblVersion0[@]}"
-    version="$content"
-    lookAt "$main" "${lblVersion2[@]}"
-    [[ $content == "$version" ]]
+    hashArea "$main" "${lblVersion0[@]}"
+    version="$areaHash"
+    hashArea "$main" "${lblVersion2[@]}"
+    [[ $areaHash == "$version" ]]
 }
 
 pressEnd() {

@@ -7,7 +7,7 @@ startedProcesses=()
 startProcess() {
     local log="$1"
     shift
-    : >"$log" # here, for the process may take a moment to do it, and who waits for its words must not see old ones
+    : >"$log" # now, so that a wait for a line of this log does not find an old one
     "$@" >>"$log" 2>&1 </dev/null &
     startedProcesses+=("$!")
 }
@@ -36,12 +36,12 @@ stopAllProcesses() {
     startedProcesses=()
 }
 
-# On a slow computer, the factor of all time limits.
-patience=1
+# Factor of all time limits, for a slow computer.
+timeFactor=1
 
 # Repeats a command every 50 ms until it succeeds. After `seconds` it prints `what` and fails.
 waitFor() { # seconds, what, command...
-    local end=$((SECONDS + $1 * patience)) what="$2"
+    local end=$((SECONDS + $1 * timeFactor)) what="$2"
     shift 2
     until "$@"; do
         if ((SECONDS >= end)); then

@@ -66,7 +66,7 @@ waitForWindow() { # seconds, title, known window...
     waitFor "$seconds" "a window with the title \"$title\"" findWindow "$title" "$@"
 }
 
-waitForEndOf() { # seconds, what, window
+waitUntilGone() { # seconds, what, window
     waitFor "$1" "$2 to go away" isGone "$3"
 }
 
@@ -76,7 +76,7 @@ hasClientArea() { # window, width, height in twips
     ((WIDTH == $2 / twipsPerPixel && HEIGHT == $3 / twipsPerPixel))
 }
 
-# Clicks in the middle of a place of a window; twips, as in the forms. Wine takes a moment to notice the mouse.
+# Clicks in the middle of an area of a window; twips, as in the forms. The pause is for wine, which reads the mouse late.
 click() { # window, left, top, width, height
     xdotool mousemove --window "$1" $((($2 + $4 / 2) / twipsPerPixel)) $((($3 + $5 / 2) / twipsPerPixel)) \
         sleep 0.2 click 1
@@ -114,15 +114,15 @@ screenshot() { # name
     say "  $screenshotCount-$1"
 }
 
-# Sets the variable `content` to a hash of the pixels of a place of a window, without its frame.
-lookAt() { # window, left, top, width, height in twips
+# Sets the variable `areaHash` to a hash of the pixels of a part of a window, without the frame of that part.
+hashArea() { # window, left, top, width, height in twips
     local frame=2 area
     area="$(($4 / twipsPerPixel - 2 * frame))x$(($5 / twipsPerPixel - 2 * frame))"
     area+="+$(($2 / twipsPerPixel + frame))+$(($3 / twipsPerPixel + frame))"
-    content="$(import -window "$1" png:- | convert - -crop "$area" +repage -format '%#' info:)"
+    areaHash="$(import -window "$1" png:- | convert - -crop "$area" +repage -format '%#' info:)"
 }
 
-# The trap on EXIT of commands with a screen: after a failure it saves a picture first.
+# The trap on EXIT of commands with a screen. After a failure it saves a picture first.
 leaveScreen() {
     local code="$?"
     if ((code != 0)) && [[ -n ${screenshots-} ]]; then

@@ -4,7 +4,7 @@
 
 readonly boxIcon=(0 0 750 750)
 
-attend() {
+instructUser() {
     say "Save the present firmware, cancel a save, or tick \"Verification\", load $firmwareFile and press"
     say "\"Start upgrade\". Press \"End\" when you are done; at the end the unit should hold that file."
 }
@@ -12,7 +12,7 @@ attend() {
 operate() {
     "$unitProgram" --make-sample "$demo/present.bin" --version 11022 --seed 2
     startUnit --image "$demo/present.bin"
-    comeUp
+    startToMainWindow
     save
     cancelSave
     writeWithVerification
@@ -23,12 +23,12 @@ save() {
     local saved="$demo/saved.bin"
     click "$main" "${cmdPresent[@]}"
     enterPath "$saved" save-dialog
-    seeProgress "Tarn Beacon"
+    waitForProgressDialog "Tarn Beacon"
     sleep 20
     screenshot saving
-    seeEndBox 400 "Tarn Beacon" saved
-    lookAt "$window" "${boxIcon[@]}"
-    successIcon="$content"
+    waitForEndBox 400 "Tarn Beacon" saved
+    hashArea "$window" "${boxIcon[@]}"
+    successIcon="$areaHash"
     answerBox
     cmp "$demo/present.bin" "$saved" || fail "The saved file is not the unit's firmware."
     say "The saved file holds exactly the unit's firmware."
@@ -38,11 +38,11 @@ cancelSave() {
     local cancelled="$demo/cancelled.bin"
     click "$main" "${cmdPresent[@]}"
     enterPath "$cancelled" second-save-dialog
-    seeProgress "Tarn Beacon"
+    waitForProgressDialog "Tarn Beacon"
     sleep 5
     screenshot before-cancel
     click "$progress" "${cmdCancel[@]}"
-    seeEndBox 30 "Tarn Beacon" cancelled
+    waitForEndBox 30 "Tarn Beacon" cancelled
     answerBox
     [[ ! -e $cancelled ]] || fail "A cancelled save left a file."
 }
@@ -55,18 +55,18 @@ writeWithVerification() {
     screenshot verification-chosen
 
     click "$main" "${cmdUpgrade[@]}"
-    seeProgress "ターンビーコン"
+    waitForProgressDialog "ターンビーコン"
     sleep 6
     screenshot writing
-    waitForEndOf 120 "the progress dialog of the write" "$progress"
-    seeProgress "ターンビーコン"
+    waitUntilGone 120 "the progress dialog of the write" "$progress"
+    waitForProgressDialog "ターンビーコン"
     sleep 20
     screenshot verifying
     # The progress dialog may be open behind this box.
     waitFor 400 "the end of the verification" findWindow "ターンビーコン" "$main" "$progress"
     screenshot verified
-    lookAt "$window" "${boxIcon[@]}"
-    [[ $content == "$successIcon" ]] || fail "The box at the end of the verification does not look like success."
+    hashArea "$window" "${boxIcon[@]}"
+    [[ $areaHash == "$successIcon" ]] || fail "The box at the end of the verification does not look like success."
     answerBox
 
     click "$main" "${optLanguage1[@]}"

@@ -1,5 +1,5 @@
 # Sourced by scripts/windows: Qt for Windows, linked statically. It is built once from Debian's own source, with
-# Debian's patches, and kept in the user's cache folder under a name that its version and its configuration make.
+# Debian's patches, and kept in the user's cache folder; its version and configuration make its name.
 # shellcheck shell=bash
 
 toolkitPackages=(cmake ninja-build g++ qt6-base-dev qt6-base-dev-tools dpkg-dev g++-mingw-w64-x86-64-posix)
@@ -21,8 +21,8 @@ for feature in "${toolkitFeaturesOff[@]}"; do
     toolkitOptions+=("-DFEATURE_$feature=OFF")
 done
 
-# Puts the folder of the toolkit into the variable TARNBEACON_TOOLKIT, unless that names one already; builds it first
-# where it is missing.
+# Sets the variable TARNBEACON_TOOLKIT to the folder of the toolkit, unless it is set already. Builds the toolkit if it is
+# missing.
 needToolkit() {
     local version key toolkit work
     if [[ -n ${TARNBEACON_TOOLKIT-} ]]; then
@@ -45,16 +45,16 @@ needToolkit() {
         -DQT_HOST_PATH_CMAKE_DIR="/usr/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH)/cmake" "${toolkitOptions[@]}"
     quietly cmake --build "$work/build"
     quietly cmake --install "$work/build" --strip
-    mv "$work/installed" "$toolkit" # it works in whatever folder
+    mv "$work/installed" "$toolkit" # it can be moved
     rm -rf "$work"
 }
 
-# Debian's source of Qt, from where this system's packages come, checked and patched, in the folder `source`. The
-# system's own lists are left as they are.
+# Downloads Debian's source of Qt from the package sources of this system, verifies and patches it, in the folder
+# `source`. Does not change the package lists of the system.
 fetchSource() { # version, folder
     local lists="$2/lists"
     mkdir -p "$lists/partial"
-    # shellcheck disable=SC2016 # the words are for apt-get
+    # shellcheck disable=SC2016 # apt-get expands them
     apt-get indextargets --format 'deb-src $(REPO_URI) $(RELEASE) $(COMPONENT)' \
         'Created-By: Packages' 'Origin: Debian' 'Component: main' | sort -u >"$2/sources.list"
     (
@@ -64,5 +64,5 @@ fetchSource() { # version, folder
         quietly "${apt[@]}" update
         quietly "${apt[@]}" --download-only source "qt6-base=$1"
         quietly dpkg-source --extract qt6-base_*.dsc source
-    ) || fail "The source of Qt $1 could not be had."
+    ) || fail "The source of Qt $1 could not be downloaded."
 }

@@ -2,24 +2,24 @@
 # shellcheck shell=bash disable=SC2154
 
 # The user does the upgrade.
-attend() {
+instructUser() {
     say "Load $firmwareFile, press \"Start upgrade\", and \"End\" when it is done."
 }
 
 # The script does the upgrade, with mouse and keyboard. It ends at the first step that fails.
 operate() {
     startUnit
-    comeUp
+    startToMainWindow
     loadFile
     if showsFileVersion; then
         fail "The unit and the file show the same version already before the upgrade."
     fi
 
     click "$main" "${cmdUpgrade[@]}"
-    seeProgress "Tarn Beacon"
+    waitForProgressDialog "Tarn Beacon"
     sleep 6 # some way into the transfer
     screenshot progress
-    seeEndBox 120 "Tarn Beacon" end-box
+    waitForEndBox 120 "Tarn Beacon" end-box
     answerBox
     screenshot upgraded
     # The row takes the file's version only after "Succeed".

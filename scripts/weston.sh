@@ -1,5 +1,5 @@
 # Sourced after screen.sh by what runs the program under weston, a Wayland desktop, in a window on a virtual display.
-# Nobody can ask for the windows of a Wayland desktop: the program's own log of the protocol tells of them.
+# A Wayland desktop does not list its windows, so these functions read the program's own log of the protocol.
 # shellcheck shell=bash
 
 startWeston() { # folder for logs
@@ -27,7 +27,7 @@ windows() {
         END { for (at = 1; at <= count; ++at) if (at in window) print window[at] }' "$demo/program.log"
 }
 
-# What the last message of this name says of a window.
+# The arguments of a window's last message of this name.
 lastOf() { # window, message
     grep -o "$1\.$2(.*" "$demo/program.log" | tail -n 1 | sed 's/^[^(]*(\(.*\))$/\1/'
 }
@@ -36,7 +36,7 @@ titleOf() {
     lastOf "$1" set_title | tr -d '"'
 }
 
-# An active window has that one state; no window here has another.
+# The state array holds one state of 4 bytes only if the window is active.
 isActive() {
     [[ $(lastOf "$1" configure) == *'array[4]' ]]
 }

@@ -1,4 +1,4 @@
-# Sourced by scripts/windows: a wine prefix, which is the Windows computer of the trial.
+# Sourced by scripts/windows: a wine prefix, which serves as the Windows computer.
 # shellcheck shell=bash
 
 winePackages=(wine64 fonts-wine "${fontPackages[@]}")
@@ -6,7 +6,7 @@ wine=/usr/lib/wine/wine64
 
 # A new prefix with replacements for the fonts of Windows. Its drive C is the folder `drive`.
 makePrefix() { # folder
-    export WINEPREFIX="$1" WINEDEBUG=-all LC_ALL=C.UTF-8 # the code of file names
+    export WINEPREFIX="$1" WINEDEBUG=-all LC_ALL=C.UTF-8 # sets the encoding of file names
     rm -rf "$WINEPREFIX"
     mkdir -p "$WINEPREFIX"
     drive="$WINEPREFIX/drive_c"
@@ -23,14 +23,14 @@ END
     quietly env -u DISPLAY "$wine" regedit /S "$WINEPREFIX/fonts.reg"
 }
 
-# Ends whatever runs in the prefix.
+# Ends all programs in the prefix.
 stopWine() {
     if [[ -d ${WINEPREFIX-} ]]; then
         /usr/lib/wine/wineserver64 --kill || true
     fi
 }
 
-# In place of the function in screen.sh: wine draws the frame of a tool window itself, inside the window.
+# Replaces the function in screen.sh: wine draws the frame of a tool window itself, inside the window.
 hasClientArea() { # window, width, height in twips
     local WIDTH HEIGHT
     eval "$(xdotool getwindowgeometry --shell "$1" | grep -E '^(WIDTH|HEIGHT)=[0-9]+$')"
@@ -38,8 +38,8 @@ hasClientArea() { # window, width, height in twips
     ((WIDTH >= 0 && WIDTH <= 10 && HEIGHT >= 0 && HEIGHT <= 30))
 }
 
-# In place of the function in demo.sh: Windows names its ports itself, with no line in an INI file.
-pointPort() {
+# Replaces the function in demo.sh: wine assigns the ports, not an INI file.
+assignPort() {
     ln -sfn "$unitDevice" "$WINEPREFIX/dosdevices/com3"
     ln -sfn "$unitDevice" "$WINEPREFIX/dosdevices/com5"
 }

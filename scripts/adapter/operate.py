@@ -1,5 +1,5 @@
-"""For the trials in the emulated computer: operates the tool's windows through their accessibility, pulls and plugs the
-adapter, and reads the state of a port from its driver."""
+"""For the trials in the emulated computer: operates the tool's windows through the accessibility interface, pulls and
+plugs in the adapter, and reads the state of a port from its driver."""
 import fcntl
 import functools
 import grp
@@ -35,7 +35,7 @@ def children(thing):
     return [thing.get_child_at_index(place) for place in range(thing.get_child_count())]
 
 
-# What does not change is asked for once: during a transfer the tool answers only every 20 ms.
+# The role does not change and is cached, because the tool answers only every 20 ms during a transfer.
 role = functools.cache(Atspi.Accessible.get_role_name)
 
 
@@ -78,7 +78,7 @@ def until(what, condition, seconds=300):
     while not (found := condition()):
         if time.monotonic() > end:
             raise TimeoutError(f"waiting for {what} took too long")
-        time.sleep(0.2)  # a look at the windows is slow here
+        time.sleep(0.2)  # reading the windows is slow here
     return found
 
 
@@ -157,13 +157,13 @@ def isHeld(device):
     return subprocess.run(f"ls -l /proc/[0-9]*/fd 2>/dev/null | grep -q {device}", shell=True).returncode == 0
 
 
-def tellEmulator(command):
+def sendToEmulator(command):
     with open(work / "monitor", "a") as monitor:
         monitor.write(command + "\n")
 
 
 def pull(device, held=False):
-    tellEmulator("device_del adapter")
+    sendToEmulator("device_del adapter")
     until("the device to go", lambda: not os.path.exists(device))
     until("the tool to let go of it", lambda: held or not isHeld(device), 10)
 
@@ -171,7 +171,7 @@ def pull(device, held=False):
 def plug(unit, device):
     def present():
         # Refused until the emulator has finished the removal, and again once the adapter is there.
-        tellEmulator(f"device_add usb-serial,chardev={unit},id=adapter,bus=xhci.0,always-plugged=on")
+        sendToEmulator(f"device_add usb-serial,chardev={unit},id=adapter,bus=xhci.0,always-plugged=on")
         time.sleep(1)
         return os.path.exists(device)
     until(device, present)

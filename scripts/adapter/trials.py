@@ -11,9 +11,9 @@ doesNotOpen = r"通信ポートが開けません。通信ポートを使用す�
 timeOut = r"It is a receiving timeout error\."
 wrongSetup = r"An error is in a setup of a COM port\.Please check\."
 question = r"I could not check that it communicate[^|]*"
-told = rf"Application error\. RES : COM6 \({usbDevice}\): the device has gone away"
+lostText = rf"Application error\. RES : COM6 \({usbDevice}\): the device has gone away"
 # A packet that cannot be written has its own box, and the report after it has no detail.
-packetTold = rf"COM6 \({usbDevice}\): the device has gone away \| Application error\. RES :"
+packetLostText = rf"COM6 \({usbDevice}\): the device has gone away \| Application error\. RES :"
 
 
 def startAtClosedPort(driver, tried, number, box):
@@ -108,7 +108,7 @@ def failedWrite(driver, tried):
     """A command without an answer shows the box of the time limit first."""
     expect(driver, tried, "the device has gone away, with port and device; Failed",
            answerBoxes("Failed", shot=tried.replace(" ", "-")),
-           rf"({timeOut} \| {question} \| )?({told}|{packetTold})( \| ({timeOut}|{told}))* \| Failed")
+           rf"({timeOut} \| {question} \| )?({lostText}|{packetLostText})( \| ({timeOut}|{lostText}))* \| Failed")
 
 
 def isAtBlock(number):
@@ -184,7 +184,7 @@ def service(driver):
     boxes = answerBoxes("Failed", shot="a-pull-in-a-read")
     saved = "a file" if (home / "saved.bin").exists() else "no file"
     expect(driver, "a pull in a read", "the device has gone away, with port and device; Failed; no file",
-           f"{boxes}; {saved}", rf"{told}( \| ({timeOut}|{told}))* \| Failed; no file")
+           f"{boxes}; {saved}", rf"{lostText}( \| ({timeOut}|{lostText}))* \| Failed; no file")
     plug("silent", usbDevice)
     chooseFile(*read)
     until("the bar of the next read", lambda: barIsAt(1))  # a whole read takes three minutes
