@@ -41,7 +41,7 @@ std::string save(const std::vector<Sent>& sent, int heldUp = 0) {
     all.insert(all.end(), {{2000 + heldUp, {simulator::eot}}, {500, {simulator::eot}}});
     for (const auto& [after, bytes] : all) {
         at += fromMilliseconds(after);
-        world.line.at(at, [&world, at, bytes = bytes] { world.line.put(Direction::fromUnit, bytes, at); });
+        world.line.at(at, [&world, at, part = bytes] { world.line.put(Direction::fromUnit, part, at); });
     }
     session.press("cmdPresent");
     EXPECT_TRUE(session.atRest());
