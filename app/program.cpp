@@ -62,7 +62,7 @@ void bindEvents() {
 }
 
 void start() {
-    forgetForms();
+    resetForms();
     shared = SharedVariables();
     bindEvents();
     frmStartUp();

@@ -26,7 +26,7 @@ void askForPath(DialogKind kind, std::string& path) {
 }
 
 void reportUnlessCancelled() {
-    if (failureInFlight().number != failureNumber::dialogCancelled) {
+    if (currentFailure().number != failureNumber::dialogCancelled) {
         subReportError();
     }
 }

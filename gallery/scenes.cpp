@@ -56,7 +56,7 @@ void lookAtDialog(const Walk& walk, const std::string& scene) {
 }
 
 void loadForms(const Walk& walk) {
-    forgetForms();
+    resetForms();
     shared = SharedVariables();
     const auto nothing = [](auto& form) { form.load = [] {}; };
     setFormBinders(
@@ -73,7 +73,7 @@ void unloadForms(const Walk& walk) {
     unloadFrmWait();
     walk.desktop.unload(frmStartUp());
     walk.desktop.unload(frmMain());
-    forgetForms();
+    resetForms();
 }
 
 void showStartUp(const Walk& walk) {

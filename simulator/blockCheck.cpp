@@ -6,8 +6,8 @@
 
 namespace simulator {
 
-// Processes eight bits at once by shifts of 4, 12 and 5 bits. Has no table, unlike the program: with the same table in both
-// a fault in it would not be noticed.
+// Processes eight bits at once by shifts of 4, 12 and 5 bits. It uses no table, unlike the program, so that the tests detect
+// a fault in the program's table.
 std::uint16_t crcOf(std::span<const std::uint8_t> bytes) {
     std::uint16_t crc = 0;
     for (const std::uint8_t byte : bytes) {
@@ -23,7 +23,7 @@ std::uint8_t checksumOf(std::span<const std::uint8_t> bytes) {
     return static_cast<std::uint8_t>(std::accumulate(bytes.begin(), bytes.end(), 0u));
 }
 
-bool packetAgrees(std::span<const std::uint8_t> packet, bool crc) {
+bool packetValid(std::span<const std::uint8_t> packet, bool crc) {
     if (packet.size() != (crc ? crcPacketSize : checksumPacketSize) || (packet[1] ^ packet[2]) != 0xFF) {
         return false;
     }

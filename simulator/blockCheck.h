@@ -13,6 +13,6 @@ std::uint16_t crcOf(std::span<const std::uint8_t> bytes);
 std::uint8_t checksumOf(std::span<const std::uint8_t> bytes);
 
 // True when the packet (SOH, number, complement, 128 bytes, CRC or checksum) is complete and its checks are right.
-bool packetAgrees(std::span<const std::uint8_t> packet, bool crc);
+bool packetValid(std::span<const std::uint8_t> packet, bool crc);
 
 } // namespace simulator

@@ -9,9 +9,9 @@ constexpr std::size_t longestText = 256;
 } // namespace
 
 FrameReader::State FrameReader::read(std::uint8_t byte) {
-    if (state_ != State::underWay) {
+    if (state_ != State::receiving) {
         begin();
-        return state_ = byte == stx ? State::underWay : State::broken;
+        return state_ = byte == stx ? State::receiving : State::broken;
     }
     if (textEnded_) {
         checkGood_ = byte == check_;

@@ -10,7 +10,7 @@ namespace simulator {
 // Reads one command frame, byte by byte: STX, printable text, ETX, block check.
 class FrameReader {
   public:
-    enum class State { idle, underWay, complete, broken };
+    enum class State { idle, receiving, complete, broken };
 
     // Takes a byte and gives the state after it. An STX begins a frame, also within a frame. A byte that cannot be
     // part of a command breaks the frame, and so does a text longer than any command.
@@ -18,7 +18,7 @@ class FrameReader {
 
     void drop() { state_ = State::idle; }
 
-    bool underWay() const { return state_ == State::underWay; }
+    bool receiving() const { return state_ == State::receiving; }
     const std::string& text() const { return text_; }
     bool checkGood() const { return checkGood_; }
 

@@ -7,7 +7,7 @@ namespace simulator {
 std::string journalText(const Journal& journal) {
     std::ostringstream text;
     text << "frames:";
-    for (const HeardFrame& frame : journal.frames) {
+    for (const ReceivedFrame& frame : journal.frames) {
         text << ' ' << frame.text << (frame.good ? "" : "!");
     }
     text << "\noperations:";

@@ -8,7 +8,7 @@
 
 namespace simulator {
 
-struct HeardFrame {
+struct ReceivedFrame {
     std::string text;  // the command text; of a bad frame, everything between STX and ETX
     bool good = false; // block check right and addressed to this unit
     Micros at = 0;
@@ -16,7 +16,7 @@ struct HeardFrame {
 };
 
 struct Journal {
-    std::vector<HeardFrame> frames;
+    std::vector<ReceivedFrame> frames;
     std::vector<std::string> operations; // two digits each, in order, refused ones included
 
     // As receiver; the counts cover all transfers.

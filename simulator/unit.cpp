@@ -51,7 +51,7 @@ void Unit::receive(std::span<const std::uint8_t> bytes, Micros now) {
 // Takes some of the bytes and gives their number.
 std::size_t Unit::take(std::span<const std::uint8_t> bytes, Micros now) {
     const bool mayBegin = mode_ != Mode::receiving || receiver_.betweenPackets();
-    if (frame_.underWay() || (bytes.front() == stx && mayBegin)) {
+    if (frame_.receiving() || (bytes.front() == stx && mayBegin)) {
         takeFrameByte(bytes.front(), now);
         return 1;
     }
@@ -108,7 +108,7 @@ void Unit::answerCommand(const std::string& command, Micros now) {
     const CommandAnswer& special = found != nullptr ? *found : usual;
     Result result{special.resultCode.value_or("0000")};
     if (!special.ignored && result.code == "0000") {
-        result = carryOut(command, now);
+        result = execute(command, now);
     }
     if (!special.silent) {
         reply(std::string(address) + special.endCode.value_or("00") + command.substr(0, 4) + result.code +
@@ -133,7 +133,7 @@ const CommandAnswer* Unit::specialAnswer(const std::string& command) {
     return special;
 }
 
-Unit::Result Unit::carryOut(const std::string& command, Micros now) {
+Unit::Result Unit::execute(const std::string& command, Micros now) {
     if (command.starts_with("3005")) {
         return operate(command, now);
     }
@@ -252,7 +252,7 @@ std::optional<Micros> Unit::due() const {
 }
 
 std::optional<Micros> Unit::dueByItself() const {
-    if (frame_.underWay()) {
+    if (frame_.receiving()) {
         return frameByteAt_ + options_.interByteLimit;
     }
     switch (mode_) {
@@ -271,7 +271,7 @@ void Unit::advance(Micros now) {
 
 void Unit::step(Micros now) {
     if (const auto next = dueByItself(); next && *next <= now) {
-        if (frame_.underWay()) {
+        if (frame_.receiving()) {
             dropFrame(now);
         } else if (mode_ == Mode::receiving) {
             receiver_.advance(now);

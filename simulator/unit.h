@@ -77,7 +77,7 @@ class Unit {
 
     void answerCommand(const std::string& command, Micros now);
     const CommandAnswer* specialAnswer(const std::string& command);
-    Result carryOut(const std::string& command, Micros now);
+    Result execute(const std::string& command, Micros now);
     Result readArea(const std::string& command) const;
     Result operate(const std::string& command, Micros now);
     void reply(const std::string& text, Micros now, const CommandAnswer& special = {});

@@ -40,12 +40,12 @@ struct AnswerRule {
 
 // Changes to the answer to one packet while the unit receives an image.
 struct PacketAnswer {
-    enum class Fate {
-        asUsual, // checked, and stored when good
+    enum class Handling {
+        normal,  // checked, and stored when good
         ignored, // not stored; without `bytes` the answer is NAK
         cancels  // the unit leaves the transfer; without `bytes` the answer is CAN CAN
     };
-    Fate fate = Fate::asUsual;
+    Handling handling = Handling::normal;
     std::optional<Bytes> bytes = std::nullopt; // sent instead of ACK or NAK; empty: nothing is sent
 };
 

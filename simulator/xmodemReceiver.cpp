@@ -107,7 +107,7 @@ void XmodemReceiver::sendStart(Micros now) {
 }
 
 void XmodemReceiver::endPacket(Micros now) {
-    using Fate = PacketAnswer::Fate;
+    using Handling = PacketAnswer::Handling;
     if (!packetSeen_) {
         firstPacketAt_ = now;
     }
@@ -115,20 +115,22 @@ void XmodemReceiver::endPacket(Micros now) {
     waitForPacket(now);
     const auto found = options_.packetAnswers.find(++journal_.packets);
     const PacketAnswer* special = found == options_.packetAnswers.end() ? nullptr : &found->second;
-    const Fate fate = special != nullptr ? special->fate : Fate::asUsual;
-    Answer answer = fate == Fate::asUsual ? judgePacket() : fate == Fate::ignored ? Answer(nakAnswer) : breakOff();
+    const Handling handling = special != nullptr ? special->handling : Handling::normal;
+    Answer answer = handling == Handling::normal    ? checkPacket()
+                    : handling == Handling::ignored ? Answer(nakAnswer)
+                                                    : breakOff();
     if (special != nullptr && special->bytes) {
         answer = *special->bytes;
     }
     transmitter_.send(answer, now + options_.packetDelay);
 }
 
-XmodemReceiver::Answer XmodemReceiver::judgePacket() {
+XmodemReceiver::Answer XmodemReceiver::checkPacket() {
     const std::span packet(packet_.data(), packetFill_);
     if (packetFill_ == 1 && packet_[0] == eot) {
         return acceptEnd();
     }
-    return packetAgrees(packet, options_.crc) ? acceptBlock() : refuse();
+    return packetValid(packet, options_.crc) ? acceptBlock() : refuse();
 }
 
 XmodemReceiver::Answer XmodemReceiver::acceptBlock() {

@@ -45,7 +45,7 @@ class XmodemReceiver {
     void takeFirst(std::uint8_t byte, Micros now);
     void sendStart(Micros now);
     void endPacket(Micros now);
-    Answer judgePacket();
+    Answer checkPacket();
     Answer acceptBlock();
     Answer acceptEnd();
     Answer refuse();

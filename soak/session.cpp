@@ -2,7 +2,7 @@
 
 #include "app/program.h"
 #include "simulator/frame.h"
-#include "soak/watch.h"
+#include "soak/monitor.h"
 #include "state/variables.h"
 #include "ui/forms.h"
 
@@ -28,12 +28,12 @@ constexpr std::array paces{LinePace{},
 // Files that the operator may name, the usual one first.
 constexpr std::array loadPaths{
     World::firmwarePath, World::firmwarePath, World::firmwarePath, "/other", "/short", "/none"};
-constexpr std::size_t timeWidth = 13; // of a line of the story
+constexpr std::size_t timeWidth = 13; // of a line of the trace
 
 constexpr std::array savePaths{World::savedPath, World::savedPath, "/long", "/readOnly"};
 
 // How often the operator uses a control, compared with a control that is not listed.
-constexpr std::array<std::pair<std::string_view, int>, 6> likes{
+constexpr std::array<std::pair<std::string_view, int>, 6> weights{
     {{"cmdUpgrade", 50}, {"cmdPresent", 25}, {"cmdLoading", 30}, {"chkVerify", 5}, {"cmdTest", 60}, {"cmdCancel", 9}}};
 
 WorldOptions drawWorld(Random& random) {
@@ -49,30 +49,30 @@ WorldOptions drawWorld(Random& random) {
 
 // One session. Faults are injected when a message of the tool begins.
 struct Session {
-    Session(std::uint64_t seed, bool tell);
-    Result live(const std::function<void(World&)>& lie, bool save);
+    Session(std::uint64_t seed, bool wire);
+    Result play(const std::function<void(World&)>& tamper, bool save);
 
-    void act(const Deed& deed);
+    void act(const Action& action);
     void run(const std::function<void()>& entry);
-    void actOutOfTurn();
+    void actUnexpectedly();
     void drawFaults(int perMille);
     void messageBegins();
     void stopFaults();
     void setPort();
     void finish(bool save);
     bool press(const char* control);
-    bool goesOn() const { return !world.desktop.ended() && watch.violations.empty(); }
+    bool goesOn() const { return !world.desktop.ended() && monitor.violations.empty(); }
     bool started() const { return world.desktop.form("frmMain") != nullptr && frmMain().visible; }
 
     Random random;
     World world;
-    Watch watch{world};
+    Monitor monitor{world};
     simulator::UnitOptions& unit = world.unit.options();
-    Socket& socket = world.port.socket(usualComPort);
-    std::multimap<int, std::function<void()>> due; // by messages of the tool since the latest deed
+    ComPort& comPort = world.port.comPort(defaultComPort);
+    std::multimap<int, std::function<void()>> due; // by messages of the tool since the latest action
     int message = 0;
     int cancels = 0;         // of 1000 boxes and dialogs
-    bool faults = true;      // can strike
+    bool faults = true;      // can be injected
     bool piecesVary = false; // from block to block
 };
 
@@ -82,7 +82,7 @@ simulator::Pieces somePieces(Random& random) {
             fromMilliseconds(random.spread(1, 4000))};
 }
 
-void strikeLine(Session& s, Direction direction, LineFault fault) {
+void addLineFault(Session& s, Direction direction, LineFault fault) {
     constexpr std::array rates{1000, 300, 50, 10};
     fault.last = s.random.chance(500) ? 1 : s.random.spread(2, 2000);
     fault.perMille = fault.last == 1 ? 1000 : s.random.pick(rates);
@@ -100,7 +100,7 @@ void flood(Session& s) {
         s.world.line.put(Direction::fromUnit, s.random.pick(answers), moment);
         moment += fromMilliseconds(s.random.spread(1, 5000));
     }
-    s.watch.touch(moment + fromSeconds(1));
+    s.monitor.disturb(moment + fromSeconds(1));
 }
 
 void answerOtherwise(Session& s) {
@@ -119,7 +119,7 @@ void answerOtherwise(Session& s) {
 }
 
 void breakOperations(Session& s, OperationGate& gate, std::int64_t within, int failure) {
-    const Lasting lasting = s.random.chance(500) ? Lasting::once : Lasting::forGood;
+    const Persistence lasting = s.random.chance(500) ? Persistence::once : Persistence::permanent;
     const auto fail = failNthOfAll(gate.passed() + s.random.spread(1, within), lasting, Failure(failure, "It broke."));
     gate.add([&s, fail](const OperationCall& call) {
         if (s.faults) {
@@ -130,25 +130,25 @@ void breakOperations(Session& s, OperationGate& gate, std::int64_t within, int f
 
 struct FaultRow {
     const char* name;
-    void (*bring)(Session&);
+    void (*inject)(Session&);
 };
 const FaultRow faultRows[]{
     {"bytes changed",
      [](Session& s) {
          constexpr std::array kinds{Kind::lose,   Kind::flip, Kind::twice, Kind::insert,
                                     Kind::insert, Kind::cut,  Kind::drop,  Kind::repeat};
-         strikeLine(s, someDirection(s), {.kind = s.random.pick(kinds)});
+         addLineFault(s, someDirection(s), {.kind = s.random.pick(kinds)});
      }},
     {"bytes late",
      [](Session& s) {
-         strikeLine(s, someDirection(s), {.kind = Kind::delay, .time = fromMilliseconds(s.random.spread(1, 25'000))});
+         addLineFault(s, someDirection(s), {.kind = Kind::delay, .time = fromMilliseconds(s.random.spread(1, 25'000))});
      }},
     {"another answer to packets",
      [](Session& s) {
          using namespace simulator;
          const Bytes answers[]{{ack}, {nak}, {can, can}, {can, ack}, {eot}, {crcStart}};
-         strikeLine(s, Direction::fromUnit,
-                    {.kind = Kind::replace, .writes = Writes::transfer, .bytes = s.random.pick(answers)});
+         addLineFault(s, Direction::fromUnit,
+                      {.kind = Kind::replace, .writes = Writes::transfer, .bytes = s.random.pick(answers)});
      }},
     {"noise and early answers", flood},
     {"another answer to commands", answerOtherwise},
@@ -168,25 +168,25 @@ const FaultRow faultRows[]{
     {"port fails", [](Session& s) { breakOperations(s, s.world.port.operations(), 64, failureNumber::portLost); }},
     {"adapter pulled",
      [](Session& s) {
-         s.socket.pulledAt = s.world.clock.now() + s.random.spread(1, fromMilliseconds(200));
-         s.socket.backAt =
-             s.random.chance(300) ? never : s.socket.pulledAt + fromMilliseconds(s.random.spread(1, 60'000));
+         s.comPort.pulledAt = s.world.clock.now() + s.random.spread(1, fromMilliseconds(200));
+         s.comPort.backAt =
+             s.random.chance(300) ? never : s.comPort.pulledAt + fromMilliseconds(s.random.spread(1, 60'000));
      }},
     {"disk fails", [](Session& s) { breakOperations(s, s.world.files.operations(), 16, failureNumber::fileBroken); }},
     {"disk full", [](Session& s) { s.world.files.setRoom(static_cast<std::size_t>(s.random.below(300'000))); }},
-    {"operator out of turn",
+    {"unexpected actions of the operator",
      [](Session& s) {
-         for (std::int64_t deeds = s.random.spread(1, 8); deeds > 0; --deeds) {
+         for (std::int64_t actions = s.random.spread(1, 8); actions > 0; --actions) {
              s.world.desktop.schedule(s.world.clock.now() + fromMilliseconds(s.random.spread(1, 60'000)),
-                                      [&s] { s.actOutOfTurn(); });
+                                      [&s] { s.actUnexpectedly(); });
          }
      }},
     {"operator cancels", [](Session& s) { s.cancels = 500; }},
 };
 
-Session::Session(std::uint64_t seed, bool tell) : random(seed), world(drawWorld(random)) {
+Session::Session(std::uint64_t seed, bool wire) : random(seed), world(drawWorld(random)) {
     world.line.setSeed(random.draw());
-    world.line.record().keep(tell ? SIZE_MAX : 0);
+    world.line.record().keep(wire ? SIZE_MAX : 0);
     // The unit holds another image than the file.
     unit.amplifierImage = unit.interfaceUnitImage = world.image;
     std::ranges::reverse(unit.amplifierImage);
@@ -197,14 +197,14 @@ Session::Session(std::uint64_t seed, bool tell) : random(seed), world(drawWorld(
     world.files.find("/readOnly")->readOnly = true;
     world.files.put("/other", usual.replace(simulator::typeTextOffset, 8, "KP42FIRM"));
 
-    watch.messageBegins = [this] { messageBegins(); };
+    monitor.messageBegins = [this] { messageBegins(); };
     SimulatedDesktop& desktop = world.desktop;
     desktop.reactionTime = fromMilliseconds(random.spread(10, 8000));
     desktop.answerBox = [this](const Box&) { return random.chance(cancels) ? boxAnswer::cancel : boxAnswer::ok; };
-    desktop.chooseFile = [this](const AskedFile& asked) {
+    desktop.chooseFile = [this](const FileRequest& request) {
         const bool usualFile = !faults;
-        const char* path = asked.save ? savePaths[usualFile ? 0 : static_cast<std::size_t>(random.below(4))]
-                                      : loadPaths[usualFile ? 0 : static_cast<std::size_t>(random.below(6))];
+        const char* path = request.save ? savePaths[usualFile ? 0 : static_cast<std::size_t>(random.below(4))]
+                                        : loadPaths[usualFile ? 0 : static_cast<std::size_t>(random.below(6))];
         return random.chance(cancels) ? std::nullopt : std::optional<std::string>(path);
     };
     // This operator also has the controls that the delivered screen hides.
@@ -218,24 +218,24 @@ Session::Session(std::uint64_t seed, bool tell) : random(seed), world(drawWorld(
 }
 
 void Session::run(const std::function<void()>& entry) {
-    watch.ranTo(world.desktop.run(entry));
+    monitor.runEnded(world.desktop.run(entry));
 }
 
-void Session::act(const Deed& deed) {
+void Session::act(const Action& action) {
     if (goesOn()) {
         run([&] {
-            watch.deedBegins(deed);
-            world.person.perform(deed);
+            monitor.actionBegins(action);
+            world.person.perform(action);
         });
     }
 }
 
-void Session::actOutOfTurn() {
-    const std::vector<Deed> deeds = world.person.possible();
-    if (faults && !deeds.empty()) {
-        const Deed deed = random.pick(deeds);
-        watch.deedBegins(deed);
-        world.person.perform(deed);
+void Session::actUnexpectedly() {
+    const std::vector<Action> actions = world.person.possible();
+    if (faults && !actions.empty()) {
+        const Action action = random.pick(actions);
+        monitor.actionBegins(action);
+        world.person.perform(action);
     }
 }
 
@@ -251,9 +251,9 @@ void Session::drawFaults(int perMille) {
                                                : random.between(endOfTransfer - 10, endOfTransfer + 5);
         const FaultRow& row = random.pick(faultRows);
         due.emplace(static_cast<int>(place), [this, &row] {
-            watch.note(std::string("fault: ") + row.name);
-            ++watch.counts[row.name];
-            row.bring(*this);
+            monitor.note(std::string("fault: ") + row.name);
+            ++monitor.counts[row.name];
+            row.inject(*this);
         });
     }
     messageBegins();
@@ -278,8 +278,8 @@ void Session::stopFaults() {
     }
     world.files.setRoom({});
     const Micros now = world.clock.now();
-    socket.pulledAt = socket.pulledAt > now ? never : socket.pulledAt;
-    socket.backAt = std::min(socket.backAt, now);
+    comPort.pulledAt = comPort.pulledAt > now ? never : comPort.pulledAt;
+    comPort.backAt = std::min(comPort.backAt, now);
     const simulator::UnitOptions usual;
     unit.answers.clear();
     unit.sendPieces = {};
@@ -293,14 +293,14 @@ void Session::stopFaults() {
 // Chooses the port as long as the program asks for it.
 void Session::setPort() {
     for (int press = 0; press < 4 && goesOn() && !started(); ++press) {
-        act(choose("frmStartUp", "cmbCom", usualComPort - 1));
+        act(choose("frmStartUp", "cmbCom", defaultComPort - 1));
         act(click("frmStartUp", "cmdTest"));
     }
 }
 
 bool Session::press(const char* control) {
     act(click("frmMain", control));
-    return watch.succeeded;
+    return monitor.succeeded;
 }
 
 void Session::finish(bool save) {
@@ -309,7 +309,7 @@ void Session::finish(bool save) {
     if (!goesOn() || !started()) {
         return;
     }
-    watch.note("no more faults");
+    monitor.note("no more faults");
     if (frmMain().chkVerify.value == 1) {
         press("chkVerify");
     }
@@ -319,44 +319,44 @@ void Session::finish(bool save) {
     const char* control = writes ? "cmdUpgrade" : "cmdPresent";
     const bool mayFail = shared.serialPort == nullptr; // a verification has closed the port
     // An operation may still meet a loss of the port that has not been noticed.
-    if (!press(control) && !mayFail && (socket.pulledAt == never || !press(control)) && goesOn()) {
-        watch.violation("an operation without faults does not succeed");
+    if (!press(control) && !mayFail && (comPort.pulledAt == never || !press(control)) && goesOn()) {
+        monitor.violation("an operation without faults does not succeed");
     }
 }
 
-Deed likedDeed(Session& s) {
-    std::vector<Deed> deeds;
-    for (const Deed& deed : s.world.person.possible()) {
-        const auto like = std::ranges::find(likes, deed.control, &std::pair<std::string_view, int>::first);
-        deeds.insert(deeds.end(), like == likes.end() ? 1 : static_cast<std::size_t>(like->second), deed);
+Action weightedAction(Session& s) {
+    std::vector<Action> actions;
+    for (const Action& action : s.world.person.possible()) {
+        const auto weight = std::ranges::find(weights, action.control, &std::pair<std::string_view, int>::first);
+        actions.insert(actions.end(), weight == weights.end() ? 1 : static_cast<std::size_t>(weight->second), action);
     }
-    return s.random.pick(deeds);
+    return s.random.pick(actions);
 }
 
-Result Session::live(const std::function<void(World&)>& lie, bool save) {
-    watch.deedBegins({});
-    drawFaults(lie ? 0 : 100);
+Result Session::play(const std::function<void(World&)>& tamper, bool save) {
+    monitor.actionBegins({});
+    drawFaults(tamper ? 0 : 100);
     run(program::start);
-    for (std::int64_t deeds = lie ? 0 : random.between(2, 6); deeds > 0 && goesOn(); --deeds) {
+    for (std::int64_t actions = tamper ? 0 : random.between(2, 6); actions > 0 && goesOn(); --actions) {
         drawFaults(700);
-        act(likedDeed(*this));
+        act(weightedAction(*this));
     }
-    if (lie) {
-        lie(world);
+    if (tamper) {
+        tamper(world);
     }
     finish(save);
     std::istringstream wire(world.line.record().text());
     for (std::string line; std::getline(wire, line);) {
-        watch.notes.push_back(line);
+        monitor.notes.push_back(line);
     }
-    std::ranges::stable_sort(watch.notes, {}, [](const std::string& line) { return line.substr(0, timeWidth); });
-    return {watch.violations, watch.notes, watch.counts, world.clock.now()};
+    std::ranges::stable_sort(monitor.notes, {}, [](const std::string& line) { return line.substr(0, timeWidth); });
+    return {monitor.violations, monitor.notes, monitor.counts, world.clock.now()};
 }
 
 } // namespace
 
-Result runSession(std::uint64_t seed, bool tell, const std::function<void(World&)>& lie) {
-    return Session(seed, tell).live(lie, seed % 2 == 1);
+Result runSession(std::uint64_t seed, bool wire, const std::function<void(World&)>& tamper) {
+    return Session(seed, wire).play(tamper, seed % 2 == 1);
 }
 
 } // namespace soak

@@ -12,15 +12,15 @@
 namespace soak {
 
 struct Result {
-    std::vector<std::string> violations; // of the rules in watch.cpp
-    std::vector<std::string>
-        story; // deeds, boxes, faults and violations by time, and when asked for what is on the line
-    std::map<std::string, int> counts; // of faults brought, and of the ways in which operations end
+    std::vector<std::string> violations; // of the rules in monitor.cpp
+    std::vector<std::string> trace;      // actions, boxes, faults and violations by time
+    std::map<std::string, int> counts;   // of injected faults, and of the ways in which operations end
     Micros virtualTime = 0;
 };
 
-// With `lie`, which changes the world, nothing else goes wrong: the program starts, and the last operation follows, a
-// write for an even seed and a save for an odd one. The same arguments give the same result.
-Result runSession(std::uint64_t seed, bool tell, const std::function<void(platform::World&)>& lie = {});
+// With `wire` the trace also has the bytes on the line. `tamper` changes the World for a test of the rules; then no other
+// fault occurs: the program starts, and the last operation follows, a write for an even seed and a save for an odd one. The
+// same arguments give the same result.
+Result runSession(std::uint64_t seed, bool wire, const std::function<void(platform::World&)>& tamper = {});
 
 } // namespace soak

@@ -24,12 +24,12 @@ using Text = const std::string&;
 
 // A desktop and what stands around it. Times are milliseconds from the last "mark" on. A real clock goes on all the
 // time: moments are the earliest ones.
-class Surroundings {
+class Fixture {
   public:
-    Surroundings(Desktop& desktop, Text place);
-    Surroundings(const Surroundings&) = delete;
-    Surroundings& operator=(const Surroundings&) = delete;
-    virtual ~Surroundings() {
+    Fixture(Desktop& desktop, Text place);
+    Fixture(const Fixture&) = delete;
+    Fixture& operator=(const Fixture&) = delete;
+    virtual ~Fixture() {
         port.close();
         desk.unload(form);
         desk.doEvents();
@@ -134,7 +134,7 @@ class Surroundings {
                                                   {failureNumber::portLost, "lost"}};
 };
 
-inline Surroundings::Surroundings(Desktop& desktop, Text place) : desk(desktop), folder(place) {
+inline Fixture::Fixture(Desktop& desktop, Text place) : desk(desktop), folder(place) {
     commands["show"] = [this](Text name) { form.control(name).visible = true; };
     commands["hide"] = [this](Text name) { form.control(name).visible = false; };
     commands["enable"] = [this](Text name) { form.control(name).enabled = true; };
@@ -235,12 +235,12 @@ inline Surroundings::Surroundings(Desktop& desktop, Text place) : desk(desktop),
     desk.show(form);
 }
 
-std::unique_ptr<Surroundings> makeSurroundings(); // each desktop's
+std::unique_ptr<Fixture> makeFixture(); // each desktop's
 
 class PlatformContract : public testing::TestWithParam<Section> {};
 
 TEST_P(PlatformContract, Holds) {
-    const std::unique_ptr<Surroundings> around = makeSurroundings();
+    const std::unique_ptr<Fixture> around = makeFixture();
     std::istringstream rows(GetParam().text);
     for (std::string row; std::getline(rows, row);) {
         around->check(row);

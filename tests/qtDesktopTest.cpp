@@ -14,7 +14,7 @@
 #include <QWindow>
 
 #include <numeric>
-#include <systemSurroundings.h> // of tests/posix or tests/windows
+#include <systemFixture.h> // of tests/posix or tests/windows
 #include <thread>
 
 namespace {
@@ -50,9 +50,9 @@ void enter(QFileDialog* dialog, const std::string& name) {
     name.empty() ? dialog->reject() : QTest::keyClick(line, Qt::Key_Return);
 }
 
-class RealSurroundings : QObject, public SystemSurroundings {
+class RealFixture : QObject, public SystemFixture {
   public:
-    RealSurroundings() : SystemSurroundings(*realDesktop, makeTestFolder().generic_string() + '/') {
+    RealFixture() : SystemFixture(*realDesktop, makeTestFolder().generic_string() + '/') {
         addOperator();
         addWindow();
         addLine();
@@ -60,7 +60,7 @@ class RealSurroundings : QObject, public SystemSurroundings {
         desk.load(other);
         perform("device " + unit + "\t' the unit");
     }
-    ~RealSurroundings() override {
+    ~RealFixture() override {
         chatter = {};
         desk.unload(other);
         std::filesystem::remove_all(folder);
@@ -269,8 +269,8 @@ class RealSurroundings : QObject, public SystemSurroundings {
 
 namespace contract {
 
-std::unique_ptr<Surroundings> makeSurroundings() {
-    return std::make_unique<RealSurroundings>();
+std::unique_ptr<Fixture> makeFixture() {
+    return std::make_unique<RealFixture>();
 }
 
 INSTANTIATE_TEST_SUITE_P(Real, PlatformContract, testing::ValuesIn(sectionsOf("realDesktop.txt")), testName);

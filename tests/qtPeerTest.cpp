@@ -51,7 +51,7 @@ TEST(Peer, ReceivesTheImageWithCrcAndWithChecksum) {
     }
     std::filesystem::remove_all(folder);
     unloadFrmWait();
-    forgetForms();
+    resetForms();
 }
 
 } // namespace

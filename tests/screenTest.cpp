@@ -57,10 +57,10 @@ TEST(Screen, ReportsAFailureInFlight) {
 }
 
 TEST(Screen, EndsByButtonAndByCloseRequest) {
-    for (const Deed& deed : {click("frmMain", "cmdEnd"), closing("frmMain")}) {
+    for (const Action& action : {click("frmMain", "cmdEnd"), closing("frmMain")}) {
         Session session;
         session.start();
-        EXPECT_EQ(session.world.desktop.run([&] { session.world.person.perform(deed); }), RunEnd::programEnded);
+        EXPECT_EQ(session.world.desktop.run([&] { session.world.person.perform(action); }), RunEnd::programEnded);
         EXPECT_TRUE(session.world.port.isOpen()); // the stop closes nothing
     }
 }

@@ -21,9 +21,9 @@ class Sender : public testing::Test {
                 static_cast<std::uint8_t>(block >> 8);
         }
         world.line.setPace(unpaced);
-        world.line.addHook([this](Passage& passage) {
-            const Bytes sent = std::exchange(passage.bytes, {});
-            if (passage.direction == Direction::toUnit) {
+        world.line.addHook([this](Transmission& transmission) {
+            const Bytes sent = std::exchange(transmission.bytes, {});
+            if (transmission.direction == Direction::toUnit) {
                 course += sent.size() == 1 ? "EOT" : std::to_string(sent[3] * 256 + sent[1]);
             }
         });

@@ -4,7 +4,7 @@
 #include "app/program.h"
 #include "platform/simulated/world.h"
 #include "state/variables.h"
-#include "story/story.h"
+#include "story/recorder.h"
 #include "transfer/programState.h"
 #include "ui/forms.h"
 
@@ -23,9 +23,9 @@ class Session {
 
     // Presses a button of the main window and runs what follows to its end.
     RunEnd press(const char* control, int index = -1) {
-        const Deed deed = click("frmMain", control, index);
-        EXPECT_EQ(world.person.refusal(deed), "") << control;
-        const RunEnd end = world.desktop.run([&] { world.person.perform(deed); });
+        const Action action = click("frmMain", control, index);
+        EXPECT_EQ(world.person.refusal(action), "") << control;
+        const RunEnd end = world.desktop.run([&] { world.person.perform(action); });
         EXPECT_NE(end, RunEnd::stuck) << world.desktop.stuckReason();
         return end;
     }

@@ -10,12 +10,12 @@ namespace {
 using namespace platform;
 using contract::Text;
 
-class SimulatedSurroundings : World, public contract::Surroundings {
+class SimulatedFixture : World, public contract::Fixture {
   public:
-    SimulatedSurroundings() : World{{.pace = unpaced}}, Surroundings(World::desktop, "/contract/") {
+    SimulatedFixture() : World{{.pace = unpaced}}, Fixture(World::desktop, "/contract/") {
         World::files.put(folder + "there", "");
         World::desktop.reactionTime = fromMilliseconds(50);
-        World::desktop.confirmOverwrite = [](const AskedFile&) { return false; };
+        World::desktop.confirmOverwrite = [](const FileRequest&) { return false; };
         commands["hand"] = [](Text) {};
         commands["press"] = [this](Text name) { person.perform(click("form", name)); };
         commands["choose"] = [this](Text entry) { person.perform(choose("form", "list", std::stoi(entry))); };
@@ -27,9 +27,9 @@ class SimulatedSurroundings : World, public contract::Surroundings {
             World::desktop.answerBox = [=, this](const Box&) { return perform(script, ','), answer; };
         };
         commands["atDialog"] = [this](Text names) {
-            World::desktop.chooseFile = [this, names](const AskedFile& asked) {
+            World::desktop.chooseFile = [this, names](const FileRequest& request) {
                 const std::size_t comma = std::min(names.find(','), names.size());
-                const std::string name = asked.askedToOverwrite ? names.substr(comma + 1) : names.substr(0, comma);
+                const std::string name = request.askedToOverwrite ? names.substr(comma + 1) : names.substr(0, comma);
                 return name.empty() ? std::nullopt : std::optional(folder + name);
             };
         };
@@ -47,21 +47,21 @@ class SimulatedSurroundings : World, public contract::Surroundings {
                 line.at(after(std::to_string(at)), [this] { commands.at("give")("x"); });
             }
         };
-        commands["pull"] = [this](Text) { socket().backAt = never, socket().pulledAt = after("0"); };
-        commands["plug"] = [this](Text) { socket().backAt = after("0"); };
-        commands["hold"] = [this](Text) { socket().state = Socket::State::held; };
-        commands["free"] = [this](Text) { socket().state = Socket::State::free; };
+        commands["pull"] = [this](Text) { comPort().backAt = never, comPort().pulledAt = after("0"); };
+        commands["plug"] = [this](Text) { comPort().backAt = after("0"); };
+        commands["hold"] = [this](Text) { comPort().state = ComPort::State::held; };
+        commands["free"] = [this](Text) { comPort().state = ComPort::State::free; };
     }
 
   private:
     static void fails(OperationGate& gate, Operation operation) {
-        gate.add(
-            failNth(operation, gate.passed(operation) + 1, Lasting::once, Failure(failureNumber::fileBroken, "full")));
+        gate.add(failNth(operation, gate.passed(operation) + 1, Persistence::once,
+                         Failure(failureNumber::fileBroken, "full")));
     }
     Micros after(Text wait) const { return clock.now() + fromMilliseconds(std::stoi(wait)); }
-    Socket& socket() {
+    ComPort& comPort() {
         desk.sleep(1);
-        return World::port.socket(3);
+        return World::port.comPort(3);
     }
 
     int answer = boxAnswer::ok;
@@ -69,8 +69,8 @@ class SimulatedSurroundings : World, public contract::Surroundings {
 
 } // namespace
 
-std::unique_ptr<contract::Surroundings> contract::makeSurroundings() {
-    return std::make_unique<SimulatedSurroundings>();
+std::unique_ptr<contract::Fixture> contract::makeFixture() {
+    return std::make_unique<SimulatedFixture>();
 }
 
 namespace {
@@ -153,10 +153,10 @@ TEST_F(SimulatedDesktopTest, TheNthOperationFailsOnceOrForGood) {
     const Failure lost(failureNumber::portLost, "lost");
     OperationGate& gate = world.port.operations();
     std::string pattern;
-    for (const OperationHook& hook : {failNth(Operation::countReceived, 2, Lasting::once, lost),
-                                      failNth(Operation::countReceived, 6, Lasting::forGood, lost),
-                                      failNth(Operation::readPort, 1, Lasting::forGood, lost),
-                                      failNthOfAll(gate.passed() + 16, Lasting::once, lost)}) {
+    for (const OperationHook& hook : {failNth(Operation::countReceived, 2, Persistence::once, lost),
+                                      failNth(Operation::countReceived, 6, Persistence::permanent, lost),
+                                      failNth(Operation::readPort, 1, Persistence::permanent, lost),
+                                      failNthOfAll(gate.passed() + 16, Persistence::once, lost)}) {
         gate.add(hook);
         for (int i = 0; i < 4; ++i) {
             pattern += failureOf([&] { world.port.countReceived(); }) == 0 ? '.' : 'x';

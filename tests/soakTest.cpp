@@ -1,4 +1,4 @@
-// Some sessions of the soak. They depend on the seed alone, and the soak detects a unit that lies.
+// Some sessions of the soak. They depend on the seed alone, and the soak detects a unit that misbehaves.
 #include "soak/session.h"
 
 #include <gtest/gtest.h>
@@ -17,19 +17,19 @@ TEST(Soak, IsTheSameForTheSameSeed) {
     for (const std::uint64_t seed : {2, 12, 22}) {
         const soak::Result first = soak::runSession(seed, true);
         soak::runSession(seed + 1, false);
-        EXPECT_EQ(first.story, soak::runSession(seed, true).story);
-        EXPECT_GT(first.story.size(), 10u);
+        EXPECT_EQ(first.trace, soak::runSession(seed, true).trace);
+        EXPECT_GT(first.trace.size(), 10u);
     }
 }
 
-TEST(Soak, NoticesAUnitThatLies) {
+TEST(Soak, DetectsAUnitThatMisbehaves) {
     using simulator::PacketAnswer;
-    const PacketAnswer ignored{.fate = PacketAnswer::Fate::ignored, .bytes = Bytes{simulator::ack}};
+    const PacketAnswer ignored{.handling = PacketAnswer::Handling::ignored, .bytes = Bytes{simulator::ack}};
     constexpr std::uint64_t write = 2, save = 1; // the parity of the seed chooses the last operation
     struct Row {
         const char* what;
         std::uint64_t seed;
-        std::function<void(simulator::UnitOptions&)> lie;
+        std::function<void(simulator::UnitOptions&)> tamper;
     };
     const Row rows[] = {
         {"drops a block", write, [&](auto& unit) { unit.packetAnswers[7] = ignored; }},
@@ -38,8 +38,8 @@ TEST(Soak, NoticesAUnitThatLies) {
         {"ends early", save, [](auto& unit) { unit.sentInstead[9] = unit.sentInstead[10] = Bytes{simulator::eot}; }},
     };
     for (const Row& row : rows) {
-        const auto lie = [&](platform::World& world) { row.lie(world.unit.options()); };
-        EXPECT_FALSE(soak::runSession(row.seed, false, lie).violations.empty()) << row.what;
+        const auto tamper = [&](platform::World& world) { row.tamper(world.unit.options()); };
+        EXPECT_FALSE(soak::runSession(row.seed, false, tamper).violations.empty()) << row.what;
         EXPECT_TRUE(soak::runSession(row.seed, false, [](platform::World&) {}).violations.empty()) << row.what;
     }
 }

@@ -1,6 +1,6 @@
-// Whole sessions: each script in tests/stories/ still plays as it is written there (story/stage.h). After a change that is
-// wanted, `tarnbeacon-story` writes a file anew.
-#include "story/stage.h"
+// Whole sessions: each script in tests/stories/ plays as it is written there (story/player.h). After an intended change
+// `tarnbeacon-story` prints the new file.
+#include "story/player.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ TEST_P(Stories, PlayAsWritten) {
     EXPECT_EQ(story::play(file.str()), file.str());
 }
 
-INSTANTIATE_TEST_SUITE_P(Told, Stories, testing::Values("start", "load", "write", "save", "verification"),
+INSTANTIATE_TEST_SUITE_P(All, Stories, testing::Values("start", "load", "write", "save", "verification"),
                          [](const auto& test) { return test.param; });
 
 } // namespace

@@ -68,13 +68,13 @@ bool succeedsWithFault(const Row& row, int place, bool once) {
     auto& faults = session.world.line.faults(row.direction);
     faults = {fault};
     const bool succeeded = writeSucceeds(session);
-    EXPECT_GT(faults[0].struck, 0);
+    EXPECT_GT(faults[0].applied, 0);
     faults.clear();
     EXPECT_TRUE(writeSucceeds(session)) << session.boxes();
     return succeeded;
 }
 
-// A row of the tests: a fault that strikes once or for good.
+// A row of the tests: a fault that applies once or for good.
 class EachPlace : public testing::TestWithParam<int> {
   protected:
     // At the ends of the places and at one in so many of the others.
@@ -114,7 +114,7 @@ class EachOperation : public testing::TestWithParam<int> {
     static void runWithFailure(std::int64_t number) {
         SCOPED_TRACE(number);
         Session session;
-        const Lasting lasting = GetParam() < 2 ? Lasting::once : Lasting::forGood;
+        const Persistence lasting = GetParam() < 2 ? Persistence::once : Persistence::permanent;
         gate(session.world).add(failNthOfAll(number, lasting, {failureNumber::portLost, "broken"}));
         if (session.start() == RunEnd::programEnded) {
             return;

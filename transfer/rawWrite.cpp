@@ -11,7 +11,7 @@ std::int32_t writeShowingFailure(const Bytes& bytes) {
         CommonComm::serialPort().write(bytes);
         return 0;
     } catch (const std::exception&) {
-        const FailureReport failure = failureInFlight();
+        const FailureReport failure = currentFailure();
         platform::desktop().msgBox(failure.description, platform::boxStyle::critical, messageText::linkErrorTitle);
         return failure.number;
     }

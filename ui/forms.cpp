@@ -49,7 +49,7 @@ void setFormBinders(FormBinders binders) {
     formBinders = std::move(binders);
 }
 
-void forgetForms() {
+void resetForms() {
     waitForm.reset();
     mainForm.reset();
     startUpForm.reset();

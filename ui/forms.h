@@ -26,4 +26,4 @@ struct FormBinders {
 void setFormBinders(FormBinders binders);
 
 // Resets all forms to the state at the start of a process.
-void forgetForms();
+void resetForms();

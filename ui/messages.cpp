@@ -33,7 +33,7 @@ int fncMsgBox(std::int32_t id, std::int32_t style, const std::string& msg1) {
     try {
         return desktop().msgBox(boxText(languageRow(id, englishSelected()), msg1), style, messageText::title);
     } catch (const std::exception&) {
-        const FailureReport failure = failureInFlight();
+        const FailureReport failure = currentFailure();
         desktop().msgBox("番号 : " + std::to_string(failure.number) + "\r\n内容 : " + failure.description,
                          platform::boxStyle::ok, "fncMsgBox関数のエラー");
         return 0;
@@ -41,14 +41,14 @@ int fncMsgBox(std::int32_t id, std::int32_t style, const std::string& msg1) {
 }
 
 void subReportError() {
-    const std::string description = failureInFlight().description;
+    const std::string description = currentFailure().description;
     fncMsgBox(textId::applicationError, platform::boxStyle::critical, description);
     if (description == loadText(textId::unexpected)) {
         desktop().endProgram();
     }
 }
 
-FailureReport failureInFlight() {
+FailureReport currentFailure() {
     const std::exception_ptr failure = std::current_exception();
     if (!failure) {
         return {};

@@ -31,4 +31,4 @@ struct FailureReport {
     int number = 0;
     std::string description;
 };
-FailureReport failureInFlight();
+FailureReport currentFailure();

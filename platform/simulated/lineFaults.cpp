@@ -15,7 +15,7 @@ std::uint8_t strayByte(Random& random) {
     return random.chance(700) ? random.pick(controls) : static_cast<std::uint8_t>(random.below(256));
 }
 
-bool strikes(LineFault& fault, Writes kind, Random& random) {
+bool applies(LineFault& fault, Writes kind, Random& random) {
     if (fault.writes != Writes::any && fault.writes != kind) {
         return false;
     }
@@ -26,8 +26,8 @@ bool strikes(LineFault& fault, Writes kind, Random& random) {
 
 void change(const LineFault& fault, Random& random, Bytes& bytes, Micros& at) {
     using Kind = LineFault::Kind;
-    const bool behind = fault.kind == Kind::insert;
-    const std::int64_t places = std::ssize(bytes) + (behind ? 1 : 0);
+    const bool atEnd = fault.kind == Kind::insert;
+    const std::int64_t places = std::ssize(bytes) + (atEnd ? 1 : 0);
     const std::int64_t place =
         fault.place ? std::min(static_cast<std::int64_t>(*fault.place), places - 1) : random.below(places);
     const auto there = bytes.begin() + place;
@@ -53,13 +53,13 @@ void change(const LineFault& fault, Random& random, Bytes& bytes, Micros& at) {
 
 } // namespace
 
-void strike(std::vector<LineFault>& faults, Writes kind, Random& random, Bytes& bytes, Micros& at) {
+void applyFaults(std::vector<LineFault>& faults, Writes kind, Random& random, Bytes& bytes, Micros& at) {
     for (LineFault& fault : faults) {
-        if (!bytes.empty() && strikes(fault, kind, random)) {
+        if (!bytes.empty() && applies(fault, kind, random)) {
             const Bytes before = bytes;
             const Micros atBefore = at;
             change(fault, random, bytes, at);
-            fault.struck += bytes != before || at != atBefore ? 1 : 0;
+            fault.applied += bytes != before || at != atBefore ? 1 : 0;
         }
     }
 }

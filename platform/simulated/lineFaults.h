@@ -41,10 +41,10 @@ struct LineFault {
 
     // Counted by the line.
     std::int64_t seen = 0;
-    std::int64_t struck = 0;
+    std::int64_t applied = 0;
 };
 
 // Applies the faults, one after the other, to a write that begins at `at`.
-void strike(std::vector<LineFault>& faults, Writes kind, Random& random, Bytes& bytes, Micros& at);
+void applyFaults(std::vector<LineFault>& faults, Writes kind, Random& random, Bytes& bytes, Micros& at);
 
 } // namespace platform

@@ -4,8 +4,8 @@ namespace platform {
 
 namespace {
 
-bool hit(std::int64_t count, std::int64_t n, Lasting lasting) {
-    return count == n || (lasting == Lasting::forGood && count > n);
+bool isDue(std::int64_t count, std::int64_t n, Persistence persistence) {
+    return count == n || (persistence == Persistence::permanent && count > n);
 }
 
 } // namespace
@@ -22,17 +22,17 @@ void OperationGate::pass(Operation operation) {
     }
 }
 
-OperationHook failNth(Operation operation, std::int64_t n, Lasting lasting, const Failure& failure) {
+OperationHook failNth(Operation operation, std::int64_t n, Persistence persistence, const Failure& failure) {
     return [=](const OperationCall& call) {
-        if (call.operation == operation && hit(call.occurrence, n, lasting)) {
+        if (call.operation == operation && isDue(call.occurrence, n, persistence)) {
             throw failure;
         }
     };
 }
 
-OperationHook failNthOfAll(std::int64_t n, Lasting lasting, const Failure& failure) {
+OperationHook failNthOfAll(std::int64_t n, Persistence persistence, const Failure& failure) {
     return [=](const OperationCall& call) {
-        if (hit(call.number, n, lasting)) {
+        if (isDue(call.number, n, persistence)) {
             throw failure;
         }
     };

@@ -66,10 +66,10 @@ class OperationGate {
     std::int64_t failed_ = 0;
 };
 
-enum class Lasting { once, forGood };
+enum class Persistence { once, permanent };
 
-// The nth call of one operation, or the nth of all, fails; with forGood all later ones fail too.
-OperationHook failNth(Operation operation, std::int64_t n, Lasting lasting, const Failure& failure);
-OperationHook failNthOfAll(std::int64_t n, Lasting lasting, const Failure& failure);
+// The nth call of one operation, or the nth of all, fails; with `permanent` all later ones fail too.
+OperationHook failNth(Operation operation, std::int64_t n, Persistence persistence, const Failure& failure);
+OperationHook failNthOfAll(std::int64_t n, Persistence persistence, const Failure& failure);
 
 } // namespace platform

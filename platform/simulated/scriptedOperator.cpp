@@ -17,20 +17,20 @@ bool takesClicks(const Control& control) {
            control.kind == ControlKind::checkBox;
 }
 
-bool fits(const Control& control, const Deed& deed) {
-    if (deed.kind == Deed::Kind::click) {
+bool fits(const Control& control, const Action& action) {
+    if (action.kind == Action::Kind::click) {
         return takesClicks(control);
     }
-    return control.kind == ControlKind::dropDownList && deed.entry >= 0 &&
-           deed.entry < static_cast<int>(control.items.size());
+    return control.kind == ControlKind::dropDownList && action.entry >= 0 &&
+           action.entry < static_cast<int>(control.items.size());
 }
 
-std::string_view controlRefusal(const Form& form, const Deed& deed) {
-    const Control* control = find(form, deed.control, deed.index);
+std::string_view controlRefusal(const Form& form, const Action& action) {
+    const Control* control = find(form, action.control, action.index);
     if (control == nullptr) {
         return "there is no such control";
     }
-    if (!fits(*control, deed)) {
+    if (!fits(*control, action)) {
         return "the control does not take that";
     }
     for (const Control* part = control; part != nullptr; part = find(form, part->container, -1)) {
@@ -52,31 +52,31 @@ void turnOn(const Form& form, Control& option) {
     }
 }
 
-void change(const Form& form, Control& control, const Deed& deed) {
+void change(const Form& form, Control& control, const Action& action) {
     switch (control.kind) {
     case ControlKind::optionButton: turnOn(form, control); break;
     case ControlKind::checkBox: control.value = control.value == 0 ? 1 : 0; break;
-    case ControlKind::dropDownList: control.listIndex = deed.entry; break;
+    case ControlKind::dropDownList: control.listIndex = action.entry; break;
     default: break;
     }
 }
 
 } // namespace
 
-Deed click(std::string form, std::string control, int index) {
-    return {Deed::Kind::click, std::move(form), std::move(control), index};
+Action click(std::string form, std::string control, int index) {
+    return {Action::Kind::click, std::move(form), std::move(control), index};
 }
 
-Deed choose(std::string form, std::string control, int entry) {
-    return {Deed::Kind::choose, std::move(form), std::move(control), -1, entry};
+Action choose(std::string form, std::string control, int entry) {
+    return {Action::Kind::choose, std::move(form), std::move(control), -1, entry};
 }
 
-Deed closing(std::string form) {
-    return {Deed::Kind::close, std::move(form)};
+Action closing(std::string form) {
+    return {Action::Kind::close, std::move(form)};
 }
 
-std::string_view ScriptedOperator::refusal(const Deed& deed) const {
-    const Form* form = desktop_.form(deed.form);
+std::string_view ScriptedOperator::refusal(const Action& action) const {
+    const Form* form = desktop_.form(action.form);
     if (form == nullptr) {
         return "the form is not loaded";
     }
@@ -86,23 +86,21 @@ std::string_view ScriptedOperator::refusal(const Deed& deed) const {
     if (!form->enabled) {
         return "the form is disabled";
     }
-    if (desktop_.modalStands()) {
-        return "a box stands";
+    if (desktop_.modalOpen()) {
+        return "a box is open";
     }
-    return deed.kind == Deed::Kind::close ? std::string_view{} : controlRefusal(*form, deed);
+    return action.kind == Action::Kind::close ? std::string_view{} : controlRefusal(*form, action);
 }
 
-bool ScriptedOperator::perform(const Deed& deed) {
-    const std::string_view refused = refusal(deed);
-    done_.push_back({deed, clock_.now(), std::string(refused)});
-    if (!refused.empty()) {
+bool ScriptedOperator::perform(const Action& action) {
+    if (!refusal(action).empty()) {
         return false;
     }
-    const Form& form = *desktop_.form(deed.form);
+    const Form& form = *desktop_.form(action.form);
     std::function<void()> handler = form.queryUnload;
-    if (deed.kind != Deed::Kind::close) {
-        Control& control = *find(form, deed.control, deed.index);
-        change(form, control, deed);
+    if (action.kind != Action::Kind::close) {
+        Control& control = *find(form, action.control, action.index);
+        change(form, control, action);
         handler = control.click;
     }
     if (handler) {
@@ -111,11 +109,11 @@ bool ScriptedOperator::perform(const Deed& deed) {
     return true;
 }
 
-std::vector<Deed> ScriptedOperator::possible() const {
-    std::vector<Deed> deeds;
-    const auto addIfPossible = [&](Deed deed) {
-        if (refusal(deed).empty()) {
-            deeds.push_back(std::move(deed));
+std::vector<Action> ScriptedOperator::possible() const {
+    std::vector<Action> actions;
+    const auto addIfPossible = [&](Action action) {
+        if (refusal(action).empty()) {
+            actions.push_back(std::move(action));
         }
     };
     for (const Form* form : desktop_.forms()) {
@@ -129,7 +127,7 @@ std::vector<Deed> ScriptedOperator::possible() const {
         }
         addIfPossible(closing(form->name));
     }
-    return deeds;
+    return actions;
 }
 
 } // namespace platform

@@ -44,7 +44,7 @@ void SimulatedDesktop::enter() {
 
 std::int64_t SimulatedDesktop::timeGetTime() {
     enter();
-    clock_.noteLook();
+    clock_.countPoll();
     return clock_.now() / 1000;
 }
 
@@ -75,7 +75,7 @@ void SimulatedDesktop::sleep(int milliseconds) {
 
 void SimulatedDesktop::waitForBytes(std::int64_t until) {
     enter();
-    clock_.noteLook();
+    clock_.countPoll();
     port_.advance();
     const Micros end = fromMilliseconds(until);
     while (!port_.pollInput() && clock_.now() < end) {
@@ -89,7 +89,7 @@ void SimulatedDesktop::waitForBytes(std::int64_t until) {
 
 void SimulatedDesktop::doEvents() {
     enter();
-    clock_.noteLook();
+    clock_.countPoll();
     while (runDueEvent()) {
     }
 }
@@ -100,7 +100,7 @@ void SimulatedDesktop::waitForEvents(std::int64_t until) {
 }
 
 void SimulatedDesktop::waitOnce(Micros until) {
-    clock_.noteLook();
+    clock_.countPoll();
     port_.advance();
     while (!runDueEvent() && !port_.pollInput() && clock_.now() < until) {
         const Micros next = std::min({nextEvent(), port_.next(), until});
@@ -182,7 +182,7 @@ void SimulatedDesktop::endProgram() {
 
 // Boxes and dialogs.
 
-void SimulatedDesktop::react() {
+void SimulatedDesktop::waitForOperator() {
     const Micros end = clock_.now() + reactionTime;
     while (clock_.now() < end) {
         waitOnce(end);
@@ -191,13 +191,13 @@ void SimulatedDesktop::react() {
 
 int SimulatedDesktop::msgBox(const std::string& text, int style, const std::string& title) {
     enter();
-    clock_.noteLook();
+    clock_.countPoll();
     const Counted modal(modalDepth_);
     Box& box = boxes_.emplace_back(Box{text, style, title, clock_.now()});
-    if (boxStands) {
-        boxStands(box);
+    if (boxOpened) {
+        boxOpened(box);
     }
-    react();
+    waitForOperator();
     const int answer = answerBox ? answerBox(box) : boxAnswer::ok;
     box.answer = box.hasCancel() ? answer : boxAnswer::ok;
     return box.answer;
@@ -205,23 +205,23 @@ int SimulatedDesktop::msgBox(const std::string& text, int style, const std::stri
 
 void SimulatedDesktop::askForFile(FileDialog& dialog, bool save) {
     enter();
-    clock_.noteLook();
+    clock_.countPoll();
     const Counted modal(modalDepth_);
-    AskedFile& asked = askedFiles_.emplace_back(AskedFile{dialog, save, clock_.now()});
+    FileRequest& request = fileRequests_.emplace_back(FileRequest{dialog, save, clock_.now()});
     bool settled = false;
     while (!settled) {
-        react();
-        asked.path = chooseFile ? chooseFile(asked) : std::nullopt;
-        if (asked.path) {
-            asked.path = trim(*asked.path);
+        waitForOperator();
+        request.path = chooseFile ? chooseFile(request) : std::nullopt;
+        if (request.path) {
+            request.path = trim(*request.path);
         }
         const bool asks = save && (dialog.flags & FileDialog::overwritePrompt) != 0;
-        const bool exists = asks && asked.path && files_.find(*asked.path) != nullptr;
-        asked.askedToOverwrite = asked.askedToOverwrite || exists;
-        settled = !exists || !confirmOverwrite || confirmOverwrite(asked);
+        const bool exists = asks && request.path && files_.find(*request.path) != nullptr;
+        request.askedToOverwrite = request.askedToOverwrite || exists;
+        settled = !exists || !confirmOverwrite || confirmOverwrite(request);
     }
-    if (asked.path) {
-        dialog.fileName = *asked.path;
+    if (request.path) {
+        dialog.fileName = *request.path;
     } else if (dialog.cancelError) {
         throw Failure(failureNumber::dialogCancelled, "Cancel was selected");
     }
@@ -234,8 +234,8 @@ Form* SimulatedDesktop::form(std::string_view name) const {
     return at == forms_.end() ? nullptr : *at;
 }
 
-// Notes a change of a form, which must be loaded.
-void SimulatedDesktop::require(Form& form, FormChange change) {
+// Reports a change of a form; a violation if it is not loaded.
+void SimulatedDesktop::noteChange(Form& form, FormChange change) {
     enter();
     if (std::ranges::find(forms_, &form) == forms_.end()) {
         violations_.push_back(form.name + " is shown, hidden or unloaded and was not loaded");
@@ -250,22 +250,22 @@ void SimulatedDesktop::load(Form& form) {
         violations_.push_back(form.name + " is loaded twice");
     }
     forms_.push_back(&form);
-    require(form, FormChange::loaded);
+    noteChange(form, FormChange::loaded);
     timers_.add(form);
 }
 
 void SimulatedDesktop::show(Form& form) {
-    require(form, FormChange::shown);
+    noteChange(form, FormChange::shown);
     form.visible = true;
 }
 
 void SimulatedDesktop::hide(Form& form) {
-    require(form, FormChange::hidden);
+    noteChange(form, FormChange::hidden);
     form.visible = false;
 }
 
 void SimulatedDesktop::unload(Form& form) {
-    require(form, FormChange::unloaded);
+    noteChange(form, FormChange::unloaded);
     form.visible = false;
     timers_.remove(form);
     std::erase(forms_, &form);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/desktop.h"
-#include "platform/simulated/conversation.h"
+#include "platform/simulated/desktopRecords.h"
 #include "platform/simulated/simulatedFiles.h"
 #include "platform/simulated/simulatedPort.h"
 #include "platform/windowTimers.h"
@@ -30,7 +30,7 @@ class SimulatedDesktop : public Desktop {
     SimulatedDesktop(VirtualClock& clock, SimulatedPort& port, SimulatedFiles& files)
         : clock_(clock), port_(port), files_(files) {}
 
-    // Runs a first event and then all later ones, until one of the ends above.
+    // Runs a first event and then all later ones, until one of the conditions of RunEnd.
     RunEnd run(const Handler& entry);
     const std::string& stuckReason() const { return stuckReason_; }
     bool ended() const { return ended_; }
@@ -42,10 +42,10 @@ class SimulatedDesktop : public Desktop {
     // meanwhile. Without a function: OK for a box, Cancel for a dialog, overwriting confirmed.
     Micros reactionTime = fromSeconds(1);
     std::function<int(const Box&)> answerBox;
-    std::function<std::optional<std::string>(const AskedFile&)> chooseFile;
-    std::function<bool(const AskedFile&)> confirmOverwrite;
-    // Called when a box has opened.
-    std::function<void(const Box&)> boxStands;
+    std::function<std::optional<std::string>(const FileRequest&)> chooseFile;
+    std::function<bool(const FileRequest&)> confirmOverwrite;
+    // Called when a box opens.
+    std::function<void(const Box&)> boxOpened;
 
     // For observers. The first is called after a load and before any other change of a form, the second after each window
     // event that is not nested in another.
@@ -54,10 +54,10 @@ class SimulatedDesktop : public Desktop {
 
     // Records of the run so far.
     const std::deque<Box>& boxes() const { return boxes_; }
-    const std::deque<AskedFile>& askedFiles() const { return askedFiles_; }
+    const std::deque<FileRequest>& fileRequests() const { return fileRequests_; }
     // Failures that left an event's handler, and invalid uses of the desktop.
     const std::vector<std::string>& violations() const { return violations_; }
-    bool modalStands() const { return modalDepth_ > 0; }
+    bool modalOpen() const { return modalDepth_ > 0; }
     bool keptAwake() const { return keptAwake_; }
     // The loaded form of that name, or nullptr.
     Form* form(std::string_view name) const;
@@ -96,9 +96,9 @@ class SimulatedDesktop : public Desktop {
     bool runDueEvent();
     void waitOnce(Micros until);
     void moveTo(Micros moment);
-    void react();
+    void waitForOperator();
     void askForFile(FileDialog& dialog, bool save);
-    void require(Form& form, FormChange change);
+    void noteChange(Form& form, FormChange change);
 
     VirtualClock& clock_;
     SimulatedPort& port_;
@@ -107,7 +107,7 @@ class SimulatedDesktop : public Desktop {
     WindowTimers timers_;
     std::multimap<Micros, Handler> scheduled_;
     std::deque<Box> boxes_;
-    std::deque<AskedFile> askedFiles_;
+    std::deque<FileRequest> fileRequests_;
     std::vector<std::string> violations_;
     int modalDepth_ = 0;
     int eventDepth_ = 0;

@@ -16,7 +16,7 @@ bool fits(const LineSettings& settings) {
 } // namespace
 
 bool SimulatedDevice::pulled() const {
-    return clock_.now() >= present_->pulledAt && openedAt_ < present_->pulledAt;
+    return clock_.now() >= openPort_->pulledAt && openedAt_ < openPort_->pulledAt;
 }
 
 void SimulatedDevice::requirePresent() const {
@@ -26,22 +26,22 @@ void SimulatedDevice::requirePresent() const {
 }
 
 void SimulatedDevice::open(const std::string& device, const LineSettings& settings) {
-    const auto found = sockets_.find(device);
+    const auto found = comPorts_.find(device);
     const Micros now = clock_.now();
-    if (found == sockets_.end() || (now >= found->second.pulledAt && now < found->second.backAt)) {
+    if (found == comPorts_.end() || (now >= found->second.pulledAt && now < found->second.backAt)) {
         throw Failure(failureNumber::portMissing, "there is no such port");
     }
     switch (found->second.state) {
-    case Socket::State::held: throw Failure(failureNumber::portHeld, "in use by another program");
-    case Socket::State::forbidden: throw Failure(failureNumber::portForbidden, "this user may not open the port");
-    case Socket::State::broken: throw Failure(failureNumber::portRefused, "the device does not answer");
-    case Socket::State::refusesSettings: throw Failure(failureNumber::portRefused, "it refuses the settings");
-    case Socket::State::free: break;
+    case ComPort::State::held: throw Failure(failureNumber::portHeld, "in use by another program");
+    case ComPort::State::forbidden: throw Failure(failureNumber::portForbidden, "this user may not open the port");
+    case ComPort::State::broken: throw Failure(failureNumber::portRefused, "the device does not answer");
+    case ComPort::State::refusesSettings: throw Failure(failureNumber::portRefused, "it refuses the settings");
+    case ComPort::State::free: break;
     }
     if (!fits(settings)) {
         throw Failure(failureNumber::portRefused, "it refuses the settings");
     }
-    present_ = &found->second;
+    openPort_ = &found->second;
     openedAt_ = now;
     advance();
     received_.clear(); // bytes that came while the port was closed are lost
@@ -49,14 +49,14 @@ void SimulatedDevice::open(const std::string& device, const LineSettings& settin
 
 void SimulatedDevice::close() {
     advance();
-    if (present_->line != nullptr) {
+    if (openPort_->line != nullptr) {
         if (pulled()) {
-            present_->line->dropAll();
+            openPort_->line->dropAll();
         } else {
-            present_->line->dropUnsent(clock_.now());
+            openPort_->line->dropUnsent(clock_.now());
         }
     }
-    present_ = nullptr;
+    openPort_ = nullptr;
     received_.clear();
 }
 
@@ -74,8 +74,8 @@ std::size_t SimulatedDevice::read(std::span<std::uint8_t> bytes) {
 
 std::size_t SimulatedDevice::write(std::span<const std::uint8_t> bytes) {
     requirePresent();
-    if (present_->line != nullptr) {
-        present_->line->write(bytes, clock_.now());
+    if (openPort_->line != nullptr) {
+        openPort_->line->write(bytes, clock_.now());
     }
     return bytes.size();
 }
@@ -88,26 +88,26 @@ void SimulatedDevice::clearReceived() {
 
 void SimulatedDevice::clearUnsent() {
     requirePresent();
-    if (present_->line != nullptr) {
-        present_->line->dropUnsent(clock_.now());
+    if (openPort_->line != nullptr) {
+        openPort_->line->dropUnsent(clock_.now());
     }
 }
 
 void SimulatedDevice::advance() {
-    if (present_ != nullptr && present_->line != nullptr) {
-        const Micros until = pulled() ? present_->pulledAt : clock_.now();
-        if (present_->line->advance(until, received_)) {
+    if (openPort_ != nullptr && openPort_->line != nullptr) {
+        const Micros until = pulled() ? openPort_->pulledAt : clock_.now();
+        if (openPort_->line->advance(until, received_)) {
             clock_.noteProgress();
         }
     }
 }
 
 Micros SimulatedDevice::next() const {
-    if (present_ == nullptr) {
+    if (openPort_ == nullptr) {
         return never;
     }
-    const Micros loss = pulled() ? clock_.now() : openedAt_ < present_->pulledAt ? present_->pulledAt : never;
-    return present_->line == nullptr || pulled() ? loss : std::min(loss, present_->line->next());
+    const Micros loss = pulled() ? clock_.now() : openedAt_ < openPort_->pulledAt ? openPort_->pulledAt : never;
+    return openPort_->line == nullptr || pulled() ? loss : std::min(loss, openPort_->line->next());
 }
 
 } // namespace platform

@@ -8,23 +8,23 @@
 
 namespace platform {
 
-// A COM port of the machine. A port number without a socket does not exist.
-struct Socket {
+// A COM port of the machine. Only the ports in SimulatedDevice::comPorts() exist.
+struct ComPort {
     enum class State { free, held, forbidden, refusesSettings, broken };
     State state = State::free;
     SimulatedLine* line = nullptr; // nullptr: nothing is connected
     Micros pulledAt = never;       // the adapter is pulled out at this time
-    Micros backAt = never;         // and can be opened again from this time on
+    Micros backAt = never;         // from this time on it can be opened again
 };
 
 class SimulatedDevice : public LineDevice {
   public:
     explicit SimulatedDevice(VirtualClock& clock) : clock_(clock) {}
 
-    // Path of the device behind a COM port.
+    // Path of the device of a COM port.
     static std::string path(int number) { return "/dev/simulated" + std::to_string(number); }
 
-    std::map<std::string, Socket>& sockets() { return sockets_; } // by path
+    std::map<std::string, ComPort>& comPorts() { return comPorts_; } // by path
 
     void open(const std::string& device, const LineSettings& settings) override;
     void close() override;
@@ -44,8 +44,8 @@ class SimulatedDevice : public LineDevice {
     void requirePresent() const;
 
     VirtualClock& clock_;
-    std::map<std::string, Socket> sockets_;
-    Socket* present_ = nullptr; // of the open device
+    std::map<std::string, ComPort> comPorts_;
+    ComPort* openPort_ = nullptr; // nullptr: closed
     Micros openedAt_ = 0;
     Bytes received_;
 };

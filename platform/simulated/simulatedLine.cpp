@@ -18,16 +18,16 @@ void SimulatedLine::pass(Direction direction, Bytes bytes, Micros at) {
     record_.add(at, direction, bytes);
     const Writes kind = kindOf(direction, bytes, at);
     if (!hooks_.empty() || !faults(direction).empty()) {
-        Passage passage{direction, at, bytes, kind};
-        for (const PassageHook& hook : hooks_) {
-            hook(passage);
+        Transmission transmission{direction, at, bytes, kind};
+        for (const TransmissionHook& hook : hooks_) {
+            hook(transmission);
         }
-        strike(faults(direction), kind, random_, passage.bytes, passage.at);
-        if (passage.at != at || passage.bytes != bytes) {
-            record_.add(passage.at, direction, passage.bytes, true);
+        applyFaults(faults(direction), kind, random_, transmission.bytes, transmission.at);
+        if (transmission.at != at || transmission.bytes != bytes) {
+            record_.add(transmission.at, direction, transmission.bytes, true);
         }
-        at = passage.at;
-        bytes = std::move(passage.bytes);
+        at = transmission.at;
+        bytes = std::move(transmission.bytes);
     }
     lane(direction).send(std::move(bytes), at);
 }
@@ -53,9 +53,9 @@ Writes SimulatedLine::kindOf(Direction direction, const Bytes& bytes, Micros at)
 }
 
 Micros SimulatedLine::nextAtUnit() const {
-    const Micros happening = happenings_.empty() ? never : happenings_.begin()->first;
+    const Micros event = events_.empty() ? never : events_.begin()->first;
     const Micros unit = unit_ == nullptr ? never : unit_->due().value_or(never);
-    return std::min({happening, unit, toUnit_.writeEnd()});
+    return std::min({event, unit, toUnit_.writeEnd()});
 }
 
 Micros SimulatedLine::next() const {
@@ -72,10 +72,10 @@ bool SimulatedLine::advance(Micros now, Bytes& received) {
 }
 
 void SimulatedLine::step(Micros moment) {
-    if (!happenings_.empty() && happenings_.begin()->first <= moment) {
-        const auto happening = std::move(happenings_.begin()->second);
-        happenings_.erase(happenings_.begin());
-        happening();
+    if (!events_.empty() && events_.begin()->first <= moment) {
+        const auto event = std::move(events_.begin()->second);
+        events_.erase(events_.begin());
+        event();
         return;
     }
     const bool arrives = toUnit_.writeEnd() <= moment;

@@ -15,13 +15,13 @@ namespace platform {
 
 // A write at one end of the line. A hook may change, remove or add bytes, and move `at` to a later time; later writes stay
 // after it.
-struct Passage {
+struct Transmission {
     Direction direction;
     Micros at = 0;
     Bytes bytes = {};
     Writes kind = Writes::any; // frames or transfer
 };
-using PassageHook = std::function<void(Passage&)>;
+using TransmissionHook = std::function<void(Transmission&)>;
 
 class SimulatedLine {
   public:
@@ -31,7 +31,7 @@ class SimulatedLine {
     SimulatedLine& operator=(const SimulatedLine&) = delete;
 
     // Hooks are called for every write of either side before it is sent, in the order in which they were added.
-    void addHook(PassageHook hook) { hooks_.push_back(std::move(hook)); }
+    void addHook(TransmissionHook hook) { hooks_.push_back(std::move(hook)); }
     void removeHooks() { hooks_.clear(); }
 
     // Faults of a direction. They apply after the hooks; the record has the write before and after.
@@ -42,8 +42,8 @@ class SimulatedLine {
     // Puts bytes onto the line that neither side has sent. Hooks and faults do not apply.
     void put(Direction direction, Bytes bytes, Micros at);
 
-    // Schedules something that does not depend on the program: a restart of the unit, a burst of noise.
-    void at(Micros moment, std::function<void()> happening) { happenings_.emplace(moment, std::move(happening)); }
+    // Schedules an event that does not depend on the program: a restart of the unit, a burst of noise.
+    void at(Micros moment, std::function<void()> event) { events_.emplace(moment, std::move(event)); }
 
     WireRecord& record() { return record_; }
     void setPace(LinePace pace) { pace_ = pace; }
@@ -69,12 +69,12 @@ class SimulatedLine {
     LinePace pace_;
     Lane toUnit_{pace_};
     Lane fromUnit_{pace_};
-    std::vector<PassageHook> hooks_;
+    std::vector<TransmissionHook> hooks_;
     std::array<std::vector<LineFault>, 2> faults_;
     Random random_;
     int frameParts_ = 0; // parts of the present frame that the tool has not written yet
     Micros frameAt_ = 0; // time of its first part
-    std::multimap<Micros, std::function<void()>> happenings_;
+    std::multimap<Micros, std::function<void()>> events_;
     WireRecord record_;
 };
 

@@ -8,7 +8,7 @@ SimulatedPort::SimulatedPort(VirtualClock& clock, SimulatedDevice* device)
 
 void SimulatedPort::pass(Operation operation) {
     operations_.pass(operation);
-    clock_.noteLook();
+    clock_.countPoll();
 }
 
 void SimulatedPort::choosePort(std::int16_t number) {

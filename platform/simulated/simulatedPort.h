@@ -11,8 +11,8 @@ class SimulatedPort : public DevicePort {
   public:
     explicit SimulatedPort(VirtualClock& clock) : SimulatedPort(clock, new SimulatedDevice(clock)) {}
 
-    Socket& socket(int number) { return device_.sockets()[SimulatedDevice::path(number)]; } // creates a missing one
-    void removeSocket(int number) { device_.sockets().erase(SimulatedDevice::path(number)); }
+    ComPort& comPort(int number) { return device_.comPorts()[SimulatedDevice::path(number)]; } // creates a missing one
+    void removeComPort(int number) { device_.comPorts().erase(SimulatedDevice::path(number)); }
     OperationGate& operations() { return operations_; }
 
     // For observers: called with the bytes of each read of the program.

@@ -4,7 +4,7 @@ namespace platform {
 
 namespace {
 
-constexpr int maxLooks = 100'000;
+constexpr int maxPolls = 100'000;
 
 std::string secondsText(Micros moment) {
     return std::to_string(moment / 1'000'000) + " s";
@@ -20,12 +20,12 @@ void VirtualClock::advanceTo(Micros moment) {
         throw Stuck{"the program still runs after " + secondsText(limit_)};
     }
     now_ = moment;
-    looks_ = 0;
+    polls_ = 0;
 }
 
-void VirtualClock::noteLook() {
-    if (++looks_ > maxLooks) {
-        throw Stuck{"the program goes round without waiting, at " + secondsText(now_)};
+void VirtualClock::countPoll() {
+    if (++polls_ > maxPolls) {
+        throw Stuck{"the program loops without waiting, at " + secondsText(now_)};
     }
 }
 

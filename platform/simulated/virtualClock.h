@@ -24,17 +24,17 @@ class VirtualClock {
     void advanceTo(Micros moment);
 
     // Counts a call of the program that waits or reads the clock. Throws Stuck after too many of them without progress.
-    void noteLook();
+    void countPoll();
 
     // Something happened without a move of the clock: counts from 0 again.
-    void noteProgress() { looks_ = 0; }
+    void noteProgress() { polls_ = 0; }
 
     void setLimit(Micros limit) { limit_ = limit; }
 
   private:
     Micros now_ = 0;
     Micros limit_ = fromSeconds(24 * 60 * 60);
-    int looks_ = 0; // since the clock moved or something happened
+    int polls_ = 0; // since the clock moved or something happened
 };
 
 } // namespace platform

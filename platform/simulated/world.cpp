@@ -28,8 +28,8 @@ World::World(WorldOptions options)
     files.put(desktop.directory + "Setting.INI", "[IFU]\r\nCOM=" + std::to_string(options.comPort) + "\r\n");
     files.put(desktop.directory + "TYPE.INI", typeIni);
     files.put(firmwarePath, textOf(image));
-    port.socket(options.comPort).line = &line;
-    desktop.chooseFile = [](const AskedFile& asked) { return asked.save ? savedPath : firmwarePath; };
+    port.comPort(options.comPort).line = &line;
+    desktop.chooseFile = [](const FileRequest& request) { return request.save ? savedPath : firmwarePath; };
     setDesktop(&desktop);
 }
 

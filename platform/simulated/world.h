@@ -1,4 +1,4 @@
-// Everything that one simulated run of the program needs: desktop, operator, line, unit and the usual files.
+// The environment of one simulated run of the program: desktop, operator, line, unit and the usual files.
 #pragma once
 
 #include "platform/simulated/scriptedOperator.h"
@@ -6,16 +6,16 @@
 
 namespace platform {
 
-constexpr int usualComPort = 3; // in Setting.INI and where the unit is
+constexpr int defaultComPort = 3; // in Setting.INI and where the unit is
 
 struct WorldOptions {
     simulator::UnitOptions unit = {};
     LinePace pace = {};
-    int comPort = usualComPort;
+    int comPort = defaultComPort;
     simulator::SampleImage image = {};
 };
 
-// It is the program's desktop for its lifetime. An open dialog gives the sample firmware, a save dialog
+// While it exists, `desktop` is the program's desktop. An open dialog gives the sample firmware, a save dialog
 // `savedPath`. Models: the amplifier is a QT-MVR, as the sample firmware is; the interface unit a QT-KP42.
 struct World {
     static constexpr const char* firmwarePath = "/firmware/sample.bin";
@@ -35,7 +35,7 @@ struct World {
     SimulatedLine line;
     SimulatedPort port{clock};
     SimulatedDesktop desktop{clock, port, files};
-    ScriptedOperator person{desktop, clock};
+    ScriptedOperator person{desktop};
     Bytes image; // of the sample firmware
 };
 

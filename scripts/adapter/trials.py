@@ -70,10 +70,10 @@ def upgrade(driver, tried, unit, afterPull=False):
         startWrite()
         boxes += " | " + answerBoxes(ends)
     same = image.exists() and image.read_bytes() == (home / "sample.bin").read_bytes()
-    asked = rf"({question} \| ((Application error\. RES : \| )?Failed \| )?)?" if afterPull else ""
+    request = rf"({question} \| ((Application error\. RES : \| )?Failed \| )?)?" if afterPull else ""
     expect(driver, tried, "Succeed; the unit holds the file" + (", at the second press at the latest" * afterPull),
            f"{boxes}; the unit {'holds' if same else 'does not hold'} the file",
-           f"{asked}Succeed; the unit holds the file")
+           f"{request}Succeed; the unit holds the file")
 
 
 def end(driver, device, off):

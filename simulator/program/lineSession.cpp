@@ -18,7 +18,7 @@ namespace {
 
 constexpr Micros bitsPerByte = 10; // start, eight data, stop
 constexpr Micros bitsPerSecond = 38400;
-constexpr std::size_t readSize = 256;   // less than the terminal's queue, so that a full line makes the tool wait
+constexpr std::size_t readSize = 256;   // less than the terminal's queue, so that the tool waits while the line is full
 constexpr std::size_t deliverySize = 8; // bytes that a serial chip collects before it reports them
 constexpr Micros quietTime = fromMilliseconds(50);
 
@@ -42,7 +42,7 @@ LineSession::LineSession(ProgramOptions options, PseudoTerminal& terminal)
     : options_(std::move(options)), terminal_(terminal), unit_(options_.unit) {}
 
 void LineSession::run(const volatile int& stop, const sigset_t& waitMask) {
-    prctl(PR_SET_TIMERSLACK, 1UL); // a byte lasts 260 us; the usual slack of 50 us would add up
+    prctl(PR_SET_TIMERSLACK, 1UL); // a byte lasts 260 us; the default slack of 50 us would add up
     if (options_.transferAtOnce == TransferAtOnce::receive) {
         unit_.startReceiving(clockNow());
     } else if (options_.transferAtOnce == TransferAtOnce::send) {
@@ -50,11 +50,11 @@ void LineSession::run(const volatile int& stop, const sigset_t& waitMask) {
     }
     while (stop == 0) {
         const Micros now = clockNow();
-        takeArrivals(now);
+        takeInput(now);
         unit_.advance(now);
-        queueDepartures(now);
+        queueOutput(now);
         saveFiles(now);
-        writeDepartures(now);
+        writeOutput(now);
         sleep(now, waitMask);
     }
     saveImage();
@@ -65,27 +65,27 @@ Micros LineSession::lineTime(std::size_t bytes) const {
     return options_.paced ? static_cast<Micros>(bytes) * bitsPerByte * fromSeconds(1) / bitsPerSecond : 0;
 }
 
-void LineSession::takeArrivals(Micros now) {
-    if (!arriving_.empty() && arrivalAt_ <= now) {
-        unit_.receive(arriving_, arrivalAt_);
-        arriving_.clear();
+void LineSession::takeInput(Micros now) {
+    if (!pendingInput_.empty() && inputCompleteAt_ <= now) {
+        unit_.receive(pendingInput_, inputCompleteAt_);
+        pendingInput_.clear();
     }
-    if (!arriving_.empty() || !mayRead_) {
+    if (!pendingInput_.empty() || !mayRead_) {
         return;
     }
-    arriving_.resize(readSize);
-    arriving_.resize(terminal_.read(arriving_));
-    if (!arriving_.empty()) {
-        noteHeard(now);
+    pendingInput_.resize(readSize);
+    pendingInput_.resize(terminal_.read(pendingInput_));
+    if (!pendingInput_.empty()) {
+        noteReceived(now);
         journalDueAt_ = now + quietTime;
-        arrivalAt_ = std::max(now - lateness_, arrivalAt_) + lineTime(arriving_.size());
+        inputCompleteAt_ = std::max(now - lateness_, inputCompleteAt_) + lineTime(pendingInput_.size());
         lateness_ = 0;
     }
 }
 
-void LineSession::noteHeard(Micros now) {
-    if (!firstHeardAt_) {
-        firstHeardAt_ = std::chrono::system_clock::now();
+void LineSession::noteReceived(Micros now) {
+    if (!firstByteAt_) {
+        firstByteAt_ = std::chrono::system_clock::now();
     }
     if (lastOutputAt_) {
         turnarounds_.push_back(now - *lastOutputAt_);
@@ -93,25 +93,25 @@ void LineSession::noteHeard(Micros now) {
     }
 }
 
-void LineSession::queueDepartures(Micros now) {
+void LineSession::queueOutput(Micros now) {
     for (Output& output : unit_.takeOutput()) {
-        const Micros start = std::max(output.at, departureEnd_);
-        departureEnd_ = start + lineTime(output.bytes.size());
-        departing_.push_back({start, std::move(output.bytes)});
+        const Micros start = std::max(output.at, outputEnd_);
+        outputEnd_ = start + lineTime(output.bytes.size());
+        pendingOutput_.push_back({start, std::move(output.bytes)});
         journalDueAt_ = now + quietTime;
     }
 }
 
-// Number of bytes of the departure that are delivered with the next write, counted from its start.
-std::size_t LineSession::nextWritten(const Departure& departure) const {
-    const std::size_t size = departure.bytes.size();
-    return options_.paced ? std::min(size, departure.written + deliverySize) : size;
+// Number of bytes of the delivery that are delivered with the next write, counted from its start.
+std::size_t LineSession::nextWritten(const Delivery& delivery) const {
+    const std::size_t size = delivery.bytes.size();
+    return options_.paced ? std::min(size, delivery.written + deliverySize) : size;
 }
 
-void LineSession::writeDepartures(Micros now) {
+void LineSession::writeOutput(Micros now) {
     terminalFull_ = false;
-    while (!departing_.empty() && !terminalFull_) {
-        Departure& first = departing_.front();
+    while (!pendingOutput_.empty() && !terminalFull_) {
+        Delivery& first = pendingOutput_.front();
         const std::size_t end = nextWritten(first);
         if (first.start + lineTime(end) > now) {
             return;
@@ -123,7 +123,7 @@ void LineSession::writeDepartures(Micros now) {
         lateness_ = options_.paced ? *lastOutputAt_ - (first.start + lineTime(end)) : 0;
         terminalFull_ = moved < size;
         if (first.written == first.bytes.size()) {
-            departing_.pop_front();
+            pendingOutput_.pop_front();
         }
     }
 }
@@ -131,11 +131,11 @@ void LineSession::writeDepartures(Micros now) {
 std::optional<Micros> LineSession::due() const {
     auto next = unit_.due();
     const auto consider = [&next](Micros moment) { next = next ? std::min(*next, moment) : moment; };
-    if (!arriving_.empty()) {
-        consider(arrivalAt_);
+    if (!pendingInput_.empty()) {
+        consider(inputCompleteAt_);
     }
-    if (!departing_.empty() && !terminalFull_) {
-        consider(departing_.front().start + lineTime(nextWritten(departing_.front())));
+    if (!pendingOutput_.empty() && !terminalFull_) {
+        consider(pendingOutput_.front().start + lineTime(nextWritten(pendingOutput_.front())));
     }
     if (journalDueAt_) {
         consider(*journalDueAt_);
@@ -145,7 +145,7 @@ std::optional<Micros> LineSession::due() const {
 
 void LineSession::sleep(Micros now, const sigset_t& waitMask) {
     pollfd terminal{terminal_.descriptor(), 0, 0};
-    terminal.events = static_cast<short>((arriving_.empty() ? POLLIN : 0) | (terminalFull_ ? POLLOUT : 0));
+    terminal.events = static_cast<short>((pendingInput_.empty() ? POLLIN : 0) | (terminalFull_ ? POLLOUT : 0));
     const auto next = due();
     const Micros wait = next ? std::max<Micros>(0, *next - now) : 0;
     const timespec limit{wait / fromSeconds(1), wait % fromSeconds(1) * 1000};
@@ -180,8 +180,8 @@ void LineSession::saveImage() const {
 // sends to the first byte that the tool sends next.
 std::string LineSession::timesText() {
     std::ostringstream text;
-    if (firstHeardAt_) {
-        const std::chrono::duration<double> since = firstHeardAt_->time_since_epoch();
+    if (firstByteAt_) {
+        const std::chrono::duration<double> since = firstByteAt_->time_since_epoch();
         text << std::fixed << std::setprecision(6) << "first byte: at " << since.count() << '\n';
     }
     if (!turnarounds_.empty()) {

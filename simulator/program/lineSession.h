@@ -22,18 +22,18 @@ class LineSession {
     void run(const volatile int& stop, const sigset_t& waitMask);
 
   private:
-    struct Departure {
+    struct Delivery {
         Micros start = 0; // of its first bit
         Bytes bytes;
         std::size_t written = 0;
     };
 
     Micros lineTime(std::size_t bytes) const;
-    void takeArrivals(Micros now);
-    void noteHeard(Micros now);
-    void queueDepartures(Micros now);
-    void writeDepartures(Micros now);
-    std::size_t nextWritten(const Departure& departure) const;
+    void takeInput(Micros now);
+    void noteReceived(Micros now);
+    void queueOutput(Micros now);
+    void writeOutput(Micros now);
+    std::size_t nextWritten(const Delivery& delivery) const;
     std::optional<Micros> due() const;
     void sleep(Micros now, const sigset_t& waitMask);
     void saveFiles(Micros now);
@@ -44,14 +44,14 @@ class LineSession {
     ProgramOptions options_;
     PseudoTerminal& terminal_;
     Unit unit_;
-    Bytes arriving_; // on the line to the unit, complete at arrivalAt_
-    Micros arrivalAt_ = 0;
-    std::deque<Departure> departing_;
-    Micros departureEnd_ = 0;
+    Bytes pendingInput_; // on the line to the unit, complete at inputCompleteAt_
+    Micros inputCompleteAt_ = 0;
+    std::deque<Delivery> pendingOutput_;
+    Micros outputEnd_ = 0;
     bool terminalFull_ = false;
     bool mayRead_ = false;
     Micros lateness_ = 0; // of the last delivery; the answer counts as that much earlier
-    std::optional<std::chrono::system_clock::time_point> firstHeardAt_;
+    std::optional<std::chrono::system_clock::time_point> firstByteAt_;
     std::optional<Micros> lastOutputAt_; // time of the last byte written, until the tool sends something
     std::vector<Micros> turnarounds_;
     std::size_t operationsSaved_ = 0;

@@ -41,7 +41,7 @@ void writeSample(const ProgramOptions& options) {
     }
 }
 
-void play(ProgramOptions options) {
+void runUnit(ProgramOptions options) {
     const sigset_t waitMask = catchStopSignals();
     PseudoTerminal terminal(options.link);
     std::cout << terminal.device() << std::endl;
@@ -50,15 +50,15 @@ void play(ProgramOptions options) {
 
 } // namespace
 
-int main(int count, char** words) {
+int main(int argc, char** argv) {
     try {
-        ProgramOptions options = readOptions(count, words);
+        ProgramOptions options = readOptions(argc, argv);
         if (options.help) {
             std::cout << helpText;
         } else if (!options.sampleOut.empty()) {
             writeSample(options);
         } else {
-            play(std::move(options));
+            runUnit(std::move(options));
         }
         return EXIT_SUCCESS;
     } catch (const std::exception& failure) {

@@ -151,19 +151,19 @@ Behaviour:
       --type TEXT --version RAW --seed N   its contents (AMPFIRM, 11046, 1)
 )";
 
-ProgramOptions readOptions(int count, char** words) {
+ProgramOptions readOptions(int argc, char** argv) {
     ProgramOptions options;
-    for (int i = 1; i < count; ++i) {
-        const std::string name = words[i];
+    for (int i = 1; i < argc; ++i) {
+        const std::string name = argv[i];
         const auto known = knownOptions.find(name);
         if (known == knownOptions.end()) {
             throw std::runtime_error("unknown option " + name);
         }
         const bool takesValue = known->second.takesValue;
-        if (takesValue && i + 1 == count) {
+        if (takesValue && i + 1 == argc) {
             throw std::runtime_error(name + " needs a value");
         }
-        known->second.apply(options, name, takesValue ? words[++i] : "");
+        known->second.apply(options, name, takesValue ? argv[++i] : "");
     }
     return options;
 }

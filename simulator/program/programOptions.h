@@ -23,7 +23,7 @@ struct ProgramOptions {
 };
 
 // Reads the command line. Throws std::runtime_error with a description.
-ProgramOptions readOptions(int count, char** words);
+ProgramOptions readOptions(int argc, char** argv);
 
 extern const std::string_view helpText;
 

@@ -11,7 +11,7 @@ using namespace std::string_literals;
 
 int trace(std::uint64_t seed) {
     const soak::Result result = soak::runSession(seed, true);
-    std::ranges::copy(result.story, std::ostream_iterator<std::string>(std::cout, "\n"));
+    std::ranges::copy(result.trace, std::ostream_iterator<std::string>(std::cout, "\n"));
     return result.violations.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
@@ -41,13 +41,13 @@ int runAll(std::uint64_t sessions, std::uint64_t first) {
 
 } // namespace
 
-int main(int count, char** words) {
+int main(int argc, char** argv) {
     try {
-        if (count == 3 && words[1] == "--trace"s) {
-            return trace(std::stoull(words[2]));
+        if (argc == 3 && argv[1] == "--trace"s) {
+            return trace(std::stoull(argv[2]));
         }
-        if (count == 2 || (count == 4 && words[2] == "--first"s)) {
-            return runAll(std::stoull(words[1]), count == 2 ? 1 : std::stoull(words[3]));
+        if (argc == 2 || (argc == 4 && argv[2] == "--first"s)) {
+            return runAll(std::stoull(argv[1]), argc == 2 ? 1 : std::stoull(argv[3]));
         }
     } catch (const std::logic_error&) { // of stoull
     }

@@ -1,15 +1,15 @@
-// Plays the stories of a file (story/stage.h) and prints the file with what happens: the way to try a session, and to write
-// tests/stories/ anew.
-#include "story/stage.h"
+// Plays the stories of a file (story/player.h) and prints the file with what happens. Use it to try a session, and to update
+// a file of tests/stories/.
+#include "story/player.h"
 
 #include <exception>
 #include <fstream>
 #include <iostream>
 #include <sstream>
 
-int main(int count, char** words) {
+int main(int argc, char** argv) {
     std::stringstream file;
-    if (count != 2 || !(file << std::ifstream(words[1]).rdbuf())) {
+    if (argc != 2 || !(file << std::ifstream(argv[1]).rdbuf())) {
         std::cerr << "Usage: tarnbeacon-story FILE\n";
         return 2;
     }

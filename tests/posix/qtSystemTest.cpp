@@ -34,13 +34,13 @@ TEST(System, TheSleepLockIsAChildsAndEndsWithItsInput) {
     for (const bool on : {true, true, false}) { // once
         realDesktop->keepAwake(on);
         const std::string file = folder + (on ? "/held" : "/over");
-        const auto asked = [&] {
+        const auto request = [&] {
             std::string first, second;
             std::ifstream(file) >> first >> second;
             return first + ' ' + second;
         };
         EXPECT_TRUE(
-            QTest::qWaitFor([&] { return asked() == "--what=sleep:idle:handle-lid-switch --what=idle"; }, 2000));
+            QTest::qWaitFor([&] { return request() == "--what=sleep:idle:handle-lid-switch --what=idle"; }, 2000));
     }
     std::filesystem::remove_all(folder);
 }

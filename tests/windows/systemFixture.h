@@ -170,9 +170,9 @@ class PseudoTerminal {
 
 inline constexpr const char* systemStory = "realWindows.txt";
 
-class SystemSurroundings : public contract::Surroundings {
+class SystemFixture : public contract::Fixture {
   protected:
-    SystemSurroundings(platform::Desktop& desktop, const std::string& place) : Surroundings(desktop, place) {
+    SystemFixture(platform::Desktop& desktop, const std::string& place) : Fixture(desktop, place) {
         driver.mostHandles = countHandles() + 200;
         commands["room"] = [](const std::string& most) { driver.room = std::stoll(most); };
         commands["break"] = [](const std::string&) { driver.syncFails = true; };
@@ -189,7 +189,7 @@ class SystemSurroundings : public contract::Surroundings {
                     : "cooked");
         };
     }
-    ~SystemSurroundings() override {
+    ~SystemFixture() override {
         port.close();
         driver.error = driver.openError = ERROR_SUCCESS;
         driver.room = INT64_MAX;

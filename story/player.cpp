@@ -1,7 +1,7 @@
-#include "story/stage.h"
+#include "story/player.h"
 
 #include "app/program.h"
-#include "story/story.h"
+#include "story/recorder.h"
 #include "ui/forms.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ using namespace platform;
 
 namespace {
 
-// The parts of a text behind each line begin of that kind; first, what stands ahead of them.
+// Splits a text at the lines that begin with `mark`. The first part is the text above them.
 std::vector<std::string> partsOf(const std::string& text, const std::string& mark) {
     std::vector<std::string> parts;
     for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1 + mark.size()) {
@@ -34,16 +34,16 @@ std::string unescaped(std::string text) {
     return text;
 }
 
-// What a script can do, to a world of its own.
-class Stage {
+// Performs the commands of scripts in a World.
+class Player {
   public:
-    Stage() { world_.line.record().keep(0); }
+    Player() { world_.line.record().keep(0); }
 
-    // Does the lines of a script and tells the second.
-    std::string tell(const std::string& ahead, const std::string& script) {
-        perform(ahead);
-        const std::string told = perform(script);
-        return told + change("amplifier", before_, unit_.amplifierImage) +
+    // Performs both scripts and returns the second one with what was seen.
+    std::string play(const std::string& preamble, const std::string& script) {
+        perform(preamble);
+        const std::string played = perform(script);
+        return played + change("amplifier", before_, unit_.amplifierImage) +
                change("interface unit", UnitOptions().interfaceUnitImage, unit_.interfaceUnitImage) +
                change("saved.bin", {}, bytesOf(content(World::savedPath)));
     }
@@ -52,19 +52,19 @@ class Stage {
     using UnitOptions = simulator::UnitOptions;
 
     std::string perform(const std::string& script) {
-        std::string told;
+        std::string played;
         std::istringstream lines(script);
         for (std::string line; std::getline(lines, line);) {
             if (line.starts_with("* ") || line.starts_with(". ")) {
                 performLine(line.substr(2));
-                const std::string seen = story_.take() + obstacles();
-                told += line + '\n' + (line[0] == '*' ? seen : "");
+                const std::string seen = recorder_.take() + obstacles();
+                played += line + '\n' + (line[0] == '*' ? seen : "");
             }
         }
-        return told;
+        return played;
     }
 
-    // What a line has left behind that keeps the operator from going on.
+    // What keeps the operator from going on after a line.
     std::string obstacles() const {
         const Form* main = world_.desktop.form("frmMain"); // the first call of frmMain() would load it
         const bool started = main != nullptr && main->visible && !world_.desktop.ended();
@@ -81,7 +81,7 @@ class Stage {
         command->second();
     }
 
-    // Reading of arguments.
+    // Read the arguments of a command.
     template <class Value = std::string>
     Value next() {
         Value value{};
@@ -117,34 +117,34 @@ class Stage {
         const RunEnd end = world_.desktop.run(event);
         running_ = false;
         if (end != RunEnd::idle) {
-            story_.say(end == RunEnd::programEnded ? "the program ends" : world_.desktop.stuckReason());
+            recorder_.addLine(end == RunEnd::programEnded ? "the program ends" : world_.desktop.stuckReason());
         }
     }
 
-    // The control of that name that the operator sees, else any; reads its number behind it.
-    Deed found() {
+    // The control of that name, of a visible form if there is one. Reads its index if it is in an array.
+    Action found() {
         const std::string name = next();
-        Deed deed = click("", name);
+        Action action = click("", name);
         for (const Form* form : world_.desktop.forms()) {
             const auto at = std::ranges::find(form->controls, name, [](auto* control) { return control->name; });
-            if (at != form->controls.end() && (form->visible || deed.form.empty())) {
-                deed.form = form->name;
-                deed.index = (*at)->index;
+            if (at != form->controls.end() && (form->visible || action.form.empty())) {
+                action.form = form->name;
+                action.index = (*at)->index;
                 found_ = *at;
             }
         }
-        deed.index = deed.index < 0 ? -1 : next<int>();
-        return deed;
+        action.index = action.index < 0 ? -1 : next<int>();
+        return action;
     }
-    void act(const Deed& deed) {
-        const std::string refused(world_.person.refusal(deed));
-        refused.empty() ? run([&] { world_.person.perform(deed); }) : story_.say("refused: " + refused);
+    void act(const Action& action) {
+        const std::string refused(world_.person.refusal(action));
+        refused.empty() ? run([&] { world_.person.perform(action); }) : recorder_.addLine("refused: " + refused);
     }
 
     void doAfter() {
         const Micros at = moment();
         world_.desktop.schedule(at, [this, line = rest()] {
-            story_.say("! " + line);
+            recorder_.addLine("! " + line);
             performLine(line);
         });
     }
@@ -169,24 +169,26 @@ class Stage {
         const Operation operation = operations.at(next());
         const int n = std::max(1, next<int>());
         for (OperationGate* gate : {&world_.port.operations(), &world_.files.operations()}) {
-            gate->add(
-                failNth(operation, gate->passed(operation) + n, Lasting::once, {failureNumber::portLost, "It broke."}));
+            gate->add(failNth(operation, gate->passed(operation) + n, Persistence::once,
+                              {failureNumber::portLost, "It broke."}));
         }
     }
 
     void packets(int first) {
-        using Fate = simulator::PacketAnswer::Fate;
+        using Handling = simulator::PacketAnswer::Handling;
         const int last = next<int>();
-        const std::string fate = next();
+        const std::string handling = next();
         for (int number = first; number <= last; ++number) {
             simulator::PacketAnswer& packet = unit_.packetAnswers[number];
-            packet.fate = fate == "ignored" ? Fate::ignored : fate == "cancels" ? Fate::cancels : Fate::asUsual;
-            packet.bytes = fate == "unanswered" ? std::optional(Bytes()) : std::nullopt;
+            packet.handling = handling == "ignored"   ? Handling::ignored
+                              : handling == "cancels" ? Handling::cancels
+                                                      : Handling::normal;
+            packet.bytes = handling == "unanswered" ? std::optional(Bytes()) : std::nullopt;
         }
     }
 
-    void give(const std::string& path) {
-        story_.choose = [path](const AskedFile&) { return path.empty() ? std::nullopt : std::optional(path); };
+    void setDialogPath(const std::string& path) {
+        recorder_.choose = [path](const FileRequest&) { return path.empty() ? std::nullopt : std::optional(path); };
     }
     void put(const std::string& path) { world_.files.put(path, content(path) + rest()); }
     void makeFirmware(std::uint16_t version) {
@@ -203,11 +205,11 @@ class Stage {
     void send(int packet) { unit_.sentInstead[packet] = bytesOf(rest()); }
     void restart(Micros at) { world_.restartUnit(at, at + fromSeconds(2)); }
     void holdImage(std::uint32_t seed) { before_ = unit_.amplifierImage = simulator::makeSampleImage({.seed = seed}); }
-    void getWell() { unit_ = {.amplifierImage = unit_.amplifierImage, .interfaceUnitImage = unit_.interfaceUnitImage}; }
+    void repair() { unit_ = {.amplifierImage = unit_.amplifierImage, .interfaceUnitImage = unit_.interfaceUnitImage}; }
 
     World world_;
     UnitOptions& unit_ = world_.unit.options();
-    Story story_{world_};
+    Recorder recorder_{world_};
     Bytes before_ = unit_.amplifierImage;
     bool running_ = false;
     Control* found_ = nullptr;
@@ -219,8 +221,8 @@ class Stage {
         {"choose", [this] { act(choose("frmStartUp", "cmbCom", next<int>() - 1)); }},
         {"close", [this] { act(closing(next())); }},
         {"after", [this] { doAfter(); }},
-        {"cancelBox", [this] { story_.answer = [](const Box& box) { return box.style % 2 + 1; }; }},
-        {"dialog", [this] { give(rest()); }},
+        {"cancelBox", [this] { recorder_.answer = [](const Box& box) { return box.style % 2 + 1; }; }},
+        {"dialog", [this] { setDialogPath(rest()); }},
         {"reaction", [this] { world_.desktop.reactionTime = duration(); }},
         // the desktop
         {"show", [this] { found(), found_->visible = found_->enabled = true; }},
@@ -237,16 +239,16 @@ class Stage {
         {"room", [this] { world_.files.setRoom(next<std::size_t>()); }},
         {"firmware", [this] { makeFirmware(next<std::uint16_t>()); }},
         // the line
-        {"pull", [this] { world_.port.socket(usualComPort).pulledAt = moment(); }},
-        {"missing", [this] { world_.port.removeSocket(next<int>()); }},
-        {"held", [this] { world_.port.socket(next<int>()).state = Socket::State::held; }},
-        {"connect", [this] { world_.port.socket(next<int>()).line = &world_.line; }},
+        {"pull", [this] { world_.port.comPort(defaultComPort).pulledAt = moment(); }},
+        {"missing", [this] { world_.port.removeComPort(next<int>()); }},
+        {"held", [this] { world_.port.comPort(next<int>()).state = ComPort::State::held; }},
+        {"connect", [this] { world_.port.comPort(next<int>()).line = &world_.line; }},
         {"flip", [this] { flip(next<int>()); }},
         // the unit
         {"answer", [this] { answer(); }},
         {"packets", [this] { packets(next<int>()); }},
         {"send", [this] { send(next<int>()); }},
-        {"well", [this] { getWell(); }},
+        {"repair", [this] { repair(); }},
         {"restart", [this] { restart(moment()); }},
         {"silence", [this] { unit_.silentFrom = world_.clock.now(); }},
         {"image", [this] { holdImage(next<std::uint32_t>()); }},
@@ -266,20 +268,20 @@ class Stage {
 
 std::string play(const std::string& file) {
     std::vector<std::string> stories = partsOf(file, "== ");
-    const std::vector<std::string> passages = partsOf(stories.front(), ":= ");
+    const std::vector<std::string> blocks = partsOf(stories.front(), ":= ");
     std::string played = stories.front();
     for (std::size_t story = 1; story < stories.size(); ++story) {
         const std::string& script = stories[story];
-        std::string told = script.substr(0, script.find('\n') + 1) + Stage().tell(passages[0], script);
-        for (std::size_t passage = 1; passage < passages.size(); ++passage) {
-            const std::size_t bodyAt = passages[passage].find('\n');
-            const std::string name = "\n:: " + passages[passage].substr(0, bodyAt + 1);
-            const std::string body = passages[passage].substr(bodyAt);
-            for (std::size_t at = told.find(body); at != std::string::npos; at = told.find(body)) {
-                told.replace(at, body.size(), name);
+        std::string text = script.substr(0, script.find('\n') + 1) + Player().play(blocks[0], script);
+        for (std::size_t block = 1; block < blocks.size(); ++block) {
+            const std::size_t bodyAt = blocks[block].find('\n');
+            const std::string name = "\n:: " + blocks[block].substr(0, bodyAt + 1);
+            const std::string body = blocks[block].substr(bodyAt);
+            for (std::size_t at = text.find(body); at != std::string::npos; at = text.find(body)) {
+                text.replace(at, body.size(), name);
             }
         }
-        played += "== " + told;
+        played += "== " + text;
     }
     return played;
 }

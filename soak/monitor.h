@@ -11,56 +11,56 @@
 
 namespace soak {
 
-class Watch {
+class Monitor {
   public:
-    explicit Watch(platform::World& world);
+    explicit Monitor(platform::World& world);
 
     // Called when a message of the tool begins: a command, a block or a control byte.
     std::function<void()> messageBegins;
 
     // Marks the line as disturbed until a moment: it carries bytes that neither side has sent, or that come late.
-    void touch(Micros until) { touchedUntil_ = std::max(touchedUntil_, until); }
+    void disturb(Micros until) { disturbedUntil_ = std::max(disturbedUntil_, until); }
     // The operator does something, or the program starts.
-    void deedBegins(const platform::Deed& deed);
+    void actionBegins(const platform::Action& action);
     // The program waits for the operator, or has ended.
-    void ranTo(platform::RunEnd end);
+    void runEnded(platform::RunEnd end);
     // Add a line to the trace. A violation ends the session.
     void note(const std::string& text);
     void violation(const std::string& text);
 
     bool succeeded = false; // the last operation: the image is where it belongs
     std::vector<std::string> violations, notes;
-    std::map<std::string, int> counts; // of faults brought, and of the ways in which operations end
+    std::map<std::string, int> counts; // of injected faults, and of the ways in which operations end
 
   private:
-    void sent(const platform::Passage& passage);
-    void hear(char word, std::uint8_t number);
-    void taken(std::uint8_t byte);
-    void boxStands(const platform::Box& box);
+    void transmitted(const platform::Transmission& transmission);
+    void checkMessage(char letter, std::uint8_t number);
+    void byteRead(std::uint8_t byte);
+    void boxOpened(const platform::Box& box);
     void eventRan();
     void endOperation();
     void checkSaved();
     void checkWritten(bool equal);
-    void lookAtLine();
+    void countLineFaults();
     bool portBad() const;
     bool readClean() const;
     std::size_t boxes() const { return world_.desktop.boxes().size() - firstBox_; }
 
     platform::World& world_;
-    platform::Socket& socket_ = world_.port.socket(platform::usualComPort);
+    platform::ComPort& comPort_ = world_.port.comPort(platform::defaultComPort);
     // The operation under way.
-    std::string deed_, operation_; // by their controls
+    std::string action_, operation_; // by their controls
     bool running_ = false, cancelled_ = false, verifying_ = false, portWasOpen_ = true;
     std::size_t firstBox_ = 0;
-    std::int64_t portFailures_ = 0, fileWrites_ = 0, strikes_ = 0;
+    std::int64_t portFailures_ = 0, fileWrites_ = 0, faultsApplied_ = 0;
     Micros begun_ = 0, begunBefore_ = 0;
-    std::string said_;           // a letter for each message
+    std::string messages_;       // a letter for each message
     simulator::Journal journal_; // when its transfer began
     std::size_t blocks_ = 0;     // sent, each once
     std::uint8_t answer_ = 0;
-    bool sentAgain_ = false, unearned_ = false; // packets; an ACK
+    bool repeated_ = false, falseAck_ = false; // packets; an ACK
     // The session.
-    Micros touchedUntil_ = -1;
+    Micros disturbedUntil_ = -1;
     platform::Operation before_ = {}, latest_ = {}; // operations of the port
     std::size_t violationsSeen_ = 0;                // of the desktop
 };

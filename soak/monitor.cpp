@@ -1,4 +1,4 @@
-#include "soak/watch.h"
+#include "soak/monitor.h"
 
 #include "state/variables.h"
 #include "transfer/programState.h"
@@ -22,7 +22,7 @@ constexpr std::size_t mostBoxes = 12;           // of an operation
 constexpr std::size_t mostBoxesWithoutPort = 6; // of one that loses its port
 
 // Letters for what the tool sends; uu is the number of the addressed unit. A block is b.
-constexpr std::array<std::pair<std::string_view, char>, 13> words{{
+constexpr std::array<std::pair<std::string_view, char>, 13> letters{{
     {"0501", 'i'},
     {"0601", 's'},
     {"0101D40001000001", 'v'},
@@ -52,7 +52,7 @@ const std::map<std::string, const char*> patterns{
     {"port", "i{0,2}s?v?t?i?|v?p{0,3}w{0,3}b?e*x?r{0,3}n?a?n?a?z{0,10}a?x{0,2}c?"},
 };
 
-char wordOf(const Bytes& message) {
+char letterOf(const Bytes& message) {
     if (message.size() >= simulator::checksumPacketSize) {
         return 'b';
     }
@@ -60,8 +60,8 @@ char wordOf(const Bytes& message) {
     if (text.starts_with("3005") && text.substr(6, 2) == (shared.targetUnit == 1 ? "01" : "00")) {
         text.replace(6, 2, "uu");
     }
-    const auto row = std::ranges::find(words, text, &std::pair<std::string_view, char>::first);
-    return row == words.end() ? '?' : row->second;
+    const auto row = std::ranges::find(letters, text, &std::pair<std::string_view, char>::first);
+    return row == letters.end() ? '?' : row->second;
 }
 
 bool isSuccess(const Box& box) {
@@ -96,51 +96,52 @@ std::int64_t differences(const Bytes& image, const Bytes& other) {
 
 } // namespace
 
-Watch::Watch(World& world) : world_(world) {
-    world.line.addHook([this](const Passage& passage) { sent(passage); });
-    world.port.bytesTaken = [this](std::span<const std::uint8_t> bytes) { taken(bytes.front()); };
+Monitor::Monitor(World& world) : world_(world) {
+    world.line.addHook([this](const Transmission& transmission) { transmitted(transmission); });
+    world.port.bytesTaken = [this](std::span<const std::uint8_t> bytes) { byteRead(bytes.front()); };
     world.port.operations().add(
         [this](const OperationCall& call) { before_ = std::exchange(latest_, call.operation); });
-    world.desktop.boxStands = [this](const Box& box) { boxStands(box); };
+    world.desktop.boxOpened = [this](const Box& box) { boxOpened(box); };
     world.desktop.eventRan = [this] { eventRan(); };
 }
 
-void Watch::note(const std::string& text) {
+void Monitor::note(const std::string& text) {
     std::array<char, 32> time{};
     std::snprintf(time.data(), time.size(), "%13.6f ", static_cast<double>(world_.clock.now()) / 1e6);
     notes.push_back(time.data() + text);
 }
 
-void Watch::violation(const std::string& text) {
+void Monitor::violation(const std::string& text) {
     note("VIOLATION: " + text);
     violations.push_back(text);
 }
 
 // True if the port fails in this operation, or may have been lost since the last one.
-bool Watch::portBad() const {
+bool Monitor::portBad() const {
     return !portWasOpen_ || world_.port.operations().failed() > portFailures_ ||
-           (socket_.pulledAt <= world_.clock.now() && (socket_.pulledAt >= begunBefore_ || socket_.backAt >= begun_));
+           (comPort_.pulledAt <= world_.clock.now() &&
+            (comPort_.pulledAt >= begunBefore_ || comPort_.backAt >= begun_));
 }
 
 // The line.
 
-void Watch::lookAtLine() {
+void Monitor::countLineFaults() {
     for (const Direction direction : {Direction::toUnit, Direction::fromUnit}) {
         for (LineFault& fault : world_.line.faults(direction)) {
-            if (const std::int64_t struck = std::exchange(fault.struck, 0); struck > 0) {
-                strikes_ += struck;
-                touch(world_.clock.now() + fault.time + fromSeconds(1));
+            if (const std::int64_t applied = std::exchange(fault.applied, 0); applied > 0) {
+                faultsApplied_ += applied;
+                disturb(world_.clock.now() + fault.time + fromSeconds(1));
             }
         }
     }
 }
 
-void Watch::sent(const Passage& passage) {
-    lookAtLine();
-    const bool frame = passage.kind == Writes::frames;
-    if (passage.direction == Direction::fromUnit) {
-        if (frame && (blocks_ > 0 || said_.ends_with("rn") || said_.ends_with("rr"))) {
-            touch(world_.clock.now()); // the reply to an earlier command
+void Monitor::transmitted(const Transmission& transmission) {
+    countLineFaults();
+    const bool frame = transmission.kind == Writes::frames;
+    if (transmission.direction == Direction::fromUnit) {
+        if (frame && (blocks_ > 0 || messages_.ends_with("rn") || messages_.ends_with("rr"))) {
+            disturb(world_.clock.now()); // the reply to an earlier command
         }
         return;
     }
@@ -150,44 +151,45 @@ void Watch::sent(const Passage& passage) {
         }
         messageBegins();
     }
-    if (!frame || passage.bytes.size() > 1) {
-        hear(wordOf(passage.bytes), passage.bytes[passage.bytes.size() > 1 ? 1 : 0]);
+    if (!frame || transmission.bytes.size() > 1) {
+        checkMessage(letterOf(transmission.bytes), transmission.bytes[transmission.bytes.size() > 1 ? 1 : 0]);
     }
 }
 
-void Watch::hear(char word, std::uint8_t number) {
+void Monitor::checkMessage(char letter, std::uint8_t number) {
     const FrmMain* form = mainForm(world_);
-    if (!running_ || (form != nullptr && (form->enabled || (word != 'v' && !world_.desktop.keptAwake())))) {
+    if (!running_ || (form != nullptr && (form->enabled || (letter != 'v' && !world_.desktop.keptAwake())))) {
         violation("the tool sends while nothing runs, the window is enabled or the computer may sleep");
     }
-    const bool again = word == 'b' ? blocks_ > 0 && number == blocks_ % 256 : word == 'e' && said_.ends_with('e');
-    if (word == 'w' || word == 'r') {
+    const bool again =
+        letter == 'b' ? blocks_ > 0 && number == blocks_ % 256 : letter == 'e' && messages_.ends_with('e');
+    if (letter == 'w' || letter == 'r') {
         journal_ = world_.unit.journal();
-        strikes_ = 0;
-        sentAgain_ = unearned_ = false;
+        faultsApplied_ = 0;
+        repeated_ = falseAck_ = false;
         blocks_ = 0;
-    } else if (word == 'b' || word == 'e') {
-        const bool due = word == 'b' ? number == (blocks_ + 1) % 256 && blocks_ < blockCount : blocks_ == blockCount;
+    } else if (letter == 'b' || letter == 'e') {
+        const bool due = letter == 'b' ? number == (blocks_ + 1) % 256 && blocks_ < blockCount : blocks_ == blockCount;
         if (!again && (!due || (blocks_ > 0 && answer_ != ack))) {
             violation("a new packet without an ACK, or out of order");
         }
-        blocks_ += word == 'b' && !again ? 1 : 0;
-        sentAgain_ = sentAgain_ || again;
+        blocks_ += letter == 'b' && !again ? 1 : 0;
+        repeated_ = repeated_ || again;
     }
-    if ((word != 'a' && word != 'b') || !said_.ends_with(word)) {
-        said_ += word;
+    if ((letter != 'a' && letter != 'b') || !messages_.ends_with(letter)) {
+        messages_ += letter;
     }
 }
 
-void Watch::taken(std::uint8_t byte) {
-    lookAtLine();
+void Monitor::byteRead(std::uint8_t byte) {
+    countLineFaults();
     answer_ = byte;
-    const bool sending = said_.ends_with('b') || said_.ends_with('e');
+    const bool sending = messages_.ends_with('b') || messages_.ends_with('e');
     const std::size_t accepted = world_.unit.receivedImage().size() / blockSize;
     if (sending && byte == ack &&
-        (said_.ends_with('e') ? world_.unit.journal().ends == journal_.ends : accepted < blocks_)) {
-        unearned_ = true;
-        if (!sentAgain_ && touchedUntil_ < begun_) {
+        (messages_.ends_with('e') ? world_.unit.journal().ends == journal_.ends : accepted < blocks_)) {
+        falseAck_ = true;
+        if (!repeated_ && disturbedUntil_ < begun_) {
             violation("the tool takes an ACK for what the unit has not accepted");
         }
     }
@@ -195,15 +197,15 @@ void Watch::taken(std::uint8_t byte) {
 
 // The windows.
 
-void Watch::deedBegins(const Deed& deed) {
-    deed_ = deed.kind == Deed::Kind::close ? "close " + deed.form : deed.control;
-    note("operator: " + deed.form + ' ' + deed_ + (deed.index < 0 ? "" : ' ' + std::to_string(deed.index)) +
-         (deed.entry < 0 ? "" : ", entry " + std::to_string(deed.entry)));
-    if (!patterns.contains(deed_)) {
-        cancelled_ = cancelled_ || deed_ == "cmdCancel";
+void Monitor::actionBegins(const Action& action) {
+    action_ = action.kind == Action::Kind::close ? "close " + action.form : action.control;
+    note("operator: " + action.form + ' ' + action_ + (action.index < 0 ? "" : ' ' + std::to_string(action.index)) +
+         (action.entry < 0 ? "" : ", entry " + std::to_string(action.entry)));
+    if (!patterns.contains(action_)) {
+        cancelled_ = cancelled_ || action_ == "cmdCancel";
         return;
     }
-    operation_ = deed_;
+    operation_ = action_;
     running_ = true;
     succeeded = cancelled_ = false;
     verifying_ = mainForm(world_) != nullptr && mainForm(world_)->chkVerify.value == 1;
@@ -211,14 +213,14 @@ void Watch::deedBegins(const Deed& deed) {
     firstBox_ = world_.desktop.boxes().size();
     portFailures_ = world_.port.operations().failed();
     fileWrites_ = world_.files.operations().passed(Operation::writeFile);
-    begunBefore_ = said_.empty() ? begunBefore_ : begun_; // one that says nothing does not notice a loss
-    begun_ = deed_ == "cmdLoading" ? begun_ : world_.clock.now();
-    said_.clear();
+    begunBefore_ = messages_.empty() ? begunBefore_ : begun_; // an operation that sends nothing does not notice a loss
+    begun_ = action_ == "cmdLoading" ? begun_ : world_.clock.now();
+    messages_.clear();
 }
 
-void Watch::boxStands(const Box& box) {
+void Monitor::boxOpened(const Box& box) {
     note("box: " + box.title + " | " + box.text + " | " + std::to_string(box.style));
-    lookAtLine();
+    countLineFaults();
     if (boxes() > (portBad() ? mostBoxesWithoutPort : mostBoxes)) {
         violation("one box follows another");
     }
@@ -229,8 +231,8 @@ void Watch::boxStands(const Box& box) {
     }
 }
 
-void Watch::eventRan() {
-    deed_.clear();
+void Monitor::eventRan() {
+    action_.clear();
     if (shared.stepBusy || shared.settingPort) {
         violation("a busy flag is still set");
     }
@@ -257,38 +259,39 @@ void Watch::eventRan() {
 
 // The end of an operation.
 
-void Watch::endOperation() {
+void Monitor::endOperation() {
     if (!std::exchange(running_, false)) {
         return;
     }
-    lookAtLine();
+    countLineFaults();
     const bool bad = portBad();
     const std::string pattern = bad ? "port" : operation_ + (verifying_ && operation_ != "cmdLoading" ? "/" : "");
     const QString whole = QRegularExpression::anchoredPattern(patterns.at(pattern));
-    if (!QRegularExpression(whole).match(said_.c_str()).hasMatch()) {
-        violation("the tool sends \"" + said_ + "\"");
+    if (!QRegularExpression(whole).match(messages_.c_str()).hasMatch()) {
+        violation("the tool sends \"" + messages_ + "\"");
     }
     const Box* box = boxes() == 0 ? nullptr : &world_.desktop.boxes().back();
     if (operation_ == "cmdPresent" && !verifying_ && !cancelled_ && box != nullptr && boxes() == 1 && isSuccess(*box)) {
         checkSaved();
     }
-    const bool toldOf = operation_ == "cmdUpgrade" ? said_.size() > 1 : said_.starts_with('r') && !verifying_;
-    if (toldOf && (box == nullptr || (!isSuccess(*box) && !isFailure(*box)))) {
+    const bool needsNotice =
+        operation_ == "cmdUpgrade" ? messages_.size() > 1 : messages_.starts_with('r') && !verifying_;
+    if (needsNotice && (box == nullptr || (!isSuccess(*box) && !isFailure(*box)))) {
         violation("the operation ends without a message");
     }
     ++counts[pattern + (box == nullptr ? "" : ": " + box->text.substr(0, box->text.find('\r')))];
 }
 
-// Nothing has touched the line, and the unit has sent each packet once.
-bool Watch::readClean() const {
+// The line was not disturbed, and the unit has sent each packet once.
+bool Monitor::readClean() const {
     const simulator::Journal& now = world_.unit.journal();
     constexpr int ends = 2;
-    return touchedUntil_ < begun_ && !portBad() &&
+    return disturbedUntil_ < begun_ && !portBad() &&
            now.packetsSent - journal_.packetsSent == now.blocksSent - journal_.blocksSent + ends;
 }
 
-void Watch::checkSaved() {
-    const SimulatedFile* file = world_.files.find(world_.desktop.askedFiles().back().path.value_or(""));
+void Monitor::checkSaved() {
+    const SimulatedFile* file = world_.files.find(world_.desktop.fileRequests().back().path.value_or(""));
     const bool written = world_.files.operations().passed(Operation::writeFile) > fileWrites_;
     const std::string content = written && file != nullptr ? file->content.substr(0, imageSize) : "";
     succeeded = std::ranges::equal(content, unitImage(world_), {}, [](char c) { return static_cast<std::uint8_t>(c); });
@@ -298,7 +301,7 @@ void Watch::checkSaved() {
 }
 
 // For a box that says that the unit holds the file or, with verification, that it does not.
-void Watch::checkWritten(bool equal) {
+void Monitor::checkWritten(bool equal) {
     const Bytes loaded = imageOf(shared.firmwareImage);
     const std::int64_t different = differences(unitImage(world_), loaded);
     succeeded = equal && different == 0;
@@ -307,12 +310,12 @@ void Watch::checkWritten(bool equal) {
         if (equal != (imageOf(shared.readBackImage) == loaded) || (cleanAndQuiet && equal != (different == 0))) {
             violation("the verification is wrong");
         }
-    } else if (!unearned_ && different > strikes_) { // each may damage a block without changing its check bytes
+    } else if (!falseAck_ && different > faultsApplied_) { // each may damage a block without changing its check bytes
         violation("success, and the unit does not hold the file");
     }
 }
 
-void Watch::ranTo(RunEnd end) {
+void Monitor::runEnded(RunEnd end) {
     const auto& seen = world_.desktop.violations();
     for (; violationsSeen_ < seen.size(); ++violationsSeen_) {
         violation(seen[violationsSeen_]);

@@ -1,4 +1,4 @@
-#include "story/story.h"
+#include "story/recorder.h"
 
 #include "base/checked.h"
 #include "base/text.h"
@@ -19,13 +19,13 @@ const std::map<std::string, Operation> operations{
     {"clearUnsent", Operation::clearUnsent}, {"closePort", Operation::closePort},
     {"openFile", Operation::openFile},       {"readFile", Operation::readFile},
     {"writeFile", Operation::writeFile},     {"closeFile", Operation::closeFile},
-    {"appendLine", Operation::appendLine},   {"readPort", Operation::readPort}, // the last two are not told
+    {"appendLine", Operation::appendLine},   {"readPort", Operation::readPort}, // the last two are not recorded
     {"writePort", Operation::writePort},
 };
 
 namespace {
 
-// The form of the program, or its look before it is loaded.
+// The form of the program, or its initial state before it is loaded.
 template <class Shown>
 const Shown& shown(const World& world, const char* name) {
     static const Shown none;
@@ -33,7 +33,7 @@ const Shown& shown(const World& world, const char* name) {
     return loaded == nullptr ? none : static_cast<const Shown&>(*loaded);
 }
 
-// What shows of the first window.
+// The visible controls of the first window.
 std::string startWindow(const FrmStartUp& form) {
     std::string text = "start window at " + std::to_string(form.left) + ' ' + std::to_string(form.top);
     for (const Control* control : form.controls) {
@@ -64,48 +64,48 @@ std::string obstaclesIn(const World& world) {
         {!world.desktop.violations().empty(), "violations"},
     };
     std::string text;
-    for (const auto& [stands, name] : obstacles) {
-        text += stands ? name + ". " : "";
+    for (const auto& [present, name] : obstacles) {
+        text += present ? name + ". " : "";
     }
     return text;
 }
 
-Story::Story(World& world) : choose(world.desktop.chooseFile), world_(world) {
-    world.line.addHook([this](const Passage& passage) { hear(passage); });
-    const auto noteOperation = [this](const OperationCall& call) { noteCall(call.operation); };
-    world.port.operations().add(noteOperation);
-    world.files.operations().add(noteOperation);
-    world.desktop.boxStands = [this](const Box& box) {
-        note("box " + box.title + '|' + replaceAll(replaceAll(box.text, '\r', ' '), '\n', '/') + '|' +
-             std::to_string(box.style));
+Recorder::Recorder(World& world) : choose(world.desktop.chooseFile), world_(world) {
+    world.line.addHook([this](const Transmission& transmission) { addTransmission(transmission); });
+    const auto onOperation = [this](const OperationCall& call) { addOperation(call.operation); };
+    world.port.operations().add(onOperation);
+    world.files.operations().add(onOperation);
+    world.desktop.boxOpened = [this](const Box& box) {
+        addEvent("box " + box.title + '|' + replaceAll(replaceAll(box.text, '\r', ' '), '\n', '/') + '|' +
+                 std::to_string(box.style));
     };
     world.desktop.answerBox = [this](const Box& box) {
-        lastAt_ = world_.clock.now(); // the operator's own time does not count
-        look();
+        lastAt_ = world_.clock.now(); // without the operator's reaction time
+        addChanges();
         return answer(box);
     };
-    world.desktop.chooseFile = [this](const AskedFile& asked) {
+    world.desktop.chooseFile = [this](const FileRequest& request) {
         lastAt_ = world_.clock.now();
-        const FileDialog& dialog = asked.dialog;
-        note((asked.save ? "save " : "open ") + dialog.initialDirectory + '|' + dialog.fileName + '|' + dialog.filter +
-             std::to_string(dialog.flags));
-        awaitEvents();
-        return choose(asked);
+        const FileDialog& dialog = request.dialog;
+        addEvent((request.save ? "save " : "open ") + dialog.initialDirectory + '|' + dialog.fileName + '|' +
+                 dialog.filter + std::to_string(dialog.flags));
+        scheduleEvent();
+        return choose(request);
     };
-    world.desktop.confirmOverwrite = [this](const AskedFile& asked) {
-        note("overwrite " + *asked.path);
+    world.desktop.confirmOverwrite = [this](const FileRequest& request) {
+        addEvent("overwrite " + *request.path);
         return true;
     };
-    awaitEvents();
+    scheduleEvent();
 }
 
-void Story::say(const std::string& line) {
-    look();
+void Recorder::addLine(const std::string& line) {
+    addChanges();
     lines_.push_back({line});
 }
 
-std::string Story::take() {
-    look();
+std::string Recorder::take() {
+    addChanges();
     std::string text;
     for (const Line& line : std::exchange(lines_, {})) {
         text += line.text + (line.count > 1 ? " x" + std::to_string(line.count) : "") + '\n';
@@ -113,7 +113,7 @@ std::string Story::take() {
     return text;
 }
 
-std::vector<std::string> Story::state() const {
+std::vector<std::string> Recorder::state() const {
     const auto& form = shown<FrmMain>(world_, "frmMain");
     const auto& wait = shown<FrmWait>(world_, "frmWait");
     const char* pointers[] = {"usual pointer", "arrow"};
@@ -138,8 +138,8 @@ std::vector<std::string> Story::state() const {
     };
 }
 
-// Adds the quiet before this moment, and what has changed.
-void Story::look() {
+// Adds the time without events before this moment, and what has changed.
+void Recorder::addChanges() {
     if (const Micros quiet = world_.clock.now() - std::exchange(lastAt_, world_.clock.now()); quiet >= fromSeconds(1)) {
         char length[32];
         std::snprintf(length, sizeof length, "(%.1f s)", static_cast<double>(quiet) / 1e6);
@@ -156,16 +156,16 @@ void Story::look() {
 }
 
 // `waits`: a packet or command, which the other side answers.
-void Story::note(const std::string& event, bool waits) {
-    look();
+void Recorder::addEvent(const std::string& event, bool waits) {
+    addChanges();
     const auto bar = frmWaitLoaded() ? static_cast<int>(frmWait().prbComm.value) : 0;
     const int moved = bar - std::exchange(bar_, bar);
     add(std::exchange(clears_, {}) + event + (bar > 0 && moved != 0 ? '+' + std::to_string(moved) : ""), event[0],
         waits);
 }
 
-// A line of its own, or the end of one that waits for it.
-void Story::add(const std::string& text, char side, bool waits) {
+// Adds a new line, or completes a line that waits for an answer.
+void Recorder::add(const std::string& text, char side, bool waits) {
     const char waiting = lines_.empty() ? '\0' : lines_.back().waits;
     if (waiting != 0 && ((side == '<' && waiting == '>') || (side == '>' && waiting == '<') || side == '(')) {
         lines_.back() = {lines_.back().text + ' ' + text};
@@ -179,43 +179,43 @@ void Story::add(const std::string& text, char side, bool waits) {
     }
 }
 
-void Story::noteCall(Operation operation) {
+void Recorder::addOperation(Operation operation) {
     clears_ += operation == Operation::clearReceived ? "-" : "";
     const auto named = std::ranges::find(operations, operation, [](const auto& each) { return each.second; });
     if (named != operations.end() && operation != Operation::readPort && operation != Operation::writePort) {
-        note(named->first);
+        addEvent(named->first);
     }
     if (operation == Operation::closePort || operation == Operation::readFile) {
-        awaitEvents();
+        scheduleEvent();
     }
 }
 
-void Story::awaitEvents() {
+void Recorder::scheduleEvent() {
     if (!std::exchange(eventPending_, true)) {
         world_.desktop.schedule(world_.clock.now(), [this] {
             eventPending_ = false;
-            note("~");
+            addEvent("~");
         });
     }
 }
 
-void Story::hear(const Passage& passage) {
-    const Bytes& bytes = passage.bytes;
+void Recorder::addTransmission(const Transmission& transmission) {
+    const Bytes& bytes = transmission.bytes;
     const std::string text(bytes.begin(), bytes.end());
-    if (passage.direction == Direction::toUnit && (!frame_.empty() || text[0] == simulator::stx)) {
-        frame_ += text; // STX, the text, ETX, the block check: each comes for itself
+    if (transmission.direction == Direction::toUnit && (!frame_.empty() || text[0] == simulator::stx)) {
+        frame_ += text; // STX, the text, ETX and the block check are written one by one
         if (frame_.size() > 3 && frame_[frame_.size() - 2] == simulator::etx) {
-            note('>' + frame_.substr(6, frame_.size() - 8), true);
+            addEvent('>' + frame_.substr(6, frame_.size() - 8), true);
             frame_.clear();
         }
-    } else if (passage.direction == Direction::fromUnit && text[0] == simulator::stx) {
-        note('<' + text.substr(11, 4));
-        awaitEvents();
+    } else if (transmission.direction == Direction::fromUnit && text[0] == simulator::stx) {
+        addEvent('<' + text.substr(11, 4));
+        scheduleEvent();
     } else if (!text.empty()) {
         const bool packet = bytes.size() > 10 || bytes[0] == simulator::eot;
-        std::string event = passage.direction == Direction::toUnit ? ">" : "<";
+        std::string event = transmission.direction == Direction::toUnit ? ">" : "<";
         event += bytes.size() >= simulator::checksumPacketSize ? "block" : wireText(bytes).substr(1);
-        note(event, packet);
+        addEvent(event, packet);
     }
 }
 

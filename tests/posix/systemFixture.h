@@ -76,9 +76,9 @@ inline std::string outputOf(const std::string& command) {
 
 inline constexpr const char* systemStory = "realPosix.txt";
 
-class SystemSurroundings : public contract::Surroundings {
+class SystemFixture : public contract::Fixture {
   protected:
-    SystemSurroundings(platform::Desktop& desktop, const std::string& place) : Surroundings(desktop, place) {
+    SystemFixture(platform::Desktop& desktop, const std::string& place) : Fixture(desktop, place) {
         constexpr int low = ASYNC_LOW_LATENCY;
         std::signal(SIGXFSZ, SIG_IGN); // a write that is too long fails
         outputOf("prlimit --nofile=200 --pid $PPID");
@@ -98,7 +98,7 @@ class SystemSurroundings : public contract::Surroundings {
             say(driver.flags == low ? "low" : std::to_string(driver.flags));
         };
     }
-    ~SystemSurroundings() override { driver = {}; }
+    ~SystemFixture() override { driver = {}; }
 
     static double processorTime() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; } // seconds
 

@@ -19,7 +19,7 @@ struct Box {
     bool hasCancel() const { return (style & boxStyle::okCancel) != 0; }
 };
 
-struct AskedFile {
+struct FileRequest {
     FileDialog dialog; // as the program set it
     bool save = false;
     Micros at = 0;

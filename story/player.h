@@ -1,0 +1,18 @@
+// Plays sessions of the whole program on the simulated desktop, from a script.
+#pragma once
+
+#include <string>
+
+namespace story {
+
+// Plays the stories of a file, each in a new World, and returns the file with each "*" line followed by what the operator
+// and the unit see (story/recorder.h). Throws std::invalid_argument for an unknown command.
+//   == name              begins a story
+//   * press cmdUpgrade   an action of the operator
+//   . silence            an event or a setting outside the program; its effects are not recorded
+//   := name              at the head of the file: gives the lines below it a name
+//   :: name              stands for these lines
+// Commands above the first name are performed before each story. The table of commands is in story/player.cpp.
+std::string play(const std::string& file);
+
+} // namespace story

@@ -1,0 +1,69 @@
+// Records a session as text: a line for each event, in order. "x9" means that a line occurs nine times in a row.
+//   >300551010C00 <0000   a command and the code of its answer; packets and their answers in the same way
+//   ->                    a "-" for each call of clearReceived before it
+//   +128                  the progress bar has moved by 128
+//   (10.0 s)              nothing happened for this time
+//   ~                     window events have run: one is pending after the start, a reply, a dialog, a read or a close
+//   box title|text|style  a box opens; file dialogs and operations of port and disk in the same way
+//   [window off, ...]     changes of what the operator sees
+//   {amplifier: file}     at the end: changes of the images in the unit and of the saved file
+#pragma once
+
+#include "platform/simulated/world.h"
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace story {
+
+// Names of the operations of port and disk.
+extern const std::map<std::string, platform::Operation> operations;
+
+// What keeps the operator from going on although nothing runs; empty if nothing does.
+std::string obstaclesIn(const platform::World& world);
+
+// Records what happens in a World. Both must exist for the whole session.
+class Recorder {
+  public:
+    explicit Recorder(platform::World& world);
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
+
+    // The operator's answers.
+    std::function<int(const platform::Box&)> answer = [](const platform::Box&) { return platform::boxAnswer::ok; };
+    std::function<std::optional<std::string>(const platform::FileRequest&)> choose;
+
+    void addLine(const std::string& line);
+
+    // Returns the lines since the last call.
+    std::string take();
+
+  private:
+    struct Line {
+        std::string text;
+        char waits = 0; // the side that waits for an answer
+        int count = 1;
+    };
+
+    std::vector<std::string> state() const;
+    void addChanges();
+    void addEvent(const std::string& event, bool waits = false);
+    void add(const std::string& text, char side, bool waits = false);
+    void addOperation(platform::Operation operation);
+    void scheduleEvent();
+    void addTransmission(const platform::Transmission& transmission);
+
+    platform::World& world_;
+    std::vector<std::string> state_ = state();
+    std::vector<Line> lines_;
+    Micros lastAt_ = world_.clock.now();
+    int bar_ = 0;
+    std::string clears_;
+    std::string frame_; // of the tool, as far as it has been received
+    bool eventPending_ = false;
+};
+
+} // namespace story
