@@ -5,8 +5,8 @@
 #include <string>
 #include <utility>
 
-// The numbers of failures. Routines compare with some of them; the others serve tests. None is 0 or 4097 to 4099, which
-// are results of a transfer.
+// The numbers of failures. Routines compare some of them; the others are for tests. None is 0 or 4097 to 4099, which are
+// results of a transfer.
 namespace failureNumber {
 constexpr int overflow = 6;            // a number outside the width of its variable
 constexpr int outOfRange = 9;          // an index outside its array

@@ -108,7 +108,7 @@ std::optional<std::uint8_t> hexDigit(char character) {
     return std::nullopt;
 }
 
-std::optional<double> readsAsNumber(std::string_view text) {
+std::optional<double> parseNumber(std::string_view text) {
     const std::string number = trim(text);
     if (number.empty() || numberLength(number) != number.size()) {
         return std::nullopt;
@@ -116,7 +116,7 @@ std::optional<double> readsAsNumber(std::string_view text) {
     return parse(number);
 }
 
-double numericBeginning(std::string_view text) {
+double leadingNumber(std::string_view text) {
     const std::string trimmed = trim(text);
     const std::size_t length = numberLength(trimmed);
     return length == 0 ? 0 : parse(std::string_view(trimmed).substr(0, length));
@@ -136,7 +136,7 @@ std::string thousandthsText(std::int32_t thousandths) {
     return text.data();
 }
 
-std::string textOfBytes(std::string_view bytes) {
+std::string latin1ToUtf8(std::string_view bytes) {
     std::string text;
     text.reserve(bytes.size());
     for (const char character : bytes) {
@@ -151,7 +151,7 @@ std::string textOfBytes(std::string_view bytes) {
     return text;
 }
 
-std::string_view cutText(std::string_view text, std::size_t limit) {
+std::string_view truncateText(std::string_view text, std::size_t limit) {
     if (text.size() <= limit) {
         return text;
     }

@@ -22,11 +22,11 @@ std::string hexText(std::uint32_t value, std::size_t digits);
 std::optional<std::uint8_t> hexDigit(char character);
 
 // Parses the whole text as a number, blanks at both ends allowed: sign, digits, decimal point, exponent. Gives nullopt
-// when it is no number. Fails with failureNumber::overflow for a number too large for a double, as the next routine does.
-std::optional<double> readsAsNumber(std::string_view text);
+// when it is not a number. Fails with failureNumber::overflow for a number too large for a double, as the next routine does.
+std::optional<double> parseNumber(std::string_view text);
 
-// Parses the longest beginning of the text that is a number; 0 when there is none.
-double numericBeginning(std::string_view text);
+// Parses the number at the beginning of the text; 0 when there is none.
+double leadingNumber(std::string_view text);
 
 // The nearest whole number, ties to even. Fails with failureNumber::overflow outside 32 bits.
 std::int32_t roundToWhole(double number);
@@ -34,8 +34,8 @@ std::int32_t roundToWhole(double number);
 // A number of thousandths, not negative, as text in the format "0.000".
 std::string thousandthsText(std::int32_t thousandths);
 
-// Converts raw bytes to UTF-8, one character (U+0000 to U+00FF) for each byte.
-std::string textOfBytes(std::string_view bytes);
+// Converts Latin-1 to UTF-8: one character (U+0000 to U+00FF) for each byte.
+std::string latin1ToUtf8(std::string_view bytes);
 
 // The first `limit` bytes of a UTF-8 text at most; does not cut within a character.
-std::string_view cutText(std::string_view text, std::size_t limit);
+std::string_view truncateText(std::string_view text, std::size_t limit);

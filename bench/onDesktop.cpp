@@ -150,14 +150,14 @@ bool exchange() {
 
 } // namespace
 
-int main(int count, char** words) {
+int main(int argc, char** argv) {
     platform::QtDesktop qtDesktop;
     platform::setDesktop(&qtDesktop);
     program::bindEvents();
     desktop().show(frmMain());
     desktop().doEvents();
-    const std::string_view what = count > 1 ? words[1] : "";
-    const std::string path = count > 2 ? words[2] : "";
+    const std::string_view what = argc > 1 ? argv[1] : "";
+    const std::string path = argc > 2 ? argv[2] : "";
     const bool done = what == "send"       ? send(path)
                       : what == "read"     ? read(path)
                       : what == "load"     ? load(path)

@@ -10,16 +10,16 @@ namespace FirmComm {
 
 std::int32_t fncBinaryFile(const std::string& path, Bytes& image, FileMode mode) {
     try {
-        const std::span moved = std::span(image).first(image.size() - 1);
+        const std::span content = std::span(image).first(image.size() - 1);
         const auto file = platform::desktop().files().openBinary(
             trim(path), mode == FileMode::write ? platform::FileAccess::write : platform::FileAccess::read);
         if (mode == FileMode::write) {
-            file->write(0, moved);
+            file->write(0, content);
         } else {
-            file->read(0, moved);
+            file->read(0, content);
         }
         file->close();
-        return static_cast<std::int32_t>(moved.size());
+        return static_cast<std::int32_t>(content.size());
     } catch (const std::exception&) {
         subReportError();
         return 0;

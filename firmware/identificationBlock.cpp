@@ -32,7 +32,7 @@ std::string fncImageText(const Bytes& image, std::int32_t first, std::int32_t la
     for (std::int32_t index = first - base; index < end; ++index) {
         bytes += static_cast<char>(at(image, index));
     }
-    return textOfBytes(bytes);
+    return latin1ToUtf8(bytes);
 }
 
 std::string fncGetFileField(FileField field) {

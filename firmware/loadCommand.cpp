@@ -19,7 +19,7 @@ namespace MainWindow {
 
 namespace {
 
-void blankFileRow(FrmMain& form) {
+void clearFileRow(FrmMain& form) {
     shared.fileVersionText.clear();
     shared.fileTypeName.clear();
     form.lblTitle[2].caption.clear();
@@ -43,7 +43,7 @@ std::string typeTextKey() {
 void takeModelAndVersion() {
     const std::string versionText = FirmComm::fncGetFileField(FirmComm::FileField::rawVersion);
     const std::string typeText = typeTextKey();
-    const std::int32_t rawVersion = roundToWhole(numericBeginning(versionText));
+    const std::int32_t rawVersion = roundToWhole(leadingNumber(versionText));
     shared.fileTypeName = Common::fncGetIfuType(typeText, "IFU_BIN_TYPE");
     shared.fileVersionText = thousandthsText(rawVersion);
     if (!shared.fileTypeName.empty()) {
@@ -77,7 +77,7 @@ void cmdLoading_Click() {
         }
         form.enabled = false;
         form.mousePointer = platform::MousePointer::hourglass;
-        blankFileRow(form);
+        clearFileRow(form);
         loadImage();
         subSetAllVersion();
         desktop().doEvents(); // discards clicks on the disabled window before it is enabled

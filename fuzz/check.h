@@ -3,10 +3,10 @@
 #include <cstdio>
 #include <cstdlib>
 
-// Ends the process, which is how a fuzzer sees a finding, when something does not hold.
-inline void check(bool holds, const char* what) {
-    if (!holds) {
-        std::fprintf(stderr, "This does not hold: %s\n", what);
+// Aborts the process if the condition is false. A fuzzer reports that as a finding.
+inline void check(bool condition, const char* what) {
+    if (!condition) {
+        std::fprintf(stderr, "This is not true: %s\n", what);
         std::abort();
     }
 }

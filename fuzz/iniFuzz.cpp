@@ -20,7 +20,8 @@ using platform::World;
 void checkReader(const std::string& text, const std::string& key) {
     for (const std::string section : {"AMP_TYPE", "IFU_DEFINE", "IFU"}) {
         const std::string value = profileValue(text, section, key);
-        check(value.size() <= profileValueLimit && text.find(value) != std::string::npos, "a value stands in the file");
+        check(value.size() <= profileValueLimit && text.find(value) != std::string::npos,
+              "a value is a part of the file");
         check(value == profileValue(text, upperCase(section), upperCase(key)), "case does not matter");
         check(value.empty() || profileValue(text + "\n[" + section + "]\n" + key + "=other", section, key) == value,
               "the first value counts");
@@ -54,7 +55,7 @@ void checkLoad(World& world, const std::string& typeText, std::int32_t rawVersio
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static std::optional<World> world;
-    if (static int run = 0; run++ % 1000 == 0) { // a world keeps what its operator has seen
+    if (static int run = 0; run++ % 1000 == 0) { // a World keeps all its records
         world.reset();
         world.emplace();
         world->desktop.reactionTime = 0;

@@ -1,6 +1,6 @@
-// The reply receiver: what it makes of a reply does not depend on how many reads bring it, and stays within bounds. An
-// input is a reply, but for its first byte (1: raw data) and the escape byte 0xFD, which stands for the block check that
-// is right at its place.
+// The reply receiver: its result does not depend on the sizes of the reads, and it stays within its array. The first byte
+// of an input says whether the data is raw (1). The rest is the reply, in which the byte 0xFD stands for the right block
+// check at that place.
 #include "base/failure.h"
 #include "fuzz/check.h"
 #include "link/replyReceiver.h"
@@ -19,7 +19,7 @@ Bytes replyOf(std::span<const std::uint8_t> input) {
     return reply;
 }
 
-// What the receiver says of a reply that comes in reads of `size` bytes, up to the end of its frame.
+// The receiver's results for a reply that arrives in reads of `size` bytes, up to the end of its frame.
 std::string received(std::span<const std::uint8_t> reply, bool rawData, std::size_t size) {
     Bytes stored;
     ReplyReceiver receiver(stored, rawData);
@@ -47,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const Bytes reply = replyOf({data + 1, size - 1});
         const std::string whole = received(reply, data[0] == 1, reply.size());
         for (const std::size_t piece : {1, 2, 7}) {
-            check(received(reply, data[0] == 1, piece) == whole, "the reads that bring a reply do not matter");
+            check(received(reply, data[0] == 1, piece) == whole, "the sizes of the reads do not matter");
         }
     }
     return 0;

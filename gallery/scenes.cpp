@@ -20,10 +20,10 @@ namespace {
 namespace boxStyle = platform::boxStyle;
 
 // Parameters of one run through the scenes.
-struct Walk {
+struct Run {
     platform::QtDesktop& desktop;
     Language language;
-    const Look& look;
+    const Visitor& visitor;
 
     bool inJapanese() const { return language == Language::japanese; }
 };
@@ -37,46 +37,46 @@ QWidget& windowOf(const platform::Form& form) {
     throw Failure(failureNumber::objectNotSet, "There is no window " + form.name + ".");
 }
 
-void lookAt(const Walk& walk, const std::string& scene, const platform::Form& form) {
-    walk.desktop.doEvents();
-    walk.look(scene, windowOf(form));
+void visit(const Run& run, const std::string& scene, const platform::Form& form) {
+    run.desktop.doEvents();
+    run.visitor(scene, windowOf(form));
 }
 
-// Looks at the next dialog as soon as it is open, and closes it.
-void lookAtDialog(const Walk& walk, const std::string& scene) {
-    QTimer::singleShot(0, [walk, scene] {
+// Calls the visitor as soon as the next dialog is open, then closes the dialog.
+void visitDialog(const Run& run, const std::string& scene) {
+    QTimer::singleShot(0, [run, scene] {
         auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
         if (dialog == nullptr) { // not open yet
-            lookAtDialog(walk, scene);
+            visitDialog(run, scene);
             return;
         }
-        walk.look(scene, *dialog);
+        run.visitor(scene, *dialog);
         dialog->reject();
     });
 }
 
-void loadForms(const Walk& walk) {
+void loadForms(const Run& run) {
     resetForms();
     shared = SharedVariables();
     const auto nothing = [](auto& form) { form.load = [] {}; };
     setFormBinders(
         {nothing, nothing, [](FrmWait& form) { form.load = [] { ResourceSetting::subSetFormText("frmWait"); }; }});
     FrmMain& form = frmMain();
-    form.optLanguage[0].value = walk.inJapanese() ? 1 : 0;
-    form.optLanguage[1].value = walk.inJapanese() ? 0 : 1;
+    form.optLanguage[0].value = run.inJapanese() ? 1 : 0;
+    form.optLanguage[1].value = run.inJapanese() ? 0 : 1;
     ResourceSetting::optLanguage_Click();
     form.chkVerify.font.name = shared.screenFontName;
     MainWindow::optPresent_Click(0);
 }
 
-void unloadForms(const Walk& walk) {
+void unloadForms(const Run& run) {
     unloadFrmWait();
-    walk.desktop.unload(frmStartUp());
-    walk.desktop.unload(frmMain());
+    run.desktop.unload(frmStartUp());
+    run.desktop.unload(frmMain());
     resetForms();
 }
 
-void showStartUp(const Walk& walk) {
+void showStartUp(const Run& run) {
     FrmStartUp& form = frmStartUp();
     form.centred = true;
     ResourceSetting::subSetFormText(form.name);
@@ -90,16 +90,16 @@ void showStartUp(const Walk& walk) {
     for (platform::Control* control : portChoice) {
         control->visible = false;
     }
-    walk.desktop.show(form);
-    lookAt(walk, "start-up", form);
+    run.desktop.show(form);
+    visit(run, "start-up", form);
     for (platform::Control* control : portChoice) {
         control->visible = true;
     }
-    lookAt(walk, "port-choice", form);
-    walk.desktop.hide(form);
+    visit(run, "port-choice", form);
+    run.desktop.hide(form);
 }
 
-void showMain(const Walk& walk) {
+void showMain(const Run& run) {
     FrmMain& form = frmMain();
     shared.ampTypeName = "QT-MVR";
     shared.ampVersionText = "1.022";
@@ -107,50 +107,50 @@ void showMain(const Walk& walk) {
     shared.ifuVersionText = "1.200";
     form.cmdUpgrade.enabled = false;
     MainWindow::subSetAllVersion();
-    walk.desktop.show(form);
-    lookAt(walk, "main-window", form);
+    run.desktop.show(form);
+    visit(run, "main-window", form);
 
     shared.fileTypeName = "QT-MVR";
     shared.fileVersionText = "1.123";
     form.cmdUpgrade.enabled = true;
     MainWindow::subSetAllVersion();
-    lookAt(walk, "file-loaded", form);
+    visit(run, "file-loaded", form);
 
     form.optPresent[0].value = 0;
     form.optPresent[1].value = 1;
     MainWindow::optPresent_Click(1);
-    lookAt(walk, "interface-unit-selected", form);
+    visit(run, "interface-unit-selected", form);
     form.optPresent[0].value = 1;
     form.optPresent[1].value = 0;
     MainWindow::optPresent_Click(0);
 
     form.LabelWriteProtect.visible = true;
-    lookAt(walk, "write-protected", form);
+    visit(run, "write-protected", form);
     form.LabelWriteProtect.visible = false;
 }
 
-void showTransfer(const Walk& walk) {
+void showTransfer(const Run& run) {
     frmMain().enabled = false;
-    lookAt(walk, "main-window-disabled", frmMain());
+    visit(run, "main-window-disabled", frmMain());
     FrmWait& form = frmWait();
     form.prbComm.max = imageSize;
     form.prbComm.value = 0.34 * imageSize;
-    walk.desktop.show(form);
-    lookAt(walk, "progress", form);
-    form.lblMsg.caption = walk.inJapanese() ? "ベリファイ中..." : "Verification...";
-    lookAt(walk, "verification", form);
+    run.desktop.show(form);
+    visit(run, "progress", form);
+    form.lblMsg.caption = run.inJapanese() ? "ベリファイ中..." : "Verification...";
+    visit(run, "verification", form);
     unloadFrmWait();
     frmMain().enabled = true;
 }
 
-void showTableBoxes(const Walk& walk) {
+void showTableBoxes(const Run& run) {
     struct Row {
         const char* scene;
         std::int32_t id;
         int style;
         const char* msg1;
     };
-    const int sensorStyle = boxStyle::question + (walk.inJapanese() ? boxStyle::ok : boxStyle::okCancel);
+    const int sensorStyle = boxStyle::question + (run.inJapanese() ? boxStyle::ok : boxStyle::okCancel);
     for (const Row& row : {
              Row{"box-port-not-effective", textId::portNotEffective1, boxStyle::exclamation, "5"},
              Row{"box-sensors", textId::notOnlyOneSensor, sensorStyle, ""},
@@ -162,31 +162,31 @@ void showTableBoxes(const Walk& walk) {
                  "/home/operator/firmware/2026-November/amplifier-with-a-rather-long-name-1.123.bin: "
                  "Input/output error"},
          }) {
-        lookAtDialog(walk, row.scene);
+        visitDialog(run, row.scene);
         fncMsgBox(row.id, row.style, row.msg1);
     }
 }
 
-void showLiteralBoxes(const Walk& walk) {
-    lookAtDialog(walk, "box-port-setup");
-    walk.desktop.msgBox(shared.portSetupText, boxStyle::exclamation, messageText::title);
-    lookAtDialog(walk, "box-end");
-    walk.desktop.msgBox(walk.inJapanese() ? messageText::succeedJapanese : messageText::succeed,
-                        boxStyle::information + (walk.inJapanese() ? boxStyle::ok : boxStyle::okCancel),
-                        messageText::title);
-    lookAtDialog(walk, "box-failed");
-    walk.desktop.msgBox(walk.inJapanese() ? messageText::failedJapanese : messageText::failed, boxStyle::information,
-                        messageText::title);
+void showLiteralBoxes(const Run& run) {
+    visitDialog(run, "box-port-setup");
+    run.desktop.msgBox(shared.portSetupText, boxStyle::exclamation, messageText::title);
+    visitDialog(run, "box-end");
+    run.desktop.msgBox(run.inJapanese() ? messageText::succeedJapanese : messageText::succeed,
+                       boxStyle::information + (run.inJapanese() ? boxStyle::ok : boxStyle::okCancel),
+                       messageText::title);
+    visitDialog(run, "box-failed");
+    run.desktop.msgBox(run.inJapanese() ? messageText::failedJapanese : messageText::failed, boxStyle::information,
+                       messageText::title);
 }
 
-void showFileDialogs(const Walk& walk) {
+void showFileDialogs(const Run& run) {
     platform::FileDialog& dialog = frmMain().cmdSoft;
     dialog.filter = shared.binFileFilter;
     dialog.initialDirectory = platform::toUtf8(QDir::currentPath());
-    lookAtDialog(walk, "load-dialog");
-    walk.desktop.showOpen(dialog);
-    lookAtDialog(walk, "save-dialog");
-    walk.desktop.showSave(dialog);
+    visitDialog(run, "load-dialog");
+    run.desktop.showOpen(dialog);
+    visitDialog(run, "save-dialog");
+    run.desktop.showSave(dialog);
 }
 
 } // namespace
@@ -206,16 +206,16 @@ QPalette darkPalette() {
     return palette;
 }
 
-void showAll(platform::QtDesktop& desktop, Language language, const Look& look) {
-    const Walk walk{desktop, language, look};
-    loadForms(walk);
-    showStartUp(walk);
-    showMain(walk);
-    showTableBoxes(walk);
-    showLiteralBoxes(walk);
-    showFileDialogs(walk);
-    showTransfer(walk);
-    unloadForms(walk);
+void showAll(platform::QtDesktop& desktop, Language language, const Visitor& visitor) {
+    const Run run{desktop, language, visitor};
+    loadForms(run);
+    showStartUp(run);
+    showMain(run);
+    showTableBoxes(run);
+    showLiteralBoxes(run);
+    showFileDialogs(run);
+    showTransfer(run);
+    unloadForms(run);
 }
 
 } // namespace gallery

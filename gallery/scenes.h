@@ -14,11 +14,11 @@ namespace gallery {
 enum class Language { japanese, english };
 
 // Called while a window is open: the name of the scene, and the window.
-using Look = std::function<void(const std::string& scene, QWidget& window)>;
+using Visitor = std::function<void(const std::string& scene, QWidget& window)>;
 
 // Shows one scene after the other, with the program's own forms and variables; no unit is needed. No form is loaded
 // afterwards.
-void showAll(platform::QtDesktop& desktop, Language language, const Look& look);
+void showAll(platform::QtDesktop& desktop, Language language, const Visitor& visitor);
 
 // The colours of a dark desktop; it sets only those that most desktops set.
 QPalette darkPalette();

@@ -17,7 +17,7 @@ constexpr std::array rows{
     Row{"0101", 9},
     Row{"9000", 10}, // not used
     Row{"9998", 11}, // an exchange is running
-    Row{"9999", 12}, // silence, or a run-time failure
+    Row{"9999", 12}, // no reply, or a run-time failure
     Row{"1001", 13},
     Row{"1002", 14},
     Row{"1004", 15},

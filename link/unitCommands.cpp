@@ -38,13 +38,13 @@ std::string commandRoutine(Command command) {
 
 std::string twoCharacters(const Bytes& reply, std::int32_t index) {
     const std::string bytes{static_cast<char>(at(reply, index)), static_cast<char>(at(reply, index + 1))};
-    return textOfBytes(bytes);
+    return latin1ToUtf8(bytes);
 }
 
 std::int32_t wholeNumber(const std::string& text) {
-    const auto number = readsAsNumber(text);
+    const auto number = parseNumber(text);
     if (!number) {
-        throw Failure(failureNumber::typeMismatch, "\"" + text + "\" is no number.");
+        throw Failure(failureNumber::typeMismatch, "\"" + text + "\" is not a number.");
     }
     return roundToWhole(*number);
 }

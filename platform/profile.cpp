@@ -75,7 +75,7 @@ std::string profileValue(std::string_view text, std::string_view section, std::s
         const std::size_t equals = line.find('=');
         if (inSection && equals != std::string_view::npos && equals > 0 &&
             equalIgnoringCase(trimBlanks(line.substr(0, equals)), trimBlanks(key))) {
-            return std::string(cutText(trimBlanks(line.substr(equals + 1)), profileValueLimit));
+            return std::string(truncateText(trimBlanks(line.substr(equals + 1)), profileValueLimit));
         }
     }
     return {};

@@ -27,7 +27,7 @@ std::string typeValue(const std::string& section, const std::string& key) {
 
 // Uses the range whose base is item `base` of shared.iniList; the model name is the next item.
 bool takeRange(std::int32_t base, std::int32_t rawVersion, std::string& typeName, std::int32_t& version) {
-    version = roundToWhole(rawVersion - numericBeginning(at(shared.iniList, base)));
+    version = roundToWhole(rawVersion - leadingNumber(at(shared.iniList, base)));
     typeName = at(shared.iniList, base + 1);
     return version >= 0 && version <= highestVersion;
 }
@@ -89,7 +89,7 @@ bool fncReadSetting() {
         shared.iniFilePath = iniPath("Setting.INI");
         shared.bpsText = "38400";
         shared.comPortNumber = 1;
-        if (const auto number = readsAsNumber(fncGetIniString("IFU", "COM", shared.iniFilePath))) {
+        if (const auto number = parseNumber(fncGetIniString("IFU", "COM", shared.iniFilePath))) {
             shared.comPortNumber = narrow<std::int16_t>(roundToWhole(*number));
         }
         shared.loadFilePath.clear();

@@ -63,10 +63,10 @@ void takeAmplifier(std::int32_t rawVersion, const Bytes& typeReply) {
 void takeInterfaceUnit(const Bytes& reply) {
     const std::string idText(reply.begin() + replyData, reply.end());
     const std::string model = replaceAll(std::string_view(idText).substr(0, modelLength), '\0', ' ');
-    shared.ifuTypeName = trim(Common::fncGetIfuType(trim(textOfBytes(model)), "IFU_TYPE"));
+    shared.ifuTypeName = trim(Common::fncGetIfuType(trim(latin1ToUtf8(model)), "IFU_TYPE"));
     const std::size_t v = idText.find('V', modelLength - 1);
     if (v != std::string::npos) {
-        shared.ifuVersionText = textOfBytes(std::string_view(idText).substr(v + 1, versionLength));
+        shared.ifuVersionText = latin1ToUtf8(std::string_view(idText).substr(v + 1, versionLength));
     }
     shared.ifuVersionText = trim(shared.ifuVersionText);
 }

@@ -2,7 +2,7 @@
 
 #include "base/checked.h"
 #include "base/failure.h"
-#include "base/flagMark.h"
+#include "base/flagGuard.h"
 #include "link/commPort.h"
 #include "link/unitCommands.h"
 #include "platform/desktop.h"
@@ -60,7 +60,7 @@ void selectPort(FrmStartUp& form, std::int16_t number) {
     form.cmbCom.listIndex = number - 1;
 }
 
-void handOver() {
+void showMainWindow() {
     desktop().hide(frmStartUp());
     MainWindow::subSetAllVersion();
     desktop().show(frmMain());
@@ -89,7 +89,7 @@ void probeUnit(FrmStartUp& form) {
     const std::string result = Common::fncCommand("0501", reply);
     if (result == "0000") {
         subIdentifyUnit();
-        handOver();
+        showMainWindow();
     } else if (result == "2204") {
         desktop().endProgram();
     } else {
@@ -123,7 +123,7 @@ void tryChosenPort(const FrmStartUp& form) {
     }
     shared.comPortNumber = port;
     subIdentifyUnit();
-    handOver();
+    showMainWindow();
 }
 
 } // namespace
@@ -145,7 +145,7 @@ void cmdTest_Click() {
     if (shared.settingPort) {
         return;
     }
-    const FlagMark mark(shared.settingPort);
+    const FlagGuard guard(shared.settingPort);
     tryChosenPort(frmStartUp());
 }
 

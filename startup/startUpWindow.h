@@ -1,4 +1,4 @@
-// The first window: it probes the port, identifies the unit and hands over to the main window, or offers the ports.
+// The first window: it probes the port, identifies the unit and shows the main window, or offers a list of ports.
 #pragma once
 
 namespace StartUpWindow {

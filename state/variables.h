@@ -1,5 +1,5 @@
-// The variables that more than one module uses. They live as long as the program runs. The assignment
-// shared = SharedVariables() gives them the values of a new process.
+// The variables that more than one module uses. The assignment shared = SharedVariables() gives them the values of a new
+// process.
 #pragma once
 
 #include "base/bytes.h"

@@ -92,17 +92,17 @@ TEST(Text, ReadsNumbersWholeOrByTheirBeginning) {
         {"nan", none, 0},    {"1 2", none, 1}, {".", none, 0},     {"1.5.2", none, 1.5},
     };
     for (const auto& [text, whole, beginning] : rows) {
-        EXPECT_EQ(readsAsNumber(text), whole) << text;
-        EXPECT_EQ(numericBeginning(text), beginning) << text;
+        EXPECT_EQ(parseNumber(text), whole) << text;
+        EXPECT_EQ(leadingNumber(text), beginning) << text;
     }
     const std::pair<double, std::int32_t> rounded[] = {{0.5, 0}, {1.5, 2}, {2.5, 2}, {-0.5, 0}, {2.4, 2}, {-1.6, -2}};
     for (const auto& [number, whole] : rounded) {
         EXPECT_EQ(roundToWhole(number), whole) << number;
     }
     EXPECT_THROW(roundToWhole(2147483648.0), Failure);
-    EXPECT_THROW(numericBeginning("1e999"), Failure);
+    EXPECT_THROW(leadingNumber("1e999"), Failure);
     EXPECT_EQ(thousandthsText(1046) + thousandthsText(7), "1.0460.007");
-    EXPECT_EQ(textOfBytes("A\xE9"), "A\xC3\xA9");
+    EXPECT_EQ(latin1ToUtf8("A\xE9"), "A\xC3\xA9");
 }
 
 TEST(Image, HasALeadText) {

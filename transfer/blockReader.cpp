@@ -27,9 +27,9 @@ constexpr std::size_t longestRest = packetSize + 1 - blockSize;
 
 // How long a poll waits for the next byte of a block. Adapters pass bytes on in groups, up to 16 ms apart. After a
 // whole block in the checksum form, the second check byte of the CRC form follows at once or not at all.
-constexpr int lumpGap = 20; // milliseconds
+constexpr int byteGap = 20; // milliseconds
 constexpr int checkByteGap = 2;
-constexpr int longestHold = 100;
+constexpr int longestWait = 100;
 
 struct ControlRow {
     std::uint8_t byte;
@@ -42,20 +42,20 @@ constexpr std::array controlRows{
     ControlRow{xModem::crcRequest, found::crcRequest},
 };
 
-void tell(const char* japanese, const char* english) {
+void showError(const char* japanese, const char* english) {
     fncMsgBox(textId::applicationError, platform::boxStyle::critical, japaneseSelected() ? japanese : english);
 }
 
-std::int32_t lookAtSilence(std::int64_t now) {
+std::int32_t checkSilence(std::int64_t now) {
     if (now - shared.lastActivityAt < silenceLimit) {
         return shared.blockLength > 0 ? found::noBlock : found::nothing;
     }
     if (verificationSelected()) {
-        tell("ユニットからの送信が止まりました。ファームウェアを確認できません。",
-             "The unit stopped sending. Its firmware could not be read back.");
+        showError("ユニットからの送信が止まりました。ファームウェアを確認できません。",
+                  "The unit stopped sending. Its firmware could not be read back.");
     } else {
-        tell("ユニットからの送信が止まりました。何も保存されていません。",
-             "The unit stopped sending. Nothing was saved.");
+        showError("ユニットからの送信が止まりました。何も保存されていません。",
+                  "The unit stopped sending. Nothing was saved.");
     }
     return found::end;
 }
@@ -76,9 +76,9 @@ bool beginsAsBlock(std::span<const std::uint8_t> bytes) {
     return std::ssize(bytes) >= xModem::headerSize && bytes[0] == xModem::soh && (bytes[1] ^ bytes[2]) == 0xFF;
 }
 
-// After a poll that has cut a block, the next poll finds its rest, up to 5 bytes once 128 are stored, and then the next
-// block. Returns that block, empty if there is none.
-std::span<const std::uint8_t> behindRest(std::span<const std::uint8_t> bytes) {
+// After a poll that took a part of a block, the bytes of the next poll begin with the rest: at most 5 bytes if the part had
+// 128. Returns the block after the rest; empty if there is none.
+std::span<const std::uint8_t> skipRest(std::span<const std::uint8_t> bytes) {
     for (std::size_t rest = 0; rest <= std::min(longestRest, bytes.size()); ++rest) {
         if (beginsAsBlock(bytes.subspan(rest))) {
             return bytes.subspan(rest);
@@ -90,7 +90,7 @@ std::span<const std::uint8_t> behindRest(std::span<const std::uint8_t> bytes) {
 std::int32_t takePoll(std::span<const std::uint8_t> bytes) {
     SharedVariables::CutBlocks& cut = shared.cutBlocks;
     if (cut.restDue && bytes.size() > 1) { // a single byte may be a control byte
-        const auto block = behindRest(bytes);
+        const auto block = skipRest(bytes);
         if (block.empty()) {
             cut.lost |= bytes.size() > longestRest; // they may hold the start of the next block
             keep(bytes);
@@ -127,10 +127,10 @@ void noteStored(SharedVariables::CutBlocks& cut) {
 void waitForWholeBlock() {
     try {
         std::int32_t count = CommonComm::serialPort().countReceived();
-        for (int held = 0; count > 0 && count <= packetSize && held < longestHold;) {
-            const int gap = count < packetSize ? lumpGap : checkByteGap;
+        for (int waited = 0; count > 0 && count <= packetSize && waited < longestWait;) {
+            const int gap = count < packetSize ? byteGap : checkByteGap;
             platform::desktop().sleep(gap);
-            held += gap;
+            waited += gap;
             const std::int32_t before = std::exchange(count, CommonComm::serialPort().countReceived());
             if (count == before) {
                 return;
@@ -148,7 +148,7 @@ std::int32_t fncReadBlock() {
         const Bytes bytes = port.countReceived() > 0 ? port.read() : Bytes();
         const std::int64_t now = platform::desktop().timeGetTime();
         if (bytes.empty()) {
-            return lookAtSilence(now);
+            return checkSilence(now);
         }
         shared.lastActivityAt = now;
         return takePoll(bytes);
@@ -177,15 +177,15 @@ bool imageIncomplete() {
     return shared.cutBlocks.damaged || shared.cutBlocks.lost;
 }
 
-void tellLostBlocks() {
+void reportLostBlocks() {
     if (!imageIncomplete()) {
         return;
     }
     if (verificationSelected()) {
-        tell("受信できなかったデータがあります。", "A part of the firmware was lost on the way back.");
+        showError("受信できなかったデータがあります。", "A part of the firmware was lost on the way back.");
     } else {
-        tell("受信できなかったデータがあります。何も保存されていません。",
-             "A part of the firmware was lost on the way. Nothing was saved.");
+        showError("受信できなかったデータがあります。何も保存されていません。",
+                  "A part of the firmware was lost on the way. Nothing was saved.");
     }
 }
 

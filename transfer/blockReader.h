@@ -31,8 +31,8 @@ void subStoreBlock();
 // True when the image lacks bytes of blocks that a poll has cut.
 bool imageIncomplete();
 
-// Tells the operator if so.
-void tellLostBlocks();
+// Shows a message if it does.
+void reportLostBlocks();
 
 // Clears image and state of an earlier transfer. shared.blockBuffer and shared.blockLength stay.
 void subResetReader();

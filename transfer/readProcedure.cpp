@@ -1,6 +1,6 @@
 #include "transfer/readProcedure.h"
 
-#include "base/flagMark.h"
+#include "base/flagGuard.h"
 #include "firmware/binaryFile.h"
 #include "link/resultCodes.h"
 #include "platform/desktop.h"
@@ -44,7 +44,7 @@ std::int32_t awaitSecondEnd() {
     switch (fncReadBlock()) {
     case found::eot:
         subSendRaw(xModem::ack);
-        tellLostBlocks();
+        reportLostBlocks();
         if (!verificationSelected()) {
             saveImage();
         }
@@ -72,7 +72,7 @@ std::int32_t fncReadStep(std::int32_t state) {
     if (shared.stepBusy) {
         return state::idle;
     }
-    const FlagMark mark(shared.stepBusy);
+    const FlagGuard guard(shared.stepBusy);
     try {
         switch (state) {
         case state::readStart: return startRead();

@@ -28,7 +28,7 @@ namespace MainWindow {
 
 namespace {
 
-void giveWindowBack(FrmMain& form) {
+void enableWindow(FrmMain& form) {
     form.enabled = true;
     form.mousePointer = MousePointer::arrow;
 }
@@ -39,19 +39,19 @@ bool fileFitsSelectedRow(const FrmMain& form) {
 }
 
 // A failed check only asks the operator.
-bool operatorGoesOn() {
+bool operatorContinues() {
     return FirmComm::fncCheckTarget() == 0 ||
            fncMsgBox(textId::sensorNotChecked, boxStyle::okCancel) != platform::boxAnswer::cancel;
 }
 
 void upgrade(FrmMain& form) {
-    if (!operatorGoesOn()) {
-        giveWindowBack(form);
+    if (!operatorContinues()) {
+        enableWindow(form);
         return;
     }
     if (form.LabelWriteProtect.visible) {
         desktop().msgBox(messageText::formatTest, boxStyle::ok, program::name);
-        giveWindowBack(form);
+        enableWindow(form);
         return;
     }
     frmWait().cmdCancel.enabled = false;
@@ -82,7 +82,7 @@ void cmdPresent_Click() {
         frmMain().enabled = false;
         shared.programState = FirmComm::fncReadStep(state::readStart);
         if (shared.programState == state::readClosing) {
-            shared.programState = FirmComm::fncReadStep(state::readClosing); // no further tick does it
+            shared.programState = FirmComm::fncReadStep(state::readClosing); // CommTimer does not run
         }
     } catch (const std::exception&) {
         reportUnlessCancelled();
@@ -132,7 +132,7 @@ void cmdCancel_Click() {
             CommonComm::subClearInput();
             failure = FirmComm::subSendRaw(xModem::can);
         }
-        if (readUnderWay()) { // while the box of a failure stands, a tick may close the read
+        if (readUnderWay()) { // while the box of a failure is open, a tick may close the read
             shared.programState = state::readClosing;
         }
     }

@@ -102,7 +102,7 @@ void subEndTransfer() {
 }
 
 void closeTransferMode(const std::string& operation) {
-    if (CommonComm::linkAlive()) { // otherwise the operator has already been told
+    if (CommonComm::linkAlive()) { // otherwise a message has been shown
         operate(operation);
     }
 }

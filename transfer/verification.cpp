@@ -33,7 +33,7 @@ void readBack() {
     desktop().keepAwake(false);
 }
 
-void tellComparison() {
+void showComparison() {
     if (fncCompareImage() == 0) {
         showReadNotice(messageText::succeedJapanese, messageText::succeed, platform::boxStyle::information);
     } else {
@@ -51,7 +51,7 @@ void runVerification() {
     readBack();
     CommonComm::subClosePort();
     desktop().sleep(comparisonPause);
-    tellComparison();
+    showComparison();
     unloadFrmWait();
     setCommTimer(false);
     shared.programState = state::verified;

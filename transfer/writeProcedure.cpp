@@ -1,6 +1,6 @@
 #include "transfer/writeProcedure.h"
 
-#include "base/flagMark.h"
+#include "base/flagGuard.h"
 #include "link/resultCodes.h"
 #include "platform/desktop.h"
 #include "state/variables.h"
@@ -55,7 +55,7 @@ std::int32_t fncWriteStep(std::int32_t state) {
     if (shared.stepBusy) {
         return state::idle;
     }
-    const FlagMark mark(shared.stepBusy);
+    const FlagGuard guard(shared.stepBusy);
     try {
         switch (state) {
         case state::writeTransfer: return transferImage();

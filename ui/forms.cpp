@@ -10,7 +10,7 @@ std::unique_ptr<FrmMain> mainForm;
 std::unique_ptr<FrmWait> waitForm;
 
 template <class Form>
-Form& touch(std::unique_ptr<Form>& form, const std::function<void(Form&)>& bind) {
+Form& loaded(std::unique_ptr<Form>& form, const std::function<void(Form&)>& bind) {
     if (!form) {
         form = std::make_unique<Form>();
         bind(*form);
@@ -23,15 +23,15 @@ Form& touch(std::unique_ptr<Form>& form, const std::function<void(Form&)>& bind)
 } // namespace
 
 FrmStartUp& frmStartUp() {
-    return touch(startUpForm, formBinders.frmStartUp);
+    return loaded(startUpForm, formBinders.frmStartUp);
 }
 
 FrmMain& frmMain() {
-    return touch(mainForm, formBinders.frmMain);
+    return loaded(mainForm, formBinders.frmMain);
 }
 
 FrmWait& frmWait() {
-    return touch(waitForm, formBinders.frmWait);
+    return loaded(waitForm, formBinders.frmWait);
 }
 
 bool frmWaitLoaded() {

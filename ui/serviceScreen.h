@@ -6,15 +6,15 @@
 
 #include <array>
 
-struct Showing {
+struct Placement {
     platform::Place place;
     bool visible;
 };
 
 struct HiddenControls {
-    Showing cmdPresent, chkVerify, fraLanguage;
+    Placement cmdPresent, chkVerify, fraLanguage;
     std::array<platform::Place, 2> optLanguage; // visible when fraLanguage is
-    Showing cmdCancel;
+    Placement cmdCancel;
 };
 
 extern const HiddenControls& hiddenControls;

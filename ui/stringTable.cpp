@@ -9,7 +9,7 @@ namespace {
 
 struct Row {
     std::int32_t id;
-    const char* key; // names the text for the reader; not used by the program
+    const char* key; // for the reader of this table; not used by the program
     const char* japanese;
     const char* english;
 };

@@ -17,7 +17,7 @@ bool hasFrames() {
     return QGuiApplication::platformName() == "xcb";
 }
 
-// Waits until the frame is there, for 10 s at most, and then for the painting and for what a file dialog lists.
+// Waits for the frame, 10 s at most, and then for the painting and for the list of a file dialog.
 void settle(const QWidget& window) {
     const int painting = hasFrames() ? 400 : 60;
     QElapsedTimer timer;
@@ -53,7 +53,7 @@ void saveAll(platform::QtDesktop& desktop, gallery::Language language, const QDi
 
 } // namespace
 
-int main(int count, char** words) {
+int main(int argc, char** argv) {
     platform::QtDesktop desktop;
     platform::setDesktop(&desktop);
 
@@ -62,7 +62,7 @@ int main(int count, char** words) {
     options.addHelpOption();
     options.addOptions({{"dark", "Use a dark palette."}, {"font", "Size of the desktop's font, in points.", "POINTS"}});
     options.addPositionalArgument("FOLDER", "Where the pictures go.");
-    options.process(QStringList(words, words + count));
+    options.process(QStringList(argv, argv + argc));
     const QStringList folders = options.positionalArguments();
     if (folders.size() != 1) {
         options.showHelp(1);
