@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(Ini, ReadsValuesAsPeopleWriteThem) {
+TEST(Ini, ReadsValues) {
     const std::string text = "\xEF\xBB\xBF; a comment\r\nCOM=9\r\n"
                              "[ifu]\r\nno equals sign\r\n  com\t= 3 ' service notebook\r\nCOM=4\r\n"
                              "Empty=\n=K42\nComment=' only\nTabs=\ta\tb\t\nQuoted=\"x y\"\nKey = with = signs\n"
@@ -37,7 +37,7 @@ TEST(Ini, ReadsValuesAsPeopleWriteThem) {
             const char high = static_cast<char>(unit >> 8), low = static_cast<char>(unit);
             bytes += {bigEndian ? high : low, bigEndian ? low : high};
         }
-        session.world.files.put("/wide.ini", bytes + '\0'); // cut off in the midst of a character
+        session.world.files.put("/wide.ini", bytes + '\0'); // ends within a character
         EXPECT_EQ(Common::fncGetIniString("ifu", "name", "/wide.ini"), "aé鍵😀b") << bigEndian;
     }
     session.world.files.find("/x.ini")->unreadable = true;
@@ -60,7 +60,7 @@ TEST(Ini, SplitsListsAtCommas) {
     }
 }
 
-TEST(Ini, LooksAmplifiersUp) {
+TEST(Ini, LooksUpAmplifiers) {
     Session session;
     session.world.files.put("/tarnbeacon/TYPE.INI", "[AMP_TYPE]\n1=10000,A\n2=20000,B,,30000,C\n3=100,D,,0\n"
                                                     "4=1e300,E\n5=100\n6=0x10,F\n7= 1.5e1 V,G\n");
@@ -83,7 +83,7 @@ TEST(Ini, LooksAmplifiersUp) {
     }
 }
 
-TEST(Text, ReadsNumbersWholeOrByTheirBeginning) {
+TEST(Text, ParsesNumbers) {
     constexpr std::nullopt_t none = std::nullopt;
     const std::tuple<const char*, std::optional<double>, double> rows[] = {
         {"12", 12, 12},      {" 12 ", 12, 12}, {"+3.5", 3.5, 3.5}, {"-.5", -.5, -.5},
@@ -105,7 +105,7 @@ TEST(Text, ReadsNumbersWholeOrByTheirBeginning) {
     EXPECT_EQ(latin1ToUtf8("A\xE9"), "A\xC3\xA9");
 }
 
-TEST(Image, HasALeadText) {
+TEST(Image, ReadsTheLeadText) {
     shared.firmwareImage = simulator::makeSampleImage({.leadText = "ABCDE"});
     EXPECT_EQ(FirmComm::fncGetFileField(FirmComm::FileField::leadText), "ABCDE");
 }

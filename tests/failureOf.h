@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-// The failure that `action` raises; its number is 0 where it raises none.
+// The failure that `action` throws; its number is 0 if it throws none.
 template <class Action>
 Failure failureIn(Action action) {
     try {

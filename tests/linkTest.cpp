@@ -1,4 +1,4 @@
-// Command frames as the unit sees them, and replies of every kind as the program takes them.
+// The command frames that the unit receives, and the results of every kind of reply.
 #include "base/text.h"
 #include "link/commPort.h"
 #include "link/exchange.h"
@@ -24,7 +24,7 @@ Bytes bytesOf(const std::string& text) {
     return Bytes(text.begin(), text.end());
 }
 
-// A program that has started and handed over; the tests send their commands from there.
+// The program after its start; the tests send commands.
 class Link : public testing::Test {
   protected:
     Link() {
@@ -39,7 +39,7 @@ class Link : public testing::Test {
         action();
         return world.clock.now() - before;
     }
-    // The result of a "0501" that the unit answers so.
+    // The result of a "0501" with this answer of the unit.
     std::string resultOf(simulator::CommandAnswer answer, bool suppressMessage = false) {
         world.unit.options().answers = {{"0501", 0, std::move(answer)}};
         Bytes reply;
@@ -50,14 +50,14 @@ class Link : public testing::Test {
     World& world = session.world;
 };
 
-// What the receiver stored, in hexadecimal, without what was never stored.
+// The bytes that the receiver has stored, in hexadecimal; ".." if the array still has its full size.
 std::string storedText() {
     std::string text;
-    const bool uncut = shared.replyBytes.size() == 451;
-    for (const std::uint8_t byte : std::span(shared.replyBytes).first(uncut ? 6 : shared.replyBytes.size())) {
+    const bool fullSize = shared.replyBytes.size() == 451;
+    for (const std::uint8_t byte : std::span(shared.replyBytes).first(fullSize ? 6 : shared.replyBytes.size())) {
         text += hexText(byte, 2);
     }
-    return text + (uncut ? ".." : "");
+    return text + (fullSize ? ".." : "");
 }
 
 Bytes wrongCheck(const std::string& text) {
@@ -66,7 +66,7 @@ Bytes wrongCheck(const std::string& text) {
     return bytes;
 }
 
-TEST_F(Link, SendsACommandInItsFrame) {
+TEST_F(Link, SendsCommandFrames) {
     Bytes reply;
     world.unit.options().answers = {{"", 0, {.silent = true}}};
     fncCommand("01az", reply);
@@ -75,16 +75,16 @@ TEST_F(Link, SendsACommandInItsFrame) {
               bytesOf(stx + "0000001AZ\x03\x29" + stx + "000000101D501AB000CD1\x03\x46"));
 }
 
-// The one table of what becomes of a reply, in however many pieces it comes.
-TEST_F(Link, GivesTheResultOfEachReply) {
+// Each reply arrives whole and in pieces.
+TEST_F(Link, ParsesReplies) {
     const std::string data447(447, 'x');
     const std::string none = "000000000000..";
-    enum End { answered, late, failed }; // late: the exchange lasts its whole limit
+    enum End { answered, timedOut, failed };
     struct Row {
         const char* what;
         Bytes reply;
         std::string result;
-        std::string stored; // in hexadecimal, ".." where it was not cut
+        std::string stored; // see storedText()
         End end = answered;
         std::string logged = {}; // from "S:" on
         bool rawData = true;
@@ -104,21 +104,21 @@ TEST_F(Link, GivesTheResultOfEachReply) {
          "S:True E:True B:True P:True U:4 A:05 01 00 00 31"},
         {"bad check, 0F", wrongCheck("00000F05010000"), "", "05010000"},
         {"bad check, other end code", wrongCheck("0000220501"), "9022", "0501"},
-        {"a right check behind a wrong one", bytesOf(stx + "00000005010000\x03\x06\x07\x07"), "", "05010000", answered,
+        {"a right check after a wrong one", bytesOf(stx + "00000005010000\x03\x06\x07\x07"), "", "05010000", answered,
          "S:True E:True B:True P:True U:3 A:05 01 00 00"},
-        {"silence", {}, "9999", none, late},
-        {"cut short", bytesOf(stx + "00000005"), "", "050000000000..", late,
+        {"silence", {}, "9999", none, timedOut},
+        {"cut short", bytesOf(stx + "00000005"), "", "050000000000..", timedOut,
          "S:True E:False B:False P:False U:450 A:05"},
-        {"half a byte", bytesOf(stx + "000000050"), "", "050000000000..", late,
+        {"half a byte", bytesOf(stx + "000000050"), "", "050000000000..", timedOut,
          "S:True E:False B:False P:False U:450 A:05"},
-        {"cut short, 0F", bytesOf(stx + "00000F"), "", none, late},
-        {"one character of the end code", bytesOf(stx + "00000"), "900", none, late},
-        {"no check byte", bytesOf(stx + "00000005010000\x03"), "", "050100000000..", late,
+        {"cut short, 0F", bytesOf(stx + "00000F"), "", none, timedOut},
+        {"one character of the end code", bytesOf(stx + "00000"), "900", none, timedOut},
+        {"no check byte", bytesOf(stx + "00000005010000\x03"), "", "050100000000..", timedOut,
          "S:True E:True B:False P:False U:450 A:05 01 00 00"},
-        {"no STX", bytesOf("00000005010000\x03\x07"), "", "050100000700..", late,
+        {"no STX", bytesOf("00000005010000\x03\x07"), "", "050100000700..", timedOut,
          "S:False E:True B:False P:False U:450 A:05 01 00 00 07"},
-        {"noise ahead of STX moves the positions", bytesOf("x" + stx + "0000000501000\x03"), "", "005010000000..", late,
-         "S:True E:True B:False P:False U:450 A:00 50 10 00"},
+        {"noise ahead of STX moves the positions", bytesOf("x" + stx + "0000000501000\x03"), "", "005010000000..",
+         timedOut, "S:True E:True B:False P:False U:450 A:00 50 10 00"},
         {"noise ahead of STX counts for the check", bytesOf("0" + stx + "0000005010000\x03\x07"), "0000", "05010000"},
         {"STX and ETX within raw data", bytesOf(stx + "00000005010000a" + stx + "b\x03\x04"), "0000", "050100006162"},
         {"ETX ahead of STX ends at the next byte", {0x03, 0x02, '0'}, "9999", none, failed},
@@ -130,7 +130,7 @@ TEST_F(Link, GivesTheResultOfEachReply) {
     };
     for (const Row& row : rows) {
         for (const std::size_t piece : {0, 1, 2, 7, 15}) {
-            for (const int readLimit : {0, 1}) { // what a transfer has left; every read takes what it gives
+            for (const int readLimit : {0, 1}) { // a transfer leaves the read limit at 1
                 SCOPED_TRACE(row.what + (' ' + std::to_string(piece)) + ' ' + std::to_string(readLimit));
                 world.files.remove(logPath);
                 const std::string boxesBefore = session.boxes();
@@ -147,7 +147,7 @@ TEST_F(Link, GivesTheResultOfEachReply) {
                 EXPECT_EQ(result, row.result);
                 EXPECT_EQ(storedText(), row.stored);
                 EXPECT_TRUE(row.end == failed || reply == shared.replyBytes);
-                EXPECT_EQ(lasted >= fromSeconds(5), row.end == late) << lasted;
+                EXPECT_EQ(lasted >= fromSeconds(5), row.end == timedOut) << lasted;
                 const SimulatedFile* log = world.files.find(logPath);
                 EXPECT_EQ(log == nullptr ? "" : log->content,
                           row.logged.empty() ? "" : world.desktop.dateAndTime() + " [NG2] " + row.logged + " \n");
@@ -160,8 +160,8 @@ TEST_F(Link, GivesTheResultOfEachReply) {
     }
 }
 
-// With single reads it is seen how far the exchange has gone on.
-TEST_F(Link, ClearsTheInputBehindAGoodFrameAndLooksTwiceMoreBehindABadOne) {
+// Reads of one byte show how many polls the exchange has made.
+TEST_F(Link, ClearsInputAfterAGoodFrameAndPollsTwiceAfterABadOne) {
     for (const auto& [reply, left] : {std::pair{frameOf("00000005010000"), 0}, {wrongCheck("00000005010000"), 4}}) {
         Bytes bytes = reply;
         bytes.insert(bytes.end(), 6, 'z');
@@ -169,35 +169,35 @@ TEST_F(Link, ClearsTheInputBehindAGoodFrameAndLooksTwiceMoreBehindABadOne) {
         world.line.setPace(unpaced);
         resultOf({.reply = bytes});
         EXPECT_EQ(world.port.countReceived(), left);
-        resultOf({.reply = frameOf("00000005010000")}); // what was left is no part of the next reply
+        resultOf({.reply = frameOf("00000005010000")}); // the remaining bytes are not a part of the next reply
         EXPECT_EQ(storedText(), "05010000");
     }
 }
 
-TEST_F(Link, TakesAReplyThatComesWithItsLimit) {
+TEST_F(Link, AcceptsAReplyAtTheTimeout) {
     world.line.setPace(unpaced);
     world.unit.options().replyDelay = 0;
     EXPECT_EQ(resultOf({.delay = fromSeconds(5)}), "0000");
     EXPECT_EQ(resultOf({.delay = fromSeconds(5) + fromMilliseconds(1)}), "9999");
     world.unit.options().answers.clear();
     Bytes reply;
-    EXPECT_EQ(fncSendCommand("0501", true, reply, 0, false), "0000"); // is sent all the same
+    EXPECT_EQ(fncSendCommand("0501", true, reply, 0, false), "0000"); // sent in any case
 }
 
-TEST_F(Link, WaitsForTheLinkThatAFailureHasLeftBusy) {
+TEST_F(Link, WaitsWhileTheLinkIsBusy) {
     shared.commBusy = true;
     EXPECT_EQ(fncExchange("0501", true, 5000), "9998");
     EXPECT_TRUE(world.line.record().entries().empty());
     EXPECT_EQ(timeOf([] { subWaitLinkFree(5000); }), fromMilliseconds(5001));
     EXPECT_FALSE(shared.commBusy);
     shared.commBusy = true;
-    world.desktop.schedule(world.clock.now() + fromSeconds(2), [] { shared.commBusy = false; }); // an event that runs
+    world.desktop.schedule(world.clock.now() + fromSeconds(2), [] { shared.commBusy = false; }); // a window event
     EXPECT_EQ(timeOf([] { subWaitLinkFree(5000); }), fromSeconds(2));
 }
 
 TEST_F(Link, ReadsTheUnitState) {
     const std::array<std::string, 3> rows[] = {
-        // response code and data, the result, what is then known
+        // response code and data, result, state and sensor count
         {"00001203", "0000", "12 3"}, {"00000199", "0000", "01 99"}, {"0000010x", "9999", "01 0"},
         {"000001", "9999", "01 0"},   {"10040001", "1004", " 0"},
     };
@@ -213,7 +213,7 @@ TEST_F(Link, ReadsTheUnitState) {
     EXPECT_EQ(session.boxes(), box + box);
 }
 
-TEST_F(Link, NumbersTheResults) {
+TEST_F(Link, ConvertsResultsToNumbers) {
     for (const auto& [code, number] : {std::pair{"0000", 0}, {"2204", 2204}, {"0E00", 8}, {"12AB", 8}}) {
         world.unit.options().answers = {{"0101", 0, {.resultCode = code}}};
         EXPECT_EQ(FirmComm::fncCheckTarget(), number) << code;
@@ -223,10 +223,10 @@ TEST_F(Link, NumbersTheResults) {
     }
     shared.commRetry = 3;
     EXPECT_EQ(resultOf({.resultCode = "1234"}, true), "1234");
-    EXPECT_EQ(session.boxes(), ""); // it is suppressed
+    EXPECT_EQ(session.boxes(), ""); // suppressed
 }
 
-TEST_F(Link, LeavesAPortThatIsOpenAsItWas) {
+TEST_F(Link, DoesNotReopenAnOpenPort) {
     EXPECT_FALSE(fncOpenPort(5, "38400,n,8,1"));
     EXPECT_EQ(session.boxes(), "Tarn Beacon|通信ポートが開けません。通信ポートを使用するアプリケーションを終了して"
                                "再度起動して下さい。|16>1\n");

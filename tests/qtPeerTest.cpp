@@ -32,8 +32,8 @@ TEST(Peer, ReceivesTheImageWithCrcAndWithChecksum) {
         const int far = ::dup(end->descriptor()); // for the peer, which waits for bytes
         ::fcntl(far, F_SETFL, 0);
         ASSERT_TRUE(CommonComm::fncOpenPort(3, "38400,n,8,1"));
-        // It flushes its terminal after each answer, for which a line without any delay is too fast: it hears through a
-        // pipe. It takes no path, and the plain shell no descriptor of two digits.
+        // The peer flushes its terminal after each answer and would discard bytes on a line without delay, so it reads from
+        // a pipe. It accepts no path, and sh no descriptor of two digits.
         const std::string terminal = std::to_string(far);
         const std::string command = "cd " + folder.string() + " && exec bash -c 'cat <&" + terminal + " | rx " + mode +
                                     " peer.bin >&" + terminal + " 2>/dev/null'";

@@ -1,4 +1,4 @@
-// Blocks of a read, however they come: what the unit sends, and what is stored of it.
+// Blocks of a read that arrive whole, split, late or damaged, and what is stored of them.
 #include "tests/session.h"
 #include "transfer/blockReader.h"
 
@@ -18,13 +18,13 @@ Bytes part(const Bytes& bytes, std::ptrdiff_t from, std::ptrdiff_t to) {
 }
 
 struct Sent {
-    int after; // milliseconds from the beginning of what is sent before it
+    int after; // milliseconds after the start of the part before
     Bytes bytes;
 };
 
-// A save from a unit that sends block 1, filled with "a", then these, and EOT in the end. Gives the first byte of each
-// block that is in the file, or the word of the box that says why there is none. Ahead of it, the program is held up.
-std::string save(const std::vector<Sent>& sent, int heldUp = 0) {
+// A save from a unit that sends block 1, filled with "a", then these parts, then EOT. Returns the first byte of each block
+// in the file, or "lost" or "stopped" after a box. Before it the program is blocked for `blocked` milliseconds.
+std::string save(const std::vector<Sent>& sent, int blocked = 0) {
     Session session;
     World& world = session.world;
     session.start();
@@ -33,12 +33,12 @@ std::string save(const std::vector<Sent>& sent, int heldUp = 0) {
     Micros at = world.clock.now() + fromSeconds(2);
     for (int pause = 0; pause < 150; ++pause) {
         world.desktop.schedule(at + fromMilliseconds(pause),
-                               [] { EXPECT_FALSE(shared.stepBusy); }); // no step lets it run
+                               [] { EXPECT_FALSE(shared.stepBusy); }); // no step runs window events
     }
-    world.desktop.schedule(at + fromMilliseconds(300), [&] { world.desktop.sleep(heldUp); });
+    world.desktop.schedule(at + fromMilliseconds(300), [&] { world.desktop.sleep(blocked); });
     std::vector<Sent> all{{0, block(1, 'a')}};
     all.insert(all.end(), sent.begin(), sent.end());
-    all.insert(all.end(), {{2000 + heldUp, {simulator::eot}}, {500, {simulator::eot}}});
+    all.insert(all.end(), {{2000 + blocked, {simulator::eot}}, {500, {simulator::eot}}});
     for (const auto& [after, bytes] : all) {
         at += fromMilliseconds(after);
         world.line.at(at, [&world, at, part = bytes] { world.line.put(Direction::fromUnit, part, at); });
@@ -55,7 +55,7 @@ std::string save(const std::vector<Sent>& sent, int heldUp = 0) {
     return session.boxes().find("was lost") != std::string::npos ? "lost" : "stopped";
 }
 
-TEST(Read, StoresNoPieceAtAWrongPlace) {
+TEST(Read, HandlesSplitBlocks) {
     const Bytes b2 = block(2, 'b');
     const Bytes b3 = block(3, 'c');
     const Bytes head = part(b2, 0, 50);
@@ -66,9 +66,9 @@ TEST(Read, StoresNoPieceAtAWrongPlace) {
     const Bytes eot{simulator::eot};
     struct Row {
         const char* what;
-        std::vector<Sent> sent; // 130 ms apart, each is met by a poll of its own
+        std::vector<Sent> sent; // 130 ms apart: one poll for each
         std::string stored;
-        int heldUp = 0; // milliseconds
+        int blocked = 0; // milliseconds
     };
     const Row rows[] = {
         {"whole", {{100, b2}, {100, b3}}, "abc"},
@@ -99,13 +99,13 @@ TEST(Read, StoresNoPieceAtAWrongPlace) {
          "abc"},
     };
     for (const Row& row : rows) {
-        EXPECT_EQ(save(row.sent, row.heldUp), row.stored) << row.what;
+        EXPECT_EQ(save(row.sent, row.blocked), row.stored) << row.what;
     }
 }
 
-TEST(Read, TakesBlocksThatComeAtAnyMoment) {
+TEST(Read, AcceptsBlocksAtAnyTime) {
     const std::tuple<int, simulator::Pieces, bool> rows[] = {
-        // milliseconds ahead of each block, what it comes in, whether it is read well
+        // milliseconds before each block, its pieces, whether it is read completely
         {65, {}, true},
         {80, {}, true},
         {98, {}, true},
@@ -135,7 +135,7 @@ TEST(Read, TakesBlocksThatComeAtAnyMoment) {
     }
 }
 
-TEST(Read, StoresOneElementMoreThanAnImageAndNoFurther) {
+TEST(Read, StopsAtTheEndOfTheArray) {
     Session session;
     session.start();
     FirmComm::subResetReader();

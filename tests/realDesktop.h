@@ -1,5 +1,5 @@
-// The real desktop on the toolkit's offscreen screen. It stands while tests run: the exit handlers take the toolkit's
-// parts away in an order of their own.
+// The real desktop on the toolkit's offscreen screen. It is destroyed before the exit handlers run, because these destroy
+// parts of the toolkit in another order.
 #pragma once
 
 #include "platform/qt/qtDesktop.h"
@@ -9,7 +9,7 @@
 #include <optional>
 #include <random>
 
-// What the font library keeps for itself is no leak of ours.
+// The font library keeps memory until the end of the process.
 extern "C" const char* __lsan_default_suppressions() { // NOLINT: the sanitizer's name, once in each program
     return "leak:libfontconfig";
 }
@@ -25,7 +25,7 @@ class RealDesktop : public testing::Environment {
 };
 inline testing::Environment* const realDesktopUp = testing::AddGlobalTestEnvironment(new RealDesktop);
 
-// A folder of the test's own.
+// Makes a new folder for a test.
 inline std::filesystem::path makeTestFolder() {
     const auto folder =
         std::filesystem::temp_directory_path() / ("tarnbeacon" + std::to_string(std::random_device()()));

@@ -6,7 +6,7 @@
 
 namespace {
 
-// The title, and what the controls hold: number of the picture or caption, and "a" where the font is the English one.
+// The title, and of each control the number of its picture or its caption, with "(a)" if the font is the English one.
 std::string textOf(const Form& form) {
     std::string line = form.title;
     for (const Control* control : form.controls) {
@@ -16,10 +16,10 @@ std::string textOf(const Form& form) {
     return line + '\n';
 }
 
-TEST(Screen, SpeaksTheLanguageThatIsChosen) {
+TEST(Screen, UsesTheSelectedLanguage) {
     Session session;
     session.start();
-    std::string told = textOf(frmStartUp()) + textOf(frmMain());
+    std::string text = textOf(frmStartUp()) + textOf(frmMain());
     for (const std::size_t language : {0U, 1U}) {
         frmMain().optLanguage[language].value = 1;
         frmMain().optLanguage[1 - language].value = 0;
@@ -27,20 +27,20 @@ TEST(Screen, SpeaksTheLanguageThatIsChosen) {
         const std::size_t before = session.boxes().size();
         for (const std::int32_t id :
              {2002, 2003, 2004, 2020, 2515, 3023, 3031, 3531, 0, 102, 1005, 2001, 2016, 3030, 3999}) {
-            told += fncMsgBox(id, 48, "7") == 0 ? "no " : "";
+            text += fncMsgBox(id, 48, "7") == 0 ? "no " : "";
         }
         ResourceSetting::subSetFormText("frmOther");
-        told += textOf(frmMain()) + textOf(frmStartUp()); // which keeps its texts
+        text += textOf(frmMain()) + textOf(frmStartUp()); // its texts do not change
         ResourceSetting::subSetFormText("frmStartUp");
-        told += textOf(frmStartUp()) + textOf(frmWait()) + shared.binFileFilter + shared.portSetupText + '\n' +
+        text += textOf(frmStartUp()) + textOf(frmWait()) + shared.binFileFilter + shared.portSetupText + '\n' +
                 session.boxes().substr(before);
         unloadFrmWait();
     }
-    std::erase(told, '\r');
-    expectStory("windows.txt", "Choice of the language", told);
+    std::erase(text, '\r');
+    expectStory("windows.txt", "Choice of the language", text);
 }
 
-TEST(Screen, ReportsAFailureInFlight) {
+TEST(Screen, ReportsTheCurrentFailure) {
     Session session;
     session.start();
     subReportError(); // none
@@ -48,7 +48,7 @@ TEST(Screen, ReportsAFailureInFlight) {
         try {
             throw std::runtime_error("whatever");
         } catch (const std::exception&) {
-            subReportError(); // of a failure that nothing here raises
+            subReportError(); // an exception other than Failure
         }
     };
     EXPECT_THROW(report(), ProgramEnd);
@@ -61,7 +61,7 @@ TEST(Screen, EndsByButtonAndByCloseRequest) {
         Session session;
         session.start();
         EXPECT_EQ(session.world.desktop.run([&] { session.world.person.perform(action); }), RunEnd::programEnded);
-        EXPECT_TRUE(session.world.port.isOpen()); // the stop closes nothing
+        EXPECT_TRUE(session.world.port.isOpen()); // the end of the process does not close it
     }
 }
 

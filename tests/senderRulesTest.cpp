@@ -1,4 +1,4 @@
-// The XMODEM sender against the rules of the protocol, as tests/stories/sender.txt has them.
+// The XMODEM sender: tests/stories/sender.txt has the rules of the protocol.
 #include "tests/session.h"
 #include "transfer/xModem.h"
 
@@ -7,10 +7,10 @@
 
 namespace {
 
-using Answers = std::vector<int>; // of the receiver: a byte each, or silence up to the time limit
+using Answers = std::vector<int>; // of the receiver: a byte each, or silence up to the timeout
 constexpr int silence = -1;
 
-// Plays a receiver to the program's sender. The unit itself is not heard.
+// A receiver for the program's sender; the line discards what the simulated unit sends.
 class Sender : public testing::Test {
   protected:
     Sender() {
@@ -24,16 +24,16 @@ class Sender : public testing::Test {
         world.line.addHook([this](Transmission& transmission) {
             const Bytes sent = std::exchange(transmission.bytes, {});
             if (transmission.direction == Direction::toUnit) {
-                course += sent.size() == 1 ? "EOT" : std::to_string(sent[3] * 256 + sent[1]);
+                record += sent.size() == 1 ? "EOT" : std::to_string(sent[3] * 256 + sent[1]);
             }
         });
         world.port.operations().add(
-            [this](const OperationCall& call) { course += call.operation == Operation::clearReceived ? " -" : ""; });
+            [this](const OperationCall& call) { record += call.operation == Operation::clearReceived ? " -" : ""; });
     }
 
     void put(int answer, Micros at) { world.line.put(Direction::fromUnit, {static_cast<std::uint8_t>(answer)}, at); }
 
-    // What can be seen of a transfer that gets these answers, 10 ms apart, and then none.
+    // The record of a transfer with these answers, 10 ms apart, and then none.
     std::string transfer(const Answers& answers) {
         const Micros begin = world.clock.now();
         Micros at = begin;
@@ -45,13 +45,13 @@ class Sender : public testing::Test {
             }
             limit = answer == 'C' || answer == simulator::nak ? fromSeconds(10) : limit;
         }
-        course.clear();
+        record.clear();
         frmWait().prbComm.value = 0;
         int result = 0;
         EXPECT_EQ(world.desktop.run([&] { result = xModem::xModemS(); }), RunEnd::idle);
         EXPECT_FALSE(frmWait().timerWait.enabled() || frmWait().timerWait.interval() != 0);
         std::ostringstream seen;
-        seen << (course.size() < 200 ? course : "..." + course.substr(course.size() - 60)) << " = " << std::hex
+        seen << (record.size() < 200 ? record : "..." + record.substr(record.size() - 60)) << " = " << std::hex
              << result << std::dec << " after " << (world.clock.now() - begin) / 1000 << " ms, "
              << frmWait().prbComm.value;
         return seen.str();
@@ -59,7 +59,7 @@ class Sender : public testing::Test {
 
     Session session;
     World& world = session.world;
-    std::string course;
+    std::string record;
 };
 
 // "C NAK*3 00": a byte by its name or in hexadecimal.
@@ -77,16 +77,16 @@ Answers answersOf(const std::string& text) {
     return answers;
 }
 
-TEST_F(Sender, KeepsTheRules) {
+TEST_F(Sender, FollowsTheProtocol) {
     const std::string path = std::string(STORIES) + "sender.txt";
     std::ifstream rules(path);
     std::string all;
     for (std::string line; std::getline(rules, line);) {
         const std::size_t colon = line.find(':');
         if (!line.starts_with('#')) {
-            const std::string told = line.substr(0, colon + 1) + transfer(answersOf(line.substr(0, colon)));
-            EXPECT_EQ(told, line);
-            line = told;
+            const std::string played = line.substr(0, colon + 1) + transfer(answersOf(line.substr(0, colon)));
+            EXPECT_EQ(played, line);
+            line = played;
         }
         all += line + '\n';
     }
@@ -95,7 +95,7 @@ TEST_F(Sender, KeepsTheRules) {
     }
 }
 
-TEST_F(Sender, TakesAllBytesThatMeanNothingAlike) {
+TEST_F(Sender, HandlesAllUnknownBytesAlike) {
     const std::string atStart = transfer({0x00});
     const std::string later = transfer({'C', 0x00});
     for (int byte = 0; byte <= 0xFF; ++byte) {
@@ -105,7 +105,7 @@ TEST_F(Sender, TakesAllBytesThatMeanNothingAlike) {
     }
 }
 
-TEST_F(Sender, TakesBytesThatWaitOneByOneAndAtTheLimit) {
+TEST_F(Sender, ReadsPendingBytesOneByOneAndAtTheTimeout) {
     put(simulator::can, world.clock.now());
     put(simulator::can, world.clock.now());
     EXPECT_TRUE(transfer({}).starts_with(" = 1003"));
@@ -114,14 +114,14 @@ TEST_F(Sender, TakesBytesThatWaitOneByOneAndAtTheLimit) {
     EXPECT_TRUE(transfer({}).starts_with(" -1 -2 -2"));
 }
 
-TEST_F(Sender, LetsWindowEventsRunThoughBytesWait) {
+TEST_F(Sender, RunsWindowEventsWhileBytesArePending) {
     std::string seen;
     for (const std::uint8_t answer : Bytes{'C', 'x', 'x', 'x'}) {
         put(answer, world.clock.now());
     }
     world.clock.advanceTo(world.clock.now() + 1);
     for (const int event : {1, 2}) {
-        world.desktop.schedule(world.clock.now(), [&, event] { seen += course + '!' + std::to_string(event); });
+        world.desktop.schedule(world.clock.now(), [&, event] { seen += record + '!' + std::to_string(event); });
     }
     transfer({});
     EXPECT_EQ(seen, "!1 -1!2");

@@ -1,4 +1,4 @@
-// One run of the whole program on the simulated desktop, and what its operator and its unit see of it.
+// One run of the whole program on the simulated desktop, and what the operator and the unit see.
 #pragma once
 
 #include "app/program.h"
@@ -18,7 +18,7 @@ class Session {
   public:
     explicit Session(WorldOptions options = {}) : world(std::move(options)) { world.line.record().keep(0); }
 
-    // The start, up to the moment at which the program waits for its operator.
+    // Starts the program and runs it until it waits for the operator.
     RunEnd start() { return world.desktop.run(program::start); }
 
     // Presses a button of the main window and runs what follows to its end.

@@ -1,5 +1,5 @@
-// The simulated desktop keeps the contract of all desktops. It also judges everything above the seam, so what it has by
-// itself, line, faults and watchfulness, is held against fixed values.
+// The simulated desktop meets the contract of all desktops. All other tests rely on it, so its line, its faults and its
+// checks are compared with fixed values.
 #include "platform/simulated/world.h"
 #include "simulator/frame.h"
 #include "tests/failureOf.h"
@@ -90,7 +90,7 @@ class SimulatedDesktopTest : public testing::Test {
     TestForm form;
 };
 
-TEST_F(SimulatedDesktopTest, TheLineTakesItsTime) {
+TEST_F(SimulatedDesktopTest, DelaysBytesOnTheLine) {
     const std::pair<LinePace, std::vector<Micros>> rows[]{{{38400, false, 0}, {260, 520, 781}}, // three bytes
                                                           {{38400, true, 0}, {781, 781, 781}},
                                                           {{9600, false, 500}, {1500, 2500, 3500}},
@@ -108,7 +108,7 @@ TEST_F(SimulatedDesktopTest, TheLineTakesItsTime) {
     }
     world.line.setPace({});
     world.port.write(simulator::frameOf("000000501"));
-    desk.sleep(1); // the fourth byte is on its way
+    desk.sleep(1); // within the fourth byte
     world.port.clearUnsent();
     world.port.write(Bytes{0x03, 0x03}); // ends the frame: STX 0 0 0 ETX check
     desk.sleep(20);
@@ -116,27 +116,27 @@ TEST_F(SimulatedDesktopTest, TheLineTakesItsTime) {
     EXPECT_EQ(world.person.possible().size(), 10u); // 6 clicks, 3 entries, the close box
 }
 
-TEST_F(SimulatedDesktopTest, WhatCanNeverGoOnIsStuckWhateverTheProgramCatches) {
-    form.timer.tick = [&] { // a box in each tick, on top of the last
+TEST_F(SimulatedDesktopTest, ReportsEachKindOfHang) {
+    form.timer.tick = [&] { // each tick opens another box
         form.timer.setInterval(100);
         form.timer.setEnabled(true);
         desk.msgBox("", boxStyle::ok, "");
     };
-    const std::function<void()> ways[]{
+    const std::function<void()> hangs[]{
         [&] { desk.waitForEvents(never); },  [&] { desk.waitForBytes(never); }, [&] { desk.doEvents(); },
         [&] { world.port.countReceived(); }, [&] { desk.sleep(INT32_MAX); },    form.timer.tick,
     };
-    for (const auto& way : ways) {
+    for (const auto& hang : hangs) {
         const auto forEver = [&] {
             for (;;) {
-                way();
+                hang();
             }
         };
         EXPECT_EQ(desk.run([&] { failureOf(forEver); }), RunEnd::stuck);
     }
 }
 
-TEST_F(SimulatedDesktopTest, WhatNoDesktopWouldBearIsKept) {
+TEST_F(SimulatedDesktopTest, RecordsViolations) {
     TestForm other("other");
     desk.hide(other);
     desk.load(form);
@@ -149,7 +149,7 @@ TEST_F(SimulatedDesktopTest, WhatNoDesktopWouldBearIsKept) {
                                         "a failure left an event: Overflow", "code of the program ran after its end"}));
 }
 
-TEST_F(SimulatedDesktopTest, TheNthOperationFailsOnceOrForGood) {
+TEST_F(SimulatedDesktopTest, FailsTheNthOperation) {
     const Failure lost(failureNumber::portLost, "lost");
     OperationGate& gate = world.port.operations();
     std::string pattern;
@@ -167,10 +167,10 @@ TEST_F(SimulatedDesktopTest, TheNthOperationFailsOnceOrForGood) {
     EXPECT_EQ(pattern, ".x.. .xxx .... ...x ");
 }
 
-TEST_F(SimulatedDesktopTest, TheLineDoesToAWriteWhatItsFaultsSay) {
+TEST_F(SimulatedDesktopTest, AppliesLineFaults) {
     using enum LineFault::Kind;
     const std::pair<LineFault, const char*> rows[]{
-        // What arrives of "ABCD", written three times.
+        // the bytes that arrive after three writes of "ABCD"
         {{.kind = lose, .first = 2, .last = 2, .place = 1}, "ABCDACDABCD"},
         {{.kind = flip, .last = 1, .place = 9}, "ABCEABCDABCD"},
         {{.kind = twice, .first = 3, .place = 0}, "ABCDABCDAABCD"},
@@ -189,7 +189,7 @@ TEST_F(SimulatedDesktopTest, TheLineDoesToAWriteWhatItsFaultsSay) {
         for (int i = 0; i < 3; ++i) {
             world.port.write(Bytes{'A', 'B', 'C', 'D'});
         }
-        std::string arrives; // an altered write stands behind the one that was sent
+        std::string arrives; // the record has an altered write after the original
         for (const WireEntry& entry : world.line.record().entries()) {
             arrives.erase(arrives.size() - (entry.altered ? 4 : 0));
             arrives.append(entry.bytes.begin(), entry.bytes.end());
@@ -198,7 +198,7 @@ TEST_F(SimulatedDesktopTest, TheLineDoesToAWriteWhatItsFaultsSay) {
     }
 }
 
-TEST_F(SimulatedDesktopTest, TheWritesOfACommandAreNoTransfer) {
+TEST_F(SimulatedDesktopTest, DistinguishesCommandsFromTransfers) {
     world.line.faults(Direction::toUnit) = {{.writes = Writes::transfer, .place = 0}};
     world.line.faults(Direction::fromUnit) = {
         {.kind = LineFault::Kind::delay, .writes = Writes::frames, .time = fromMilliseconds(50)}};

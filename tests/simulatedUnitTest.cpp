@@ -1,4 +1,4 @@
-// The simulated unit stands in for the real one in every other test, so its own words are held against fixed bytes.
+// All other tests use the simulated unit, so its answers are compared with fixed bytes.
 #include "simulator/blockCheck.h"
 #include "simulator/unit.h"
 
@@ -28,13 +28,13 @@ Bytes command(const std::string& text) {
     return frameOf("00000" + text);
 }
 
-TEST(SimulatedUnit, AnswersAsARealOneWould) {
+TEST(SimulatedUnit, AnswersCommandsAndPackets) {
     const Bytes begin = command("300550000000") + command("300551000C00");
     const Bytes begun = frameOf("00000030050000") + frameOf("00000030050000") + Bytes{crcStart};
     Bytes cutShort = packet(2);
     cutShort.pop_back();
     struct Row {
-        Bytes heard, said;
+        Bytes received, sent;
         int wait = 10; // milliseconds
     };
     const Row rows[] = {
@@ -61,7 +61,7 @@ TEST(SimulatedUnit, AnswersAsARealOneWould) {
         {frameOf("010000601"), {}},
         {{0xFF, stx, 'x', 0x80}, {}},
         {command("0601"), frameOf("000000060100000001")},
-        // what is no good block, and broken writes
+        // bad blocks, and writes that break off
         {begin, begun, 200},
         {packet(1), {ack}},
         {damaged(packet(2), 70), {nak}},
@@ -74,7 +74,7 @@ TEST(SimulatedUnit, AnswersAsARealOneWould) {
         {command("0601"), frameOf("000000060100000001")}, // no longer in transfer mode
         {begin, begun, 200},
         {packet(1), {ack}},
-        {command("300554000000"), frameOf("00000030050000")}, // heard between two packets
+        {command("300554000000"), frameOf("00000030050000")}, // between two packets
         {packet(2), {}, 20'000},
         // a read
         {command("300552010C00"), frameOf("00000030050000")},
@@ -87,14 +87,14 @@ TEST(SimulatedUnit, AnswersAsARealOneWould) {
     Unit unit{UnitOptions{}};
     Micros now = fromSeconds(1);
     for (const Row& row : rows) {
-        unit.receive(row.heard, now);
+        unit.receive(row.received, now);
         now += fromMilliseconds(row.wait);
         unit.advance(now);
-        Bytes said;
+        Bytes sent;
         for (const Output& output : unit.takeOutput()) {
-            said.insert(said.end(), output.bytes.begin(), output.bytes.end());
+            sent.insert(sent.end(), output.bytes.begin(), output.bytes.end());
         }
-        EXPECT_EQ(said, row.said) << "row " << &row - rows;
+        EXPECT_EQ(sent, row.sent) << "row " << &row - rows;
     }
     EXPECT_TRUE(journalText(unit.journal())
                     .ends_with("operations: 51 50 51 51 54 53 50 51 50 51 50 51 54 52 52\n"
@@ -105,7 +105,7 @@ TEST(SimulatedUnit, AnswersAsARealOneWould) {
         << journalText(unit.journal());
 }
 
-TEST(BlockCheck, IsThatOfXmodem) {
+TEST(BlockCheck, MatchesXmodem) {
     const std::string digits = "123456789";
     EXPECT_EQ(crcOf(Bytes(digits.begin(), digits.end())), 0x31C3);
 }

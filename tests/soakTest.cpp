@@ -5,7 +5,7 @@
 
 namespace {
 
-TEST(Soak, ViolatesNothing) {
+TEST(Soak, FindsNoViolation) {
     const std::uint64_t sessions = THINNED ? 40 : 300;
     for (std::uint64_t seed = 1; seed <= sessions; ++seed) {
         const soak::Result result = soak::runSession(seed, false);
@@ -13,7 +13,7 @@ TEST(Soak, ViolatesNothing) {
     }
 }
 
-TEST(Soak, IsTheSameForTheSameSeed) {
+TEST(Soak, IsReproducible) {
     for (const std::uint64_t seed : {2, 12, 22}) {
         const soak::Result first = soak::runSession(seed, true);
         soak::runSession(seed + 1, false);

@@ -27,13 +27,13 @@ inline std::vector<Section> sectionsOf(const std::string& file) {
     return sections;
 }
 
-// Compares a text with the section of that name. With RECORD_STORIES set, the section is written anew.
-inline void expectStory(const std::string& file, const std::string& name, const std::string& told) {
+// Compares a text with the section of that name. With RECORD_STORIES set, the section is replaced.
+inline void expectStory(const std::string& file, const std::string& name, const std::string& actual) {
     std::vector<Section> sections = sectionsOf(file);
     const auto section = std::ranges::find(sections, name, &Section::name);
     ASSERT_NE(section, sections.end()) << name;
-    EXPECT_EQ(told, section->text) << name;
-    section->text = told;
+    EXPECT_EQ(actual, section->text) << name;
+    section->text = actual;
     if (std::getenv("RECORD_STORIES") != nullptr) {
         std::ofstream out(STORIES + file);
         for (const Section& each : sections) {

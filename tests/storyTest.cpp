@@ -10,7 +10,7 @@ namespace {
 
 class Stories : public testing::TestWithParam<const char*> {};
 
-TEST_P(Stories, PlayAsWritten) {
+TEST_P(Stories, MatchTheirFile) {
     std::stringstream file;
     file << std::ifstream(STORIES + std::string(GetParam()) + ".txt").rdbuf();
     EXPECT_EQ(story::play(file.str()), file.str());

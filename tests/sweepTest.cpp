@@ -1,7 +1,6 @@
-// Failures one by one: a write of which one packet, or the answer to it, fails, at one place after the other, once or for
-// good; and a session of which one operation of port or disk fails. Wherever it is, the tool tells the truth, the window
-// comes back, and without the fault the next write succeeds. A usual run takes a share of the places; the disabled tests
-// take them all (scripts/sweep).
+// Single failures at each place: a packet of a write or its answer fails, once or from there on; or an operation of the port
+// or the disk fails. In each case the result that the tool shows is true, the window is usable again, and the next write
+// without the fault succeeds. A usual run tests a share of the places, the disabled tests all of them (scripts/sweep).
 #include "tests/session.h"
 
 #include <set>
@@ -17,7 +16,7 @@ struct Row {
     Direction direction; // that of packets or that of the answers to them
     LineFault fault;
     bool onceSucceeds = true;
-    bool forGoodSucceeds = false; // else the write breaks off
+    bool permanentSucceeds = false; // otherwise the write fails
 };
 
 using Kind = LineFault::Kind;
@@ -58,7 +57,7 @@ bool writeSucceeds(Session& session) {
 bool succeedsWithFault(const Row& row, int place, bool once) {
     WorldOptions options;
     options.unit.crc = place % 2 != 0;
-    options.unit.startPeriod = fromSeconds(15); // one within a reply wait begins it anew
+    options.unit.startPeriod = fromSeconds(15); // a start byte restarts the wait for an answer
     Session session(options);
     session.load();
     LineFault fault = row.fault;
@@ -74,10 +73,10 @@ bool succeedsWithFault(const Row& row, int place, bool once) {
     return succeeded;
 }
 
-// A row of the tests: a fault that applies once or for good.
+// Parameter: a row of the table, and whether the fault applies once or permanently.
 class EachPlace : public testing::TestWithParam<int> {
   protected:
-    // At the ends of the places and at one in so many of the others.
+    // Tests the first and last places and every `step`-th of the others.
     static void tryPlaces(int step) {
         const Row& row = rows[GetParam() / 2];
         const bool once = GetParam() % 2 == 0;
@@ -86,13 +85,13 @@ class EachPlace : public testing::TestWithParam<int> {
             places.insert(place);
         }
         for (const int place : places) {
-            ASSERT_EQ(succeedsWithFault(row, place, once), once ? row.onceSucceeds : row.forGoodSucceeds)
+            ASSERT_EQ(succeedsWithFault(row, place, once), once ? row.onceSucceeds : row.permanentSucceeds)
                 << "at " << place;
         }
     }
 };
 
-TEST_P(EachPlace, EndsAsItsRowSays) {
+TEST_P(EachPlace, EndsAsExpected) {
     tryPlaces(rowCount * (THINNED ? 16 : 2));
 }
 
@@ -101,10 +100,10 @@ TEST_P(EachPlace, DISABLED_Full) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Sweep, EachPlace, testing::Range(0, rowCount), [](const auto& test) {
-    return rows[test.param / 2].name + std::string(test.param % 2 == 0 ? "Once" : "ForGood");
+    return rows[test.param / 2].name + std::string(test.param % 2 == 0 ? "Once" : "Permanent");
 });
 
-// One operation of port or disk fails, once or it and all behind it, from the start of the program on.
+// One operation of port or disk fails, or this and all later ones, from the start of the program on.
 class EachOperation : public testing::TestWithParam<int> {
   protected:
     static OperationGate& gate(World& world) {
@@ -114,8 +113,8 @@ class EachOperation : public testing::TestWithParam<int> {
     static void runWithFailure(std::int64_t number) {
         SCOPED_TRACE(number);
         Session session;
-        const Persistence lasting = GetParam() < 2 ? Persistence::once : Persistence::permanent;
-        gate(session.world).add(failNthOfAll(number, lasting, {failureNumber::portLost, "broken"}));
+        const Persistence persistence = GetParam() < 2 ? Persistence::once : Persistence::permanent;
+        gate(session.world).add(failNthOfAll(number, persistence, {failureNumber::portLost, "broken"}));
         if (session.start() == RunEnd::programEnded) {
             return;
         }
@@ -130,7 +129,7 @@ class EachOperation : public testing::TestWithParam<int> {
     }
 };
 
-TEST_P(EachOperation, LeavesTheOperatorAWayOn) {
+TEST_P(EachOperation, LeavesTheProgramUsable) {
     Session session;
     session.load();
     session.press("cmdUpgrade");

@@ -1,4 +1,4 @@
-// What Windows gives below the real desktop, beyond the contract of all desktops.
+// The system services on Windows that the contract of all desktops does not cover.
 #include "platform/profile.h"
 #include "platform/system.h"
 #include "tests/failureOf.h"
@@ -17,7 +17,7 @@ std::string utf8(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
-TEST(Disk, AFileUnderAnyPathIsReadWhileItIsWrittenAndWrittenByOneAlone) {
+TEST(Disk, SupportsLongPathsAndSharesFilesForReading) {
     const std::filesystem::path folder = makeTestFolder();
     std::filesystem::path deep = folder / u8"道具 😀";
     std::filesystem::create_directory(deep);
@@ -33,17 +33,17 @@ TEST(Disk, AFileUnderAnyPathIsReadWhileItIsWrittenAndWrittenByOneAlone) {
     EXPECT_EQ(failureOf([&] { files->openBinary(path, FileAccess::write); }), failureNumber::fileRefused);
     file->close();
     for (deep /= u8"鍵.bin"; deep != folder; deep = deep.parent_path()) {
-        std::filesystem::remove(LR"(\\?\)" + deep.wstring()); // remove_all() knows no long paths
+        std::filesystem::remove(LR"(\\?\)" + deep.wstring()); // remove_all() does not support long paths
     }
 }
 
-TEST(Disk, AnIniFileInTheCodePageOfTheSystemReadsAsText) {
+TEST(Disk, ConvertsTheSystemCodePage) {
     const std::string path = utf8(makeTestFolder() / "x.ini");
     std::ofstream(path, std::ios::binary) << "[a]\r\nb=\xE9\r\n"; // that of western Europe, under the emulator
     EXPECT_EQ(getPrivateProfileString(*makeFiles(), "a", "b", path), "é");
 }
 
-TEST(Process, ASecondInstanceIsTheOneWhileTheFirstLives) {
+TEST(Process, AllowsOneInstance) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(std::_Exit(takeInstanceLock() ? 0 : 1), testing::ExitedWithCode(0), "");
     const bool free = takeInstanceLock();
@@ -51,7 +51,7 @@ TEST(Process, ASecondInstanceIsTheOneWhileTheFirstLives) {
     EXPECT_TRUE(free && takeInstanceLock());
 }
 
-TEST(Process, ItsEndRunsNothingMore) {
+TEST(Process, StopsWithoutExitHandlers) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto end = [] {
         std::atexit([] { std::_Exit(1); });
@@ -60,7 +60,7 @@ TEST(Process, ItsEndRunsNothingMore) {
     EXPECT_EXIT(end(), testing::ExitedWithCode(0), "");
 }
 
-TEST(Process, TheSystemStaysAwakeForAsLongAsItIsAsked) {
+TEST(Process, KeepsTheSystemAwake) {
     keepAwake(true);
     EXPECT_EQ(::SetThreadExecutionState(ES_CONTINUOUS | ES_SYSTEM_REQUIRED), ES_CONTINUOUS | ES_SYSTEM_REQUIRED);
     keepAwake(false);

@@ -1,6 +1,5 @@
-// What the real desktop stands on while it is tested: a line goes from COM3 to COM13, its far end, and while there is a
-// file "pull" in the folder of the test program both are gone (scripts/windows). The system's calls give answers that
-// wine does not give.
+// Stubs of the system for tests of the real desktop. A line connects COM3 with its far end COM13; while a file "pull" is in
+// the folder of the test program, both do not exist (scripts/windows). The stubs return results that wine does not return.
 #pragma once
 
 #include "platform/system.h"
@@ -26,12 +25,12 @@ inline DWORD countHandles() {
 }
 
 template <class Function>
-Function* systemsOwn(const char* name) {
+Function* systemFunction(const char* name) {
     return reinterpret_cast<Function*>(
         reinterpret_cast<void*>(::GetProcAddress(::GetModuleHandleW(L"kernel32"), name)));
 }
 
-// These replace the system's own, once in each program. Wine lets two programs open one port and accepts two equal
+// Stubs that replace functions of the system. Wine lets two programs open one port and accepts two equal
 // characters of a handshake; Windows does neither.
 
 inline HANDLE WINAPI createFile(const wchar_t* path, DWORD access, DWORD sharing, SECURITY_ATTRIBUTES* security,
@@ -42,7 +41,7 @@ inline HANDLE WINAPI createFile(const wchar_t* path, DWORD access, DWORD sharing
         return INVALID_HANDLE_VALUE;
     }
     const HANDLE handle =
-        systemsOwn<decltype(createFile)>("CreateFileW")(path, access, sharing, security, creation, flags, sample);
+        systemFunction<decltype(createFile)>("CreateFileW")(path, access, sharing, security, creation, flags, sample);
     if (port && handle != INVALID_HANDLE_VALUE) {
         driver.open = handle;
     }
@@ -53,7 +52,7 @@ inline BOOL WINAPI closeHandle(HANDLE handle) {
     if (handle == driver.open) {
         driver.open = nullptr;
     }
-    return systemsOwn<decltype(closeHandle)>("CloseHandle")(handle);
+    return systemFunction<decltype(closeHandle)>("CloseHandle")(handle);
 }
 
 inline BOOL WINAPI writeFile(HANDLE handle, const void* bytes, DWORD size, DWORD* written, OVERLAPPED* place) {
@@ -67,35 +66,35 @@ inline BOOL WINAPI writeFile(HANDLE handle, const void* bytes, DWORD size, DWORD
             return FALSE;
         }
     }
-    return systemsOwn<decltype(writeFile)>("WriteFile")(handle, bytes, size, written, place);
+    return systemFunction<decltype(writeFile)>("WriteFile")(handle, bytes, size, written, place);
 }
 
 inline BOOL WINAPI flushFileBuffers(HANDLE handle) {
     ::SetLastError(ERROR_DISK_FULL);
     return !std::exchange(driver.syncFails, false) &&
-           systemsOwn<decltype(flushFileBuffers)>("FlushFileBuffers")(handle);
+           systemFunction<decltype(flushFileBuffers)>("FlushFileBuffers")(handle);
 }
 
 inline BOOL WINAPI getCommState(HANDLE handle, DCB* line) {
     ::SetLastError(driver.openError);
-    return driver.openError == ERROR_SUCCESS && systemsOwn<decltype(getCommState)>("GetCommState")(handle, line);
+    return driver.openError == ERROR_SUCCESS && systemFunction<decltype(getCommState)>("GetCommState")(handle, line);
 }
 
 inline BOOL WINAPI setCommState(HANDLE handle, DCB* line) {
     driver.line = *line;
     ::SetLastError(ERROR_INVALID_PARAMETER);
-    return line->XonChar != line->XoffChar && systemsOwn<decltype(setCommState)>("SetCommState")(handle, line);
+    return line->XonChar != line->XoffChar && systemFunction<decltype(setCommState)>("SetCommState")(handle, line);
 }
 
 inline BOOL WINAPI clearCommError(HANDLE handle, DWORD* errors, COMSTAT* status) {
     ::SetLastError(driver.error);
     return driver.error == ERROR_SUCCESS &&
-           systemsOwn<decltype(clearCommError)>("ClearCommError")(handle, errors, status);
+           systemFunction<decltype(clearCommError)>("ClearCommError")(handle, errors, status);
 }
 
 inline BOOL WINAPI purgeComm(HANDLE handle, DWORD what) {
     ::SetLastError(driver.error);
-    return driver.error == ERROR_SUCCESS && systemsOwn<decltype(purgeComm)>("PurgeComm")(handle, what);
+    return driver.error == ERROR_SUCCESS && systemFunction<decltype(purgeComm)>("PurgeComm")(handle, what);
 }
 
 extern "C" { // NOLINTBEGIN
@@ -111,16 +110,16 @@ decltype(&purgeComm) __imp_PurgeComm = purgeComm;
 
 namespace simulator {
 
-// The far end, under the name that it has on a POSIX system.
+// The far end. It has the name of the class for POSIX.
 class PseudoTerminal {
   public:
     explicit PseudoTerminal(const std::string& /*device*/) {
         std::filesystem::remove("pull");
         waitFor(true);
         end_ = open(farEnd);
-        COMMTIMEOUTS patience{};
-        patience.ReadTotalTimeoutConstant = 10;
-        ::SetCommTimeouts(end_, &patience);
+        COMMTIMEOUTS timeouts{};
+        timeouts.ReadTotalTimeoutConstant = 10;
+        ::SetCommTimeouts(end_, &timeouts);
         ::PurgeComm(end_, PURGE_RXCLEAR);
     }
     PseudoTerminal(const PseudoTerminal&) = delete;
@@ -147,16 +146,16 @@ class PseudoTerminal {
 
   private:
     static HANDLE open(const wchar_t* name) {
-        return systemsOwn<decltype(createFile)>("CreateFileW")(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
-                                                               OPEN_EXISTING, 0, nullptr);
+        return systemFunction<decltype(createFile)>("CreateFileW")(name, GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                                                   OPEN_EXISTING, 0, nullptr);
     }
     static void waitFor(bool there) {
         const auto isThere = [](const wchar_t* name) {
             const HANDLE handle = open(name);
             return handle != INVALID_HANDLE_VALUE && ::CloseHandle(handle);
         };
-        for (int patience = 1000; isThere(nearEnd) != there || isThere(farEnd) != there; --patience) {
-            ASSERT_GT(patience, 0) << "The line does not " << (there ? "come" : "go");
+        for (int tries = 1000; isThere(nearEnd) != there || isThere(farEnd) != there; --tries) {
+            ASSERT_GT(tries, 0) << "The line does not " << (there ? "come" : "go");
             ::Sleep(10);
         }
     }
@@ -202,7 +201,9 @@ class SystemFixture : public contract::Fixture {
         return (kernel.dwLowDateTime + user.dwLowDateTime) / 1e7;
     }
 
-    static constexpr const char* printed(const char*) { return ""; } // wine does not pass it on of a process that died
+    static constexpr const char* printed(const char*) {
+        return "";
+    } // wine does not pass on the output of a process that ended
 
     const std::string unit = "COM3"; // the device
 };
