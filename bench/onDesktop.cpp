@@ -3,7 +3,7 @@
 //   onDesktop read FILE   saves the unit's firmware in the file
 //   onDesktop load FILE   loads the firmware file
 //   onDesktop exchange    exchanges a command with the unit, many times, and the same in a busy loop
-// The port is COM3 of the Setting.INI beside this program. Prints lines of the form "name value".
+// The port is COM3 of the Setting.INI in the folder of this program. Prints lines of the form "name value".
 #include "app/program.h"
 #include "firmware/binaryFile.h"
 #include "firmware/loadCommand.h"

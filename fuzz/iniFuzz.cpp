@@ -45,7 +45,7 @@ void checkLoad(World& world, const std::string& typeText, std::int32_t rawVersio
     const FrmMain& form = frmMain();
     check(form.enabled && form.cmdUpgrade.enabled && form.mousePointer != platform::MousePointer::hourglass &&
               shared.fileLoaded && world.desktop.violations().empty(),
-          "the window comes back and what is loaded can be written");
+          "the window is enabled again and a loaded file can be written");
     check(world.desktop.boxes().size() - boxesBefore <= 2, "a version and an entry can be reported");
     check(std::ranges::equal(image, std::span(shared.firmwareImage).first(image.size())), "the image is the file");
     check(form.lblTitle[2].caption.empty() == form.lblVersion[2].caption.empty(), "a model has a version");

@@ -17,7 +17,7 @@ constexpr std::int32_t replyData = 4;     // to the end
 constexpr std::uint8_t stx = 0x02;
 constexpr std::uint8_t etx = 0x03;
 
-// Parses one reply. It counts every byte that is neither STX nor ETX, noise ahead of STX included; this position alone
+// Parses one reply. It counts every byte that is neither STX nor ETX, noise before STX included; this position alone
 // decides the meaning of a byte:
 //
 //   1 to 4     node number and sub-address, ignored

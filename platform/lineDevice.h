@@ -24,7 +24,7 @@ class LineDevice {
 
     // Opens the device for this program alone: raw bytes, no flow control, DTR and RTS on where it has them, its
     // driver set to low latency where it can be. Fails with portMissing for a device that does not exist or has no
-    // hardware behind it, with portHeld, portForbidden or portRefused otherwise; then it is not open.
+    // hardware, with portHeld, portForbidden or portRefused otherwise. After a failure it is not open.
     virtual void open(const std::string& device, const LineSettings& settings) = 0;
 
     // Restores the driver's latency. Never fails.

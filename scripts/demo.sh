@@ -32,7 +32,7 @@ prepareDemo() { # preset, name of the folder if not the preset's
 
 # Starts the simulated unit and assigns it to COM3.
 unitOptions=()
-startUnit() { # further options of the unit, beside those in unitOptions...
+startUnit() { # options of the unit, added to unitOptions...
     startProcess "$demo/unit.log" "$unitProgram" --reply-delay "$replyDelay" --packet-delay "$packetDelay" \
         --journal "$demo/journal.txt" --image-out "$demo/unitImage.bin" "${unitOptions[@]}" "$@"
     unitProcess="$!"

@@ -269,7 +269,7 @@ void Session::messageBegins() {
     ++message;
 }
 
-// Stops all faults and lets whatever runs end.
+// Stops all faults and lets running operations end.
 void Session::stopFaults() {
     faults = piecesVary = false;
     cancels = 0;

@@ -28,14 +28,14 @@ const Row rows[] = {
     {"PacketLost", toUnit, {.kind = Kind::drop}},
     {"PacketLosesAByte", toUnit, {.kind = Kind::lose}},
     {"PacketCutShort", toUnit, {.kind = Kind::cut}},
-    {"NoiseAheadOfPacket", toUnit, {.kind = Kind::insert, .place = 0, .bytes = {'~'}}},
+    {"NoiseBeforePacket", toUnit, {.kind = Kind::insert, .place = 0, .bytes = {'~'}}},
     {"PacketDoubled", toUnit, {.kind = Kind::repeat}, true, true},
     {"AckLost", fromUnit, {.kind = Kind::drop}},
     {"AckBecomesNak", fromUnit, {.kind = Kind::replace, .bytes = {simulator::nak}}},
     {"AckBecomesNoise", fromUnit, {.kind = Kind::replace, .bytes = {'U'}}},
     {"AckBecomesTwoCan", fromUnit, {.kind = Kind::replace, .bytes = Bytes(2, simulator::can)}, false, false},
     {"AckDoubled", fromUnit, {.kind = Kind::repeat}, true, true},
-    {"NoiseAheadOfAck", fromUnit, {.kind = Kind::insert, .place = 0, .bytes = {'~'}}, true, true},
+    {"NoiseBeforeAck", fromUnit, {.kind = Kind::insert, .place = 0, .bytes = {'~'}}, true, true},
     {"AckLate", fromUnit, {.kind = Kind::delay, .time = fromMilliseconds(9500)}, true, true},
     {"AckLaterThanLimit", fromUnit, {.kind = Kind::delay, .time = fromMilliseconds(10500)}, true, true},
 };
@@ -62,7 +62,7 @@ bool succeedsWithFault(const Row& row, int place, bool once) {
     session.load();
     LineFault fault = row.fault;
     fault.writes = Writes::transfer;
-    fault.first = place + (row.direction == fromUnit ? 1 : 0); // ahead of the answers comes the start byte
+    fault.first = place + (row.direction == fromUnit ? 1 : 0); // before the answers comes the start byte
     fault.last = once ? fault.first : never;
     auto& faults = session.world.line.faults(row.direction);
     faults = {fault};

@@ -19,7 +19,7 @@ namespace WaitWindow {
 
 void Form_Load();
 
-// Cancels a read, tells the unit by CAN, and hides the dialog; the next tick closes the read.
+// Cancels a read, sends CAN to the unit, and hides the dialog; the next tick closes the read.
 void cmdCancel_Click();
 
 // The limit of a byte wait has passed.

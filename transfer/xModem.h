@@ -24,7 +24,7 @@ constexpr std::int32_t cancelled = 0x1003;
 constexpr std::int32_t headerSize = 3;
 
 // Sends shared.firmwareImage, 1,920 blocks and EOT, and returns 0 when the unit has acknowledged EOT. Window events run
-// while it waits for the unit: 60 s for the first byte, 10 s for each reply; a packet goes out ten times at the most.
+// while it waits for the unit: 60 s for the first byte, 10 s for each reply; a packet is sent ten times at most.
 // Shows a failure of the port's write; any other failure of the port is thrown.
 std::int32_t xModemS();
 

@@ -16,7 +16,7 @@ void optPresent_Click(std::int16_t index);
 
 void cmdEnd_Click();
 
-// Ends the program at once, whatever the close request.
+// Ends the program at once, at any close request.
 void Form_QueryUnload();
 
 } // namespace MainWindow
