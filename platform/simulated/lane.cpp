@@ -6,13 +6,12 @@ namespace platform {
 
 namespace {
 
-constexpr Micros bitsOfByte = 10; // start bit, eight data bits, stop bit
-constexpr Micros microsOfSecond = 1'000'000;
+constexpr Micros bitsPerByte = 10; // start bit, eight data bits, stop bit
 
 } // namespace
 
 Micros LinePace::duration(std::size_t bytes) const {
-    return bitsPerSecond == 0 ? 0 : static_cast<Micros>(bytes) * bitsOfByte * microsOfSecond / bitsPerSecond;
+    return bitsPerSecond == 0 ? 0 : static_cast<Micros>(bytes) * bitsPerByte * fromSeconds(1) / bitsPerSecond;
 }
 
 void Lane::send(Bytes bytes, Micros at) {
@@ -46,16 +45,16 @@ Micros Lane::nextArrival() const {
 }
 
 std::size_t Lane::arrived(const Write& write, Micros now) const {
-    const Micros looked = pace_.latency == 0 ? now : now / pace_.latency * pace_.latency;
-    if (looked >= end(write)) {
+    const Micros deliveredUntil = pace_.latency == 0 ? now : now / pace_.latency * pace_.latency;
+    if (deliveredUntil >= end(write)) {
         return write.bytes.size();
     }
-    if (pace_.wholeWrites || looked < write.start) {
+    if (pace_.wholeWrites || deliveredUntil < write.start) {
         return 0;
     }
     // The largest count whose duration, rounded down to whole microseconds, has passed.
-    const Micros passed = looked - write.start + 1;
-    const Micros unit = bitsOfByte * microsOfSecond;
+    const Micros passed = deliveredUntil - write.start + 1;
+    const Micros unit = bitsPerByte * fromSeconds(1);
     return static_cast<std::size_t>((passed * pace_.bitsPerSecond + unit - 1) / unit - 1);
 }
 
