@@ -11,7 +11,7 @@ namespace {
 
 TEST(Ini, ReadsValues) {
     const std::string text = "\xEF\xBB\xBF; a comment\r\nCOM=9\r\n"
-                             "[ifu]\r\nno equals sign\r\n  com\t= 3 ' service notebook\r\nCOM=4\r\n"
+                             "[ifu]\r\nno equals sign\r\n  com\t= 3 ' the service's notebook\r\nCOM=4\r\n"
                              "Empty=\n=K42\nComment=' only\nTabs=\ta\tb\t\nQuoted=\"x y\"\nKey = with = signs\n"
                              "[ Other ]\nCOM=5\n"
                              "[IFU]\nAgain=6\n"

@@ -115,10 +115,11 @@ class Fixture {
     const std::string folder; // with a separator at its end
     std::string failed;       // the description of the last failure
 
+    std::int64_t ticks = 0;
+
   private:
     std::string said; // what came of the commands
     std::int64_t start = 0;
-    std::int64_t ticks = 0;
     std::int64_t nested = 0; // each tick waits until there are so many
     std::unique_ptr<BinaryFile> file;
     Bytes part = Bytes(3);
@@ -128,6 +129,7 @@ class Fixture {
                                                   {failureNumber::invalidProperty, "invalid"},
                                                   {failureNumber::dialogCancelled, "cancelled"},
                                                   {failureNumber::portMissing, "missing"},
+                                                  {failureNumber::portForbidden, "forbidden"},
                                                   {failureNumber::portHeld, "held"},
                                                   {failureNumber::portRefused, "refused"},
                                                   {failureNumber::portNotOpen, "closed"},
@@ -148,8 +150,11 @@ inline Fixture::Fixture(Desktop& desktop, Text place) : desk(desktop), folder(pl
     commands["visible"] = [this](Text) { say(form.visible ? "visible" : "hidden"); };
     commands["deaf"] = [this](Text) { form.queryUnload = nullptr; };
     commands["onClick"] = [this](Text script) { form.control("R&D").click = [=, this] { perform(script, ','); }; };
+    commands["turn"] = [this](Text name) { form.control(name).value = form.control(name).value == 0 ? 1 : 0; };
     commands["value"] = [this](Text name) { say(std::lround(form.control(name).value)); };
-    commands["box"] = [this](Text style) { say(desk.msgBox("text", std::stoi(style), "title")); };
+    commands["box"] = [this](Text style) {
+        say(desk.msgBox(style.substr(std::min(style.find(' ') + 1, style.size())), std::stoi(style), "title"));
+    };
     commands["openDialog"] = [this](Text names) { ask(names, &Desktop::showOpen); };
     commands["saveDialog"] = [this](Text names) { ask(names, &Desktop::showSave); };
     commands["prompt"] = [this](Text) { dialog.flags = FileDialog::overwritePrompt; };

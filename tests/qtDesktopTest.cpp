@@ -1,16 +1,19 @@
 // The real desktop, on the toolkit's offscreen screen and a pseudo terminal, keeps the contract of all desktops. What it
 // has beyond that is in the same form: its looks, keyboard and line in tests/stories/realDesktop.txt, and what each
 // system adds in realPosix.txt and realWindows.txt.
+#include "platform/qt/drawing.h"
 #include "tests/realDesktop.h"
 #include "tests/windowText.h"
 
 #include <QComboBox>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
+#include <QTreeView>
 #include <QWindow>
 
 #include <numeric>
@@ -73,6 +76,12 @@ class RealFixture : QObject, public SystemFixture {
         auto* found = window == nullptr ? nullptr : window->findChild<Widget*>(QString::fromStdString(name));
         return found != nullptr && found->isVisible() ? found : nullptr;
     }
+    // Also in a box.
+    QWidget* seen(Text name) const {
+        auto* found = find(name);
+        return found != nullptr ? found
+                                : QApplication::activeModalWidget()->findChild<QWidget*>(QString::fromStdString(name));
+    }
     void press(Text name, Text by) {
         auto* button = find<QAbstractButton>(name);
         if (button == nullptr) {
@@ -104,12 +113,16 @@ class RealFixture : QObject, public SystemFixture {
     }
     bool eventFilter(QObject* /*watched*/, QEvent* event) override {
         painted = painted || event->type() == QEvent::Paint;
+        raised = raised || event->type() == QEvent::ZOrderChange;
         return false;
     }
 
     void addOperator() {
         commands["hand"] = [this](Text by) { hand = by; };
         commands["press"] = [this](Text name) { desk.doEvents(), press(name, hand); };
+        // not yet seen
+        commands["vanish"] = [this](Text) { form.visible = false; };
+        commands["atOnce"] = [this](Text name) { press(name, hand); };
         // the one above or below
         commands["choose"] = [this](Text entry) {
             find("list")->setFocus(), commands.at("keys")(entry == "0" ? "Up" : "Down");
@@ -148,7 +161,36 @@ class RealFixture : QObject, public SystemFixture {
 
     void addWindow() {
         commands["look"] = [this](Text name) {
-            say(textOf(*QAccessible::queryAccessibleInterface(find(name))).toStdString());
+            const QString text = textOf(*QAccessible::queryAccessibleInterface(seen(name)));
+            say(QString(text).remove('\n').toStdString());
+        };
+        // a caption that takes so many per cent of its room, and how many quarters it takes in the window
+        commands["long"] = [this](Text text) {
+            Control& control = form.control(text.substr(0, text.find(' ')));
+            QWidget* widget = find(control.name);
+            const int room = captionRoom(*widget).width();
+            const int letter = QFontMetrics(fontOf(control.font)).horizontalAdvance('x');
+            control.caption = std::string(std::stoul(text.substr(text.find(' '))) * room / 100 / letter + 1, 'x');
+            desk.sleep(1);
+            const int width = widget->fontMetrics().horizontalAdvance(QString::fromStdString(control.caption));
+            say(width > room ? "cut" : std::to_string(std::lround(4.0 * width / room)));
+        };
+        // in a window that is not too wide
+        commands["fits"] = [this](Text name) {
+            auto* label = qobject_cast<QLabel*>(seen(name));
+            say(isWhole(*label) && label->window()->width() <= label->screen()->size().width() / 2 ? "whole" : "cut");
+        };
+        commands["middle"] = [this](Text name) { say(find(name)->geometry().center().y()); };
+        commands["font"] = [this](Text points) { form.control("label").font.points = std::stod(points); };
+        commands["centre"] = [this](Text name) { form.control(name).alignment = Alignment::centre; };
+        commands["border"] = [this](Text name) { form.control(name).border = true; };
+        commands["picture"] = [this](Text number) { form.control("picture").picture = std::stoi(number); };
+        // a line of that width to the top
+        commands["slope"] = [this](Text width) {
+            form.control("line").place = {1500, 2700, std::stoi(width), -150};
+            desk.sleep(1);
+            const QImage image = find("line")->grab().toImage();
+            say(image.pixelColor(0, 0) == QColor(Qt::black) ? "left" : "right");
         };
         // in the window
         commands["place"] = [this](Text name) {
@@ -160,10 +202,10 @@ class RealFixture : QObject, public SystemFixture {
             QWidget* window = windowOf(form);
             window->resize(900, 900);
             say(window->x()), say(window->y()), say(window->width()), say(window->height());
+            say(window->windowFlags().testFlag(Qt::WindowCloseButtonHint) ? "closable" : "open");
         };
         commands["corner"] = [this](Text) { form.centred = false, form.left = 150, form.top = 300; };
         commands["caption"] = [this](Text caption) { form.control("label").caption = caption; };
-        commands["turn"] = [this](Text name) { form.control(name).value = form.control(name).value == 0 ? 1 : 0; };
         commands["bar"] = [this](Text value) { form.control("bar").value = std::stod(value); };
         commands["items"] = [this](Text item) {
             form.control("list").items = {"a", item}, form.control("list").listIndex = 1;
@@ -176,6 +218,10 @@ class RealFixture : QObject, public SystemFixture {
         commands["painted"] = [this](Text name) {
             find(name)->installEventFilter(this);
             say(std::exchange(painted, false) ? "painted" : "still");
+        };
+        commands["raised"] = [this](Text) {
+            windowOf(form)->installEventFilter(this);
+            say(std::exchange(raised, false) ? "raised" : "left");
         };
         // moves the bar as fast as it goes
         commands["race"] = [this](Text) {
@@ -192,8 +238,11 @@ class RealFixture : QObject, public SystemFixture {
         commands["fatal"] = [this](Text) {
             GTEST_FLAG_SET(death_test_style, "threadsafe"); // the toolkit's threads do not survive a plain fork
             form.control("R&D").click = [] { throw Failure(failureNumber::overflow, "Overflow"); };
-            whenShown<QMessageBox>([](QMessageBox* box) { std::fputs(qPrintable(box->text()), stderr), box->close(); });
-            EXPECT_EXIT(press("R&D", "mouse"), testing::ExitedWithCode(0), printed("Overflow"));
+            whenShown<QMessageBox>([](QMessageBox* box) {
+                std::fputs(qPrintable(textOf(*QAccessible::queryAccessibleInterface(box)) + box->text()), stderr);
+                box->close();
+            });
+            EXPECT_EXIT(press("R&D", "mouse"), testing::ExitedWithCode(0), printed("TarnBeacon .icon 3.Overflow"));
         };
         commands["showOther"] = [this](Text) { desk.show(other); };
         commands["hideOther"] = [this](Text) { desk.hide(other); };
@@ -206,17 +255,25 @@ class RealFixture : QObject, public SystemFixture {
             say(window->windowFlags() & (Qt::WindowType_Mask | Qt::WindowMinMaxButtonsHint));
         };
         // looks at the next one
-        commands["dialog"] = [this](Text) {
+        commands["dialog"] = [this](Text kind) {
             whenShown<QFileDialog>([this](QFileDialog* shown) {
-                commands.at("above")("");
-                const QStringList told{shown->windowTitle(), shown->nameFilters().join(' '), shown->directory().path(),
-                                       shown->findChild<QLineEdit*>()->text()};
+                commands.at("above")(""), commands.at("look")("label");
+                const QFontMetrics font = shown->fontMetrics();
+                const bool wide = shown->width() >= std::min(90 * font.averageCharWidth(), 700);
+                const auto* columns = shown->findChild<QTreeView*>()->header();
+                const QStringList told{shown->windowTitle(),      shown->nameFilters().join(' '),
+                                       shown->directory().path(), shown->findChild<QLineEdit*>()->text(),
+                                       wide ? "wide" : "narrow",  QString::number(columns->sectionResizeMode(0))};
                 say(told.join(' ').replace(QString::fromStdString(folder).chopped(1), "folder").toStdString());
                 shown->reject();
             });
             dialog.initialDirectory = folder + "first";
             std::filesystem::create_directory(dialog.initialDirectory);
-            desk.showOpen(dialog);
+            kind == "open" ? desk.showOpen(dialog) : desk.showSave(dialog);
+        };
+        commands["run"] = [](Text length) {
+            QTimer::singleShot(std::stoi(length), [] { QCoreApplication::exit(); });
+            realDesktop->run();
         };
         commands["screen"] = [this](Text) { say(desk.screenSize().width), say(desk.screenSize().height); };
     }
@@ -263,6 +320,7 @@ class RealFixture : QObject, public SystemFixture {
     std::unique_ptr<LineDevice> program = makeLineDevice(); // another one
     TestForm other{"other"};
     bool painted = false;
+    bool raised = false;
 };
 
 } // namespace

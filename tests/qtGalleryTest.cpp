@@ -6,7 +6,6 @@
 #include "tests/windowText.h"
 
 #include <QRegularExpression>
-#include <QStyleOptionButton>
 #include <QTest>
 
 #include <cmath>
@@ -44,14 +43,12 @@ double brightness(double grey) {
 
 // The caption is not cut and stands out from its ground.
 bool isLegible(const QLabel& label) {
-    const QRect room = label.rect();
-    const int wrap = label.wordWrap() ? Qt::TextWordWrap : 0;
     const QColor text = label.palette().color(QPalette::WindowText);
     const int ground = qGray(label.palette().color(QPalette::Window).rgb());
     const double share = text.alphaF();
     const double seen = share * qGray(text.rgb()) + (1 - share) * ground;
     const auto [low, high] = std::minmax({brightness(seen), brightness(ground)});
-    return room.contains(label.fontMetrics().boundingRect(room, wrap, label.text())) && high / low >= 3;
+    return isWhole(label) && high / low >= 3;
 }
 
 // The caption is not cut; the middle of an option or a box is bright, and dark where it is on, under any theme.
@@ -59,19 +56,36 @@ bool isClear(QAbstractButton& button) {
     QStyleOptionButton option;
     option.initFrom(&button);
     const bool turns = button.isCheckable();
-    const QRect text = button.style()->subElementRect(
-        turns ? QStyle::SE_CheckBoxContents : QStyle::SE_PushButtonContents, &option, &button);
     const QRect mark = button.style()->subElementRect(QStyle::SE_RadioButtonIndicator, &option, &button);
     const int middle = qGray(button.grab().toImage().pixel(mark.center()));
-    return (button.text().isEmpty() || button.fontMetrics().horizontalAdvance(button.text()) <= text.width()) &&
-           (!turns || !button.isEnabled() || (middle < 128) == button.isChecked());
+    return (button.text().isEmpty() ||
+            button.fontMetrics().horizontalAdvance(button.text()) <= captionRoom(button).width()) &&
+           (!turns || !button.isEnabled() || (middle < 128) == button.isChecked()) &&
+           button.palette().isEqual(QPalette::Inactive, QPalette::Active);
+}
+
+QList<QWidget*> controlsIn(const QWidget& window) {
+    QList<QWidget*> controls =
+        window.findChildren<QWidget*>(QRegularExpression("^(lbl|Lab|opt|cmd|cmb|prb|chk|Line|qt_)"));
+    controls.removeIf([](const QWidget* control) { return !control->isVisible(); });
+    return controls;
+}
+
+// The size of a form, and where its controls are: left, middle, width, height, but for labels, which a font may make higher.
+QString placesIn(const QWidget& form) {
+    QString places = QString::asprintf("Places in %dx%d:", form.width(), form.height());
+    for (const QWidget* control : controlsIn(form)) {
+        const QRect area = control->geometry();
+        places += QString::asprintf(" %d,%d %d", area.left(), area.center().y(), area.width());
+        places += qobject_cast<const QLabel*>(control) != nullptr ? "." : QString::asprintf("x%d.", area.height());
+    }
+    return places + '\n';
 }
 
 // The controls stand clear of each other within their window, but for one line that they share with a neighbour at the
 // same height.
 void expectOrder(const QWidget& window) {
-    QList<QWidget*> controls = window.findChildren<QWidget*>(QRegularExpression("^(lbl|opt|cmd|cmb|prb|chk|Line|qt_)"));
-    controls.removeIf([](const QWidget* control) { return !control->isVisible(); });
+    const QList<QWidget*> controls = controlsIn(window);
     for (QWidget* one : controls) {
         const auto* label = qobject_cast<QLabel*>(one);
         auto* button = qobject_cast<QAbstractButton*>(one);
@@ -103,9 +117,13 @@ TEST(Windows, AreLegibleReachableAndSpoken) {
                 QCoreApplication::processEvents(); // the windows hear of it
                 expectOrder(window);
             }
+            const int title = window.fontMetrics().horizontalAdvance(window.windowTitle());
             EXPECT_LT(window.width(), window.screen()->size().width());
+            EXPECT_GT(window.width(), qobject_cast<QMessageBox*>(&window) != nullptr ? title + 100 : 0);
+            EXPECT_FALSE(window.windowTitle().isEmpty());
             seen += '-' + QString::fromStdString(scene) + '\n' +
-                    linesOf(*QAccessible::queryAccessibleInterface(&window)) + tabbed(window);
+                    linesOf(*QAccessible::queryAccessibleInterface(&window)) + tabbed(window) +
+                    (qobject_cast<QMessageBox*>(&window) == nullptr ? placesIn(window) : "");
         });
         expectStory("windows.txt", language == gallery::Language::english ? "English" : "Japanese", seen.toStdString());
         QApplication::setFont(QFont("sans", 20)); // of the boxes; those of the forms stay

@@ -112,7 +112,7 @@ TEST(Read, AcceptsBlocksAtAnyTime) {
         {190, {}, true},
         {30, {60, fromMilliseconds(31)}, true},
         {60, {60, fromMilliseconds(31)}, true},
-        {65, {40, fromMilliseconds(12)}, true},
+        {65, {20, fromMilliseconds(15)}, true},
         {0, {40, fromMilliseconds(130)}, false},
         {0, {129, fromMilliseconds(130)}, false},
         {0, {3, fromMilliseconds(130)}, false},

@@ -6,27 +6,34 @@
 
 namespace {
 
-// The title, and of each control the number of its picture or its caption, with "(a)" if the font is the English one.
+// The title, and of each control the number of its picture or its caption, with "(a)" if the font is the English one and
+// "pale" if the text is grey.
 std::string textOf(const Form& form) {
     std::string line = form.title;
     for (const Control* control : form.controls) {
         line += control->picture == 0 ? "" : '#' + std::to_string(control->picture);
         line += control->caption.empty() ? "" : '|' + control->caption + (control->font.name == "Arial" ? " (a)" : "");
+        line += control->textColour == greyText ? " pale" : "";
     }
     return line + '\n';
 }
 
 TEST(Screen, UsesTheSelectedLanguage) {
     Session session;
+    std::string text;
+    session.world.desktop.formChanges = [&](const Form& form, FormChange change) {
+        text += form.name + (change == FormChange::shown ? " shown " : change == FormChange::hidden ? " hidden " : " ");
+    };
     session.start();
-    std::string text = textOf(frmStartUp()) + textOf(frmMain());
+    session.world.desktop.formChanges = nullptr;
+    text += '\n' + textOf(frmStartUp()) + textOf(frmMain());
     for (const std::size_t language : {0U, 1U}) {
         frmMain().optLanguage[language].value = 1;
         frmMain().optLanguage[1 - language].value = 0;
         frmMain().optLanguage[language].click();
         const std::size_t before = session.boxes().size();
         for (const std::int32_t id :
-             {2002, 2003, 2004, 2020, 2515, 3023, 3031, 3531, 0, 102, 1005, 2001, 2016, 3030, 3999}) {
+             {2002, 2003, 2004, 2020, 2021, 2515, 3023, 3031, 3531, 0, 102, 1005, 2001, 2016, 3030, 3999}) {
             text += fncMsgBox(id, 48, "7") == 0 ? "no " : "";
         }
         ResourceSetting::subSetFormText("frmOther");

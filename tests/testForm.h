@@ -27,6 +27,7 @@ struct TestForm : platform::Form {
         add(checkBox, "check", {3300, 450, 1500, 255}, 6);
         add(dropDownList, "list", {3300, 900, 1500, 315}, 7).items = {"COM1", "COM2", "COM3"};
         add(progressBar, "bar", {3300, 1350, 1500, 315}, -1).min = 500;
+        add(picture, "picture", {3300, 1800, 1500, 750}, -1);
         control("bar").max = 1500;
         control("inFrame0").value = 1;
         control("list").listIndex = 0;

@@ -5,15 +5,37 @@
 #include <QAccessible>
 #include <QLabel>
 #include <QMessageBox>
+#include <QProgressBar>
+#include <QStyleOptionButton>
 
 // Of a label: height of the font, bold, underlined, centred, framed, pale; colours other than the desktop's.
 inline QString looksOf(QLabel& label) {
     const QColor ink = label.palette().color(QPalette::WindowText);
-    const bool framed = label.grab().toImage().pixelColor(0, 0) == QColor(Qt::black);
+    const QImage image = label.grab().toImage();
+    const bool framed = image.pixelColor(0, 0) == QColor(Qt::black) &&
+                        image.pixelColor(image.rect().bottomRight()) == QColor(Qt::black);
     return QString::number(label.font().pixelSize()) + (label.font().bold() ? "b" : "") +
-           (label.font().underline() ? "u" : "") + ((label.alignment() & Qt::AlignHCenter) != 0 ? "c" : "") +
-           (framed ? "f" : "") + (ink.alpha() < 255 ? "p" : "") + (ink.rgb() == qRgb(0, 0, 0) ? "" : ' ' + ink.name()) +
+           (label.font().underline() ? "u" : "") +
+           (label.alignment() == (Qt::AlignLeft | Qt::AlignVCenter) ? "" : "c") + (framed ? "f" : "") +
+           (ink.alpha() < 160 ? "p" : "") + (ink.rgb() == qRgb(0, 0, 0) ? "" : ' ' + ink.name()) +
            (label.autoFillBackground() ? " on " + label.palette().color(QPalette::Window).name() : "");
+}
+
+// Where a caption is seen.
+inline QRect captionRoom(const QWidget& widget) {
+    const auto* button = qobject_cast<const QAbstractButton*>(&widget);
+    QStyleOptionButton option;
+    option.initFrom(&widget);
+    return button == nullptr ? widget.rect()
+                             : widget.style()->subElementRect(button->isCheckable() ? QStyle::SE_CheckBoxContents
+                                                                                    : QStyle::SE_PushButtonContents,
+                                                              &option, &widget);
+}
+
+// A caption is not cut.
+inline bool isWhole(const QLabel& label) {
+    const QRect room = label.rect();
+    return room.contains(label.fontMetrics().boundingRect(room, label.wordWrap() ? Qt::TextWordWrap : 0, label.text()));
 }
 
 // The colour of a drawing in the mean, in sixteenths.
@@ -35,7 +57,11 @@ inline QString textOf(const QAccessibleInterface& object) {
     if (const auto* box = qobject_cast<QMessageBox*>(widget)) {
         seen = "icon " + QString::number(box->icon());
     } else if (widget != nullptr && widget->isWindow() && !widget->windowIcon().isNull()) {
-        seen = "icon";
+        seen = "icons " + QString::number(widget->windowIcon().availableSizes().size());
+    } else if (object.state().focusable && !widget->window()->isModal()) {
+        seen = QString::number(widget->font().pixelSize());
+    } else if (const auto* bar = qobject_cast<QProgressBar*>(widget)) {
+        seen = bar->isTextVisible() ? bar->text() : "";
     } else if (label == nullptr && object.role() == QAccessible::Graphic) {
         seen = colourOf(*widget);
     } else if (label != nullptr && !label->window()->isModal()) {

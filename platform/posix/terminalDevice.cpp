@@ -61,8 +61,9 @@ void checkDevice(const std::string& device) {
         throw Failure(failureNumber::portRefused, "not a serial port");
     }
     if (::access(device.c_str(), R_OK | W_OK) < 0) {
+        const int error = errno; // before the search for the group changes it
         throw Failure(failureNumber::portForbidden,
-                      causeText(errno) + ". Members of the group " + groupOf(status) + " may use this port");
+                      causeText(error) + ". Members of the group " + groupOf(status) + " may use this port");
     }
 }
 

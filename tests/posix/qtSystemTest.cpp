@@ -1,11 +1,12 @@
 // The locks that a POSIX system gives.
-#include "platform/system.h"
 #include "tests/realDesktop.h"
 
 #include <QTest>
 
 #include <fstream>
+#include <sstream>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace platform;
@@ -18,30 +19,36 @@ TEST(System, TheSecondInstanceIsTheOneWhileTheFirstLives) {
     const std::string folder = own != nullptr ? own : makeTestFolder().string();
     ::setenv("OWN_FOLDER", folder.c_str(), 1);
     ::setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
-    EXPECT_EXIT(::_exit(takeInstanceLock() ? 0 : 1), testing::ExitedWithCode(0), "");
-    const bool free = takeInstanceLock();
-    EXPECT_EXIT(::_exit(takeInstanceLock() ? 1 : 0), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(::_exit(realDesktop->previousInstance() ? 1 : 0), testing::ExitedWithCode(0), "");
+    const bool free = !realDesktop->previousInstance();
+    EXPECT_EXIT(::_exit(realDesktop->previousInstance() ? 0 : 1), testing::ExitedWithCode(0), "");
     EXPECT_TRUE(free);
     std::filesystem::remove_all(folder);
 }
 
 TEST(System, TheSleepLockIsAChildsAndEndsWithItsInput) {
     const std::string folder = makeTestFolder();
-    std::ofstream(folder + "/systemd-inhibit") << "cd " << folder << "\necho $1 >>held\n"
+    std::ofstream(folder + "/systemd-inhibit") << "cd " << folder << "\necho $1 $3 >>held\n"
                                                << "[ $1 = --what=idle ] || exit 1\nread -r line\nmv held over\n";
     ::chmod((folder + "/systemd-inhibit").c_str(), 0700);
     ::setenv("PATH", (folder + ':' + ::getenv("PATH")).c_str(), 1);
-    for (const bool on : {true, true, false}) { // once
+    for (const bool on : {true, true, false, true, false}) { // once in a row
         realDesktop->keepAwake(on);
         const std::string file = folder + (on ? "/held" : "/over");
         const auto request = [&] {
-            std::string first, second;
-            std::ifstream(file) >> first >> second;
-            return first + ' ' + second;
+            std::stringstream text;
+            text << std::ifstream(file).rdbuf();
+            return text.str();
         };
-        EXPECT_TRUE(
-            QTest::qWaitFor([&] { return request() == "--what=sleep:idle:handle-lid-switch --what=idle"; }, 2000));
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] { return request() == "--what=sleep:idle:handle-lid-switch --mode=block\n--what=idle --mode=block\n"; },
+            10'000));
     }
+    const auto childLeft = [] {
+        realDesktop->keepAwake(false);
+        return ::waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) == 0;
+    };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !childLeft(); }, 10'000));
     std::filesystem::remove_all(folder);
 }
 

@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdarg>
 #include <ctime>
+#include <fcntl.h>
 #include <linux/serial.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -20,6 +21,9 @@ inline struct {
     int flags = 0;
     int error = 0; // of any transfer
     bool exclusive = false;
+    int raised = 0; // lines of the port
+    int openError = 0;
+    bool forbidden = false; // each file
     bool syncFails = false; // the next time
 } driver;
 
@@ -35,6 +39,21 @@ long transfer(long number, Arguments... arguments) {
 extern "C" int fsync(int fd) {
     errno = EIO;
     return std::exchange(driver.syncFails, false) ? -1 : static_cast<int>(::syscall(SYS_fsync, fd));
+}
+
+extern "C" int open(const char* file, int oflag, ...) {
+    va_list arguments;
+    va_start(arguments, oflag);
+    const mode_t mode = va_arg(arguments, mode_t);
+    va_end(arguments);
+    const bool refused = driver.openError != 0 && std::string_view(file).ends_with("/unit");
+    errno = driver.openError;
+    return refused ? -1 : static_cast<int>(::syscall(SYS_openat, AT_FDCWD, file, oflag, mode));
+}
+
+extern "C" int access(const char* name, int type) noexcept {
+    errno = EACCES;
+    return driver.forbidden && (type & W_OK) != 0 ? -1 : static_cast<int>(::syscall(SYS_access, name, type));
 }
 
 extern "C" ssize_t read(int fd, void* buf, std::size_t nbytes) {
@@ -55,6 +74,7 @@ extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
     void* argument = va_arg(arguments, void*);
     va_end(arguments);
     driver.exclusive = driver.exclusive || request == TIOCEXCL;
+    driver.raised = request == TIOCMBIS ? *static_cast<int*>(argument) : driver.raised;
     if (!driver.present || (request != TIOCGSERIAL && request != TIOCSSERIAL)) {
         return static_cast<int>(::syscall(SYS_ioctl, file, request, argument));
     }
@@ -89,6 +109,14 @@ class SystemFixture : public contract::Fixture {
             EXPECT_EXIT((port.open(), std::raise(SIGKILL)), testing::KilledBySignal(SIGKILL), "");
         };
         commands["sh"] = [this](const std::string& command) { say(outputOf("cd " + folder + " && " + command)); };
+        commands["lines"] = [this](const std::string&) { say(driver.raised); };
+        commands["refuse"] = [](const std::string& number) { driver.openError = std::stoi(number); };
+        commands["forbid"] = [](const std::string&) { driver.forbidden = true; };
+        // the cause of the last failure, without the folder
+        commands["why"] = [this](const std::string&) {
+            const std::size_t at = failed.find(folder);
+            say(at < failed.size() ? failed.substr(0, at) + failed.substr(at + folder.size()) : failed);
+        };
         commands["exclusive"] = [this](const std::string&) { say(driver.exclusive ? "exclusive" : "shared"); };
         // whether it takes the wish for low latency, and has it already
         commands["driver"] = [](const std::string& text) {
