@@ -22,8 +22,8 @@ class Session {
     RunEnd start() { return world.desktop.run(program::start); }
 
     // Presses a button of the main window and runs what follows to its end.
-    RunEnd press(const char* control, int index = -1) {
-        const Action action = click("frmMain", control, index);
+    RunEnd press(const char* control) {
+        const Action action = click("frmMain", control);
         EXPECT_EQ(world.person.refusal(action), "") << control;
         const RunEnd end = world.desktop.run([&] { world.person.perform(action); });
         EXPECT_NE(end, RunEnd::stuck) << world.desktop.stuckReason();

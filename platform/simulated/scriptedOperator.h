@@ -21,8 +21,6 @@ struct Action {
     std::string control = {};
     int index = -1; // of a control in an array
     int entry = -1; // of the list
-
-    bool operator==(const Action&) const = default;
 };
 
 Action click(std::string form, std::string control, int index = -1);
