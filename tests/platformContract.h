@@ -1,8 +1,8 @@
-// What every desktop owes the program, as rows of commands and what comes of them: tests/stories/everyDesktop.txt. The
-// test of each desktop carries them out in surroundings of its own.
+// The contract of every desktop, as rows of commands with their results: tests/stories/everyDesktop.txt. The test of each
+// desktop performs them with its own Fixture.
 //   command argument; command ... = results, failures and events in their order
-// A number ahead of a row is how often it is carried out, {a/b} makes a row with a and one with b, and an argument that
-// holds commands separates them by commas. In bytes, x*9 are nine of a kind, and ^ is a control character.
+// A number before a row repeats it, {a/b} stands for a row with a and a row with b, and commas separate the commands in an
+// argument. In bytes, x*9 is nine times x, and ^ is a control character.
 #pragma once
 
 #include "base/failure.h"
@@ -22,8 +22,7 @@ namespace contract {
 using namespace platform;
 using Text = const std::string&;
 
-// A desktop and what stands around it. Times are milliseconds from the last "mark" on. A real clock goes on all the
-// time: moments are the earliest ones.
+// A desktop and its test environment. Times are milliseconds since the last "mark". On a real clock they are lower limits.
 class Fixture {
   public:
     Fixture(Desktop& desktop, Text place);
@@ -48,10 +47,10 @@ class Fixture {
         const std::size_t begin = row.find_first_not_of("0123456789");
         const std::size_t end = row.find(" =");
         for (int times = begin == 0 ? 1 : std::stoi(row); times > 0; --times) {
-            said.clear();
+            results.clear();
             perform(row.substr(begin, end - begin));
         }
-        EXPECT_EQ(said, row.substr(std::min(end + 3, row.size()))) << row;
+        EXPECT_EQ(results, row.substr(std::min(end + 3, row.size()))) << row;
     }
 
   protected:
@@ -63,26 +62,26 @@ class Fixture {
                 commands.at(command.substr(0, blank))(command.substr(std::min(blank + 1, command.size())));
             } catch (const Failure& failure) {
                 failed = failure.description();
-                say(failureNames.at(failure.number()));
+                add(failureNames.at(failure.number()));
             }
         }
     }
-    void say(Text text) { said += (said.empty() ? "" : " ") + text; }
-    void say(std::int64_t number) { say(std::to_string(number)); }
+    void add(Text text) { results += (results.empty() ? "" : " ") + text; }
+    void add(std::int64_t number) { add(std::to_string(number)); }
     template <class Sequence>
-    void sayBytes(const Sequence& bytes) {
+    void addBytes(const Sequence& bytes) {
         std::string text(bytes.begin(), bytes.end());
-        std::erase(text, '\r'); // which systems with such line ends add
+        std::erase(text, '\r'); // a part of the line end on some systems
         std::ranges::replace_if(
             text, [](char sign) { return sign < ' '; }, '^');
-        say(text.size() > 50 ? text.substr(0, 1) + '*' + std::to_string(text.size()) : text.empty() ? "-" : text);
+        add(text.size() > 50 ? text.substr(0, 1) + '*' + std::to_string(text.size()) : text.empty() ? "-" : text);
     }
     static Bytes bytes(Text text) {
         const std::size_t star = text.find('*');
         return star < text.size() ? Bytes(std::stoul(text.substr(star + 1)), text[0]) : Bytes(text.begin(), text.end());
     }
     std::int64_t now() const { return desk.timeGetTime() - start; }
-    // At most for two seconds.
+    // Waits for two seconds at most.
     void waitFor(const std::function<bool()>& condition) const {
         for (const std::int64_t end = desk.timeGetTime() + 2000; !condition() && desk.timeGetTime() < end;) {
             desk.waitForEvents(end);
@@ -92,18 +91,18 @@ class Fixture {
         dialog.initialDirectory = folder;
         commands.at("atDialog")(names);
         (desk.*show)(dialog);
-        say('"' + dialog.fileName.substr(folder.size()) + '"');
+        add('"' + dialog.fileName.substr(folder.size()) + '"');
     }
 
-    // Each desktop has its own:
-    // - "hand" mouse, key or reader, by which the operator works; "press" CONTROL; "choose" ENTRY of the list;
-    //   "request": to close the window. What no person could do at that moment has no effect.
+    // The commands that each desktop implements:
+    // - "input" mouse, keyboard or screenReader: how the operator works; "press" CONTROL; "choose" ENTRY of the list;
+    //   "closeRequest" to the window. What no person could do at that moment has no effect.
     // - "later" MS: an event of the window then.
     // - "atBox" COMMANDS: at the next box, the last of them "ok" or "escape".
     // - "atDialog" NAME,OTHER: at the next file dialog gives a name in the folder, and the other where the first must
     //   not be overwritten. Without a name the dialog is cancelled.
     // - "room" BYTES: no file grows beyond that. "break": the next closing fails.
-    // - "give" BYTES at the far end of COM3's line, "arrived" COUNT there, "chatter" MS: a byte every five,
+    // - "give" BYTES at the far end of COM3's line, "arrived" COUNT there, "stream" MS: a byte every five,
     //   "pull" and "plug" the device, "hold" and "free" it by another program. There is no COM4.
     std::map<std::string, std::function<void(Text)>> commands;
 
@@ -118,9 +117,9 @@ class Fixture {
     std::int64_t ticks = 0;
 
   private:
-    std::string said; // what came of the commands
+    std::string results; // of the commands
     std::int64_t start = 0;
-    std::int64_t nested = 0; // each tick waits until there are so many
+    std::int64_t nested = 0; // each tick waits for this number of ticks
     std::unique_ptr<BinaryFile> file;
     Bytes part = Bytes(3);
     const std::map<int, std::string> failureNames{{failureNumber::fileNotFound, "missing"},
@@ -147,13 +146,13 @@ inline Fixture::Fixture(Desktop& desktop, Text place) : desk(desktop), folder(pl
     commands["disableForm"] = [this](Text) { form.enabled = false; };
     commands["load"] = [this](Text) { desk.load(form), desk.show(form); };
     commands["unload"] = [this](Text) { desk.unload(form); };
-    commands["visible"] = [this](Text) { say(form.visible ? "visible" : "hidden"); };
-    commands["deaf"] = [this](Text) { form.queryUnload = nullptr; };
+    commands["visible"] = [this](Text) { add(form.visible ? "visible" : "hidden"); };
+    commands["noCloseHandler"] = [this](Text) { form.queryUnload = nullptr; };
     commands["onClick"] = [this](Text script) { form.control("R&D").click = [=, this] { perform(script, ','); }; };
-    commands["turn"] = [this](Text name) { form.control(name).value = form.control(name).value == 0 ? 1 : 0; };
-    commands["value"] = [this](Text name) { say(std::lround(form.control(name).value)); };
+    commands["toggle"] = [this](Text name) { form.control(name).value = form.control(name).value == 0 ? 1 : 0; };
+    commands["value"] = [this](Text name) { add(std::lround(form.control(name).value)); };
     commands["box"] = [this](Text style) {
-        say(desk.msgBox(style.substr(std::min(style.find(' ') + 1, style.size())), std::stoi(style), "title"));
+        add(desk.msgBox(style.substr(std::min(style.find(' ') + 1, style.size())), std::stoi(style), "title"));
     };
     commands["openDialog"] = [this](Text names) { ask(names, &Desktop::showOpen); };
     commands["saveDialog"] = [this](Text names) { ask(names, &Desktop::showSave); };
@@ -163,12 +162,12 @@ inline Fixture::Fixture(Desktop& desktop, Text place) : desk(desktop), folder(pl
         std::string text = desk.dateAndTime();
         std::ranges::replace_if(
             text, [](char sign) { return sign >= '0' && sign <= '9'; }, '9');
-        say(text);
+        add(text);
     };
 
     commands["mark"] = [this](Text) { start = desk.timeGetTime(), ticks = 0; };
-    commands["since"] = [this](Text moment) { now() < std::stoi(moment) ? say("early") : void(); };
-    commands["within"] = [this](Text moment) { now() > std::stoi(moment) ? say("late") : void(); };
+    commands["since"] = [this](Text moment) { now() < std::stoi(moment) ? add("early") : void(); };
+    commands["within"] = [this](Text moment) { now() > std::stoi(moment) ? add("late") : void(); };
     commands["sleep"] = [this](Text length) { desk.sleep(std::stoi(length)); };
     commands["events"] = [this](Text) { desk.doEvents(); };
     commands["bytes"] = [this](Text moment) { desk.waitForBytes(start + std::stoi(moment)); };
@@ -178,58 +177,58 @@ inline Fixture::Fixture(Desktop& desktop, Text place) : desk(desktop), folder(pl
             desk.waitForEvents(start + std::stoi(moment));
         }
     };
-    commands["next"] = [this](Text) { waitFor([this] { return !said.empty(); }); };
-    commands["quiet"] = [this](Text) { said.clear(); };
-    commands["say"] = [this](Text text) { say(text); };
+    commands["next"] = [this](Text) { waitFor([this] { return !results.empty(); }); };
+    commands["clearResults"] = [this](Text) { results.clear(); };
+    commands["echo"] = [this](Text text) { add(text); };
     commands["timer"] = [this](Text interval) { form.timer.setInterval(std::stoi(interval)); };
     commands["start"] = [this](Text) { form.timer.setEnabled(true); };
     commands["stop"] = [this](Text) { form.timer.setEnabled(false); };
     commands["nest"] = [this](Text count) { nested = std::stoi(count); };
     commands["tick"] = [this](Text count) { waitFor([&] { return ticks >= std::stoi(count); }); };
-    commands["ticks"] = [this](Text most) { say(ticks == 0 ? "none" : ticks > std::stoi(most) ? "many" : "some"); };
+    commands["ticks"] = [this](Text most) { add(ticks == 0 ? "none" : ticks > std::stoi(most) ? "many" : "some"); };
 
     commands["choosePort"] = [this](Text number) { port.choosePort(static_cast<std::int16_t>(std::stoi(number))); };
     commands["open"] = [this](Text) { port.open(); };
     commands["close"] = [this](Text) { port.close(); };
-    commands["isOpen"] = [this](Text) { say(port.isOpen() ? "yes" : "no"); };
+    commands["isOpen"] = [this](Text) { add(port.isOpen() ? "yes" : "no"); };
     commands["settings"] = [this](Text settings) { port.setSettings(settings); };
     commands["sizes"] = [this](Text input) { port.setBufferSizes(std::stoi(input), 512); };
     commands["limit"] = [this](Text most) { port.setReadLimit(std::stoi(most)); };
-    commands["count"] = [this](Text) { say(port.countReceived()); };
+    commands["count"] = [this](Text) { add(port.countReceived()); };
     commands["await"] = [this](Text count) { waitFor([&] { return port.countReceived() >= std::stoi(count); }); };
-    commands["read"] = [this](Text) { sayBytes(port.read()); };
+    commands["read"] = [this](Text) { addBytes(port.read()); };
     commands["write"] = [this](Text text) { port.write(bytes(text)); };
     commands["clear"] = [this](Text) { port.clearReceived(); };
     commands["drop"] = [this](Text) { port.clearUnsent(); };
 
-    commands["exists"] = [this](Text name) { say(files.exists(folder + name) ? "yes" : "no"); };
-    commands["length"] = [this](Text name) { say(files.length(folder + name)); };
+    commands["exists"] = [this](Text name) { add(files.exists(folder + name) ? "yes" : "no"); };
+    commands["length"] = [this](Text name) { add(files.length(folder + name)); };
     commands["append"] = [this](Text line) { files.appendLine(folder + line.substr(0, 1), line.substr(2)); };
-    commands["all"] = [this](Text name) { sayBytes(files.readAll(folder + name)); };
+    commands["all"] = [this](Text name) { addBytes(files.readAll(folder + name)); };
     commands["toRead"] = [this](Text name) { file = files.openBinary(folder + name, FileAccess::read); };
     commands["toWrite"] = [this](Text name) { file = files.openBinary(folder + name, FileAccess::write); };
     commands["put"] = [this](Text text) { file->write(std::stoi(text), bytes(text.substr(text.find(' ') + 1))); };
-    commands["get"] = [this](Text from) { file->read(std::stoi(from), part), sayBytes(part); };
+    commands["get"] = [this](Text from) { file->read(std::stoi(from), part), addBytes(part); };
     commands["shut"] = [this](Text) { file->close(); };
     commands["cause"] = [this](Text) { // without folder and brackets
         std::string text = failed.substr(failed.starts_with(folder) ? folder.size() : 0);
         if (const std::size_t open = text.find(" ("); open < text.size()) {
             text.erase(open, text.find(')') + 1 - open);
         }
-        say(text);
+        add(text);
     };
     for (Control* control : form.controls) {
-        control->click = [this, control] { // and what it finds changed already
+        control->click = [this, control] { // and the values that have already changed
             const auto value = [this](const char* name) {
                 return std::to_string(std::lround(form.control(name).value));
             };
-            say(control->kind == ControlKind::button ? control->name
+            add(control->kind == ControlKind::button ? control->name
                 : control->kind == ControlKind::dropDownList
                     ? "entry" + std::to_string(control->listIndex)
                     : control->name + ':' + value("inFrame0") + value("inFrame1") + value("outside") + value("check"));
         };
     }
-    form.queryUnload = [this] { say("close"); };
+    form.queryUnload = [this] { add("close"); };
     form.timer.tick = [this] {
         ++ticks;
         waitFor([this] { return ticks >= nested; });
@@ -245,10 +244,10 @@ std::unique_ptr<Fixture> makeFixture(); // each desktop's
 class PlatformContract : public testing::TestWithParam<Section> {};
 
 TEST_P(PlatformContract, Holds) {
-    const std::unique_ptr<Fixture> around = makeFixture();
+    const std::unique_ptr<Fixture> fixture = makeFixture();
     std::istringstream rows(GetParam().text);
     for (std::string row; std::getline(rows, row);) {
-        around->check(row);
+        fixture->check(row);
     }
 }
 

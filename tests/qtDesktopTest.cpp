@@ -1,6 +1,6 @@
-// The real desktop, on the toolkit's offscreen screen and a pseudo terminal, keeps the contract of all desktops. What it
-// has beyond that is in the same form: its looks, keyboard and line in tests/stories/realDesktop.txt, and what each
-// system adds in realPosix.txt and realWindows.txt.
+// The real desktop, on the toolkit's offscreen screen and a pseudo terminal, meets the contract of all desktops. Rows for its
+// appearance, keyboard and line are in tests/stories/realDesktop.txt, rows for each system in realPosix.txt and
+// realWindows.txt.
 #include "platform/qt/drawing.h"
 #include "tests/realDesktop.h"
 #include "tests/windowText.h"
@@ -34,7 +34,7 @@ QWidget* windowOf(const Form& form) {
     return nullptr;
 }
 
-// Does that once the modal window of this class stands.
+// Calls `action` as soon as a modal window of this class is open.
 template <class Dialog, class Action>
 void whenShown(Action action) {
     QTimer::singleShot(0, [action] {
@@ -46,7 +46,7 @@ void whenShown(Action action) {
 void enter(QFileDialog* dialog, const std::string& name) {
     auto* line = dialog->findChild<QLineEdit*>();
     dialog->activateWindow();
-    static_cast<void>(QTest::qWaitForWindowActive(dialog)); // its line takes no keys before
+    static_cast<void>(QTest::qWaitForWindowActive(dialog)); // the line ignores keys until then
     line->setFocus();
     line->selectAll();
     QTest::keyClicks(line, QString::fromStdString(name));
@@ -64,7 +64,7 @@ class RealFixture : QObject, public SystemFixture {
         perform("device " + unit + "\t' the unit");
     }
     ~RealFixture() override {
-        chatter = {};
+        stream = {};
         desk.unload(other);
         std::filesystem::remove_all(folder);
     }
@@ -76,7 +76,7 @@ class RealFixture : QObject, public SystemFixture {
         auto* found = window == nullptr ? nullptr : window->findChild<Widget*>(QString::fromStdString(name));
         return found != nullptr && found->isVisible() ? found : nullptr;
     }
-    // Also in a box.
+    // The widget of the form, or else of the open box.
     QWidget* seen(Text name) const {
         auto* found = find(name);
         return found != nullptr ? found
@@ -90,20 +90,20 @@ class RealFixture : QObject, public SystemFixture {
         QWindow* window = button->window()->windowHandle();
         if (by == "mouse") {
             QTest::mouseClick(window, Qt::LeftButton, {}, button->mapTo(button->window(), button->rect().center()));
-        } else if (by == "reader") {
+        } else if (by == "screenReader") {
             auto* actions = QAccessible::queryAccessibleInterface(button)->actionInterface();
             actions->doAction(actions->actionNames().value(0));
-            EXPECT_TRUE(QTest::qWaitFor([=] { return !button->isDown(); })); // it shows a press for a moment
+            EXPECT_TRUE(QTest::qWaitFor([=] { return !button->isDown(); })); // the button is shown pressed for a moment
         } else if (button->setFocus(); button->window()->focusWidget() == button) {
             QTest::keyClick(window, Qt::Key_Space);
         }
     }
-    // What has arrived there, once they are so many or no more come.
+    // Reads up to `count` bytes at the far end, until no more arrive.
     Bytes take(std::size_t count) {
         Bytes bytes(count);
         std::size_t taken = 0;
         for (int quiet = 0; taken < count && quiet < 50; ++quiet) {
-            desk.waitForBytes(desk.timeGetTime() + 1); // and sends
+            desk.waitForBytes(desk.timeGetTime() + 1); // this also sends
             const std::size_t more = end->read(std::span(bytes).subspan(taken));
             taken += more;
             quiet = more > 0 ? 0 : quiet;
@@ -118,12 +118,12 @@ class RealFixture : QObject, public SystemFixture {
     }
 
     void addOperator() {
-        commands["hand"] = [this](Text by) { hand = by; };
-        commands["press"] = [this](Text name) { desk.doEvents(), press(name, hand); };
-        // not yet seen
-        commands["vanish"] = [this](Text) { form.visible = false; };
-        commands["atOnce"] = [this](Text name) { press(name, hand); };
-        // the one above or below
+        commands["input"] = [this](Text by) { input = by; };
+        commands["press"] = [this](Text name) { desk.doEvents(), press(name, input); };
+        // before the desktop applies it
+        commands["setInvisible"] = [this](Text) { form.visible = false; };
+        commands["pressNow"] = [this](Text name) { press(name, input); };
+        // the entry above or below the present one
         commands["choose"] = [this](Text entry) {
             find("list")->setFocus(), commands.at("keys")(entry == "0" ? "Up" : "Down");
         };
@@ -132,13 +132,13 @@ class RealFixture : QObject, public SystemFixture {
                 QTest::keyClick(windowOf(form)->windowHandle(), QKeySequence::fromString(name)[0].key());
             }
         };
-        commands["request"] = [this](Text) {
+        commands["closeRequest"] = [this](Text) {
             desk.doEvents();
             if (QWidget* window = windowOf(form); window != nullptr && window->windowHandle()->close()) {
-                say("closed");
+                add("closed");
             }
         };
-        commands["later"] = [this](Text wait) { QTimer::singleShot(std::stoi(wait), [this] { say("later"); }); };
+        commands["later"] = [this](Text wait) { QTimer::singleShot(std::stoi(wait), [this] { add("later"); }); };
         commands["ok"] = [](Text) { QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Return); };
         commands["escape"] = [](Text) { QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape); };
         commands["atBox"] = [this](Text script) {
@@ -160,11 +160,11 @@ class RealFixture : QObject, public SystemFixture {
     }
 
     void addWindow() {
-        commands["look"] = [this](Text name) {
+        commands["describe"] = [this](Text name) {
             const QString text = textOf(*QAccessible::queryAccessibleInterface(seen(name)));
-            say(QString(text).remove('\n').toStdString());
+            add(QString(text).remove('\n').toStdString());
         };
-        // a caption that takes so many per cent of its room, and how many quarters it takes in the window
+        // sets a caption of this width, in per cent of its area; gives the width in the window, in quarters of the area
         commands["long"] = [this](Text text) {
             Control& control = form.control(text.substr(0, text.find(' ')));
             QWidget* widget = find(control.name);
@@ -173,58 +173,58 @@ class RealFixture : QObject, public SystemFixture {
             control.caption = std::string(std::stoul(text.substr(text.find(' '))) * room / 100 / letter + 1, 'x');
             desk.sleep(1);
             const int width = widget->fontMetrics().horizontalAdvance(QString::fromStdString(control.caption));
-            say(width > room ? "cut" : std::to_string(std::lround(4.0 * width / room)));
+            add(width > room ? "cut" : std::to_string(std::lround(4.0 * width / room)));
         };
-        // in a window that is not too wide
+        // the text is not cut, and the window takes at most half of the screen
         commands["fits"] = [this](Text name) {
             auto* label = qobject_cast<QLabel*>(seen(name));
-            say(isWhole(*label) && label->window()->width() <= label->screen()->size().width() / 2 ? "whole" : "cut");
+            add(isWhole(*label) && label->window()->width() <= label->screen()->size().width() / 2 ? "whole" : "cut");
         };
-        commands["middle"] = [this](Text name) { say(find(name)->geometry().center().y()); };
+        commands["middle"] = [this](Text name) { add(find(name)->geometry().center().y()); };
         commands["font"] = [this](Text points) { form.control("label").font.points = std::stod(points); };
         commands["centre"] = [this](Text name) { form.control(name).alignment = Alignment::centre; };
         commands["border"] = [this](Text name) { form.control(name).border = true; };
         commands["picture"] = [this](Text number) { form.control("picture").picture = std::stoi(number); };
-        // a line of that width to the top
+        // a rising line of this width, and where it begins
         commands["slope"] = [this](Text width) {
             form.control("line").place = {1500, 2700, std::stoi(width), -150};
             desk.sleep(1);
             const QImage image = find("line")->grab().toImage();
-            say(image.pixelColor(0, 0) == QColor(Qt::black) ? "left" : "right");
+            add(image.pixelColor(0, 0) == QColor(Qt::black) ? "left" : "right");
         };
-        // in the window
+        // position in the window
         commands["place"] = [this](Text name) {
             const QPoint at = find(name)->mapTo(windowOf(form), QPoint());
-            say(at.x()), say(at.y()), say(find(name)->width()), say(find(name)->height());
+            add(at.x()), add(at.y()), add(find(name)->width()), add(find(name)->height());
         };
-        // of the window, which does not let itself be stretched
+        // position and size of the window, which cannot be resized
         commands["frame"] = [this](Text) {
             QWidget* window = windowOf(form);
             window->resize(900, 900);
-            say(window->x()), say(window->y()), say(window->width()), say(window->height());
-            say(window->windowFlags().testFlag(Qt::WindowCloseButtonHint) ? "closable" : "open");
+            add(window->x()), add(window->y()), add(window->width()), add(window->height());
+            add(window->windowFlags().testFlag(Qt::WindowCloseButtonHint) ? "closable" : "open");
         };
-        commands["corner"] = [this](Text) { form.centred = false, form.left = 150, form.top = 300; };
+        commands["position"] = [this](Text) { form.centred = false, form.left = 150, form.top = 300; };
         commands["caption"] = [this](Text caption) { form.control("label").caption = caption; };
         commands["bar"] = [this](Text value) { form.control("bar").value = std::stod(value); };
         commands["items"] = [this](Text item) {
             form.control("list").items = {"a", item}, form.control("list").listIndex = 1;
         };
-        commands["ink"] = [this](Text name) { form.control(name).textColour = rgb(1, 2, 3); };
-        commands["ground"] = [this](Text name) { form.control(name).backColour = rgb(0, 0, 128); };
+        commands["textColour"] = [this](Text name) { form.control(name).textColour = rgb(1, 2, 3); };
+        commands["backColour"] = [this](Text name) { form.control(name).backColour = rgb(0, 0, 128); };
         commands["pointer"] = [this](Text number) { form.mousePointer = static_cast<MousePointer>(std::stoi(number)); };
-        commands["cursor"] = [this](Text) { say(windowOf(form)->cursor().shape()); };
-        // since the last time
+        commands["cursor"] = [this](Text) { add(windowOf(form)->cursor().shape()); };
+        // since the last call
         commands["painted"] = [this](Text name) {
             find(name)->installEventFilter(this);
-            say(std::exchange(painted, false) ? "painted" : "still");
+            add(std::exchange(painted, false) ? "painted" : "still");
         };
         commands["raised"] = [this](Text) {
             windowOf(form)->installEventFilter(this);
-            say(std::exchange(raised, false) ? "raised" : "left");
+            add(std::exchange(raised, false) ? "raised" : "left");
         };
-        // moves the bar as fast as it goes
-        commands["race"] = [this](Text) {
+        // moves the bar as fast as possible
+        commands["fastBar"] = [this](Text) {
             int shown = 0;
             QObject::connect(find<QProgressBar>("bar"), &QProgressBar::valueChanged, this, [&] { ++shown; });
             const std::int64_t begin = now();
@@ -232,9 +232,9 @@ class RealFixture : QObject, public SystemFixture {
                 value = value < 1500 ? value + 10 : 500;
             }
             find("bar")->disconnect(this);
-            say(shown == 5 && shown <= (now() - begin) / 16 + 2 ? "calm" : std::to_string(shown));
+            add(shown == 5 && shown <= (now() - begin) / 16 + 2 ? "limited" : std::to_string(shown));
         };
-        // an event that fails
+        // the handler of an event fails
         commands["fatal"] = [this](Text) {
             GTEST_FLAG_SET(death_test_style, "threadsafe"); // the toolkit's threads do not survive a plain fork
             form.control("R&D").click = [] { throw Failure(failureNumber::overflow, "Overflow"); };
@@ -246,25 +246,25 @@ class RealFixture : QObject, public SystemFixture {
         };
         commands["showOther"] = [this](Text) { desk.show(other); };
         commands["hideOther"] = [this](Text) { desk.hide(other); };
-        // what stands above which window, and the kind of its frame
-        commands["above"] = [this](Text) {
+        // the title of the parent of the newest window, and the flags of its frame
+        commands["parent"] = [this](Text) {
             const QWidget* modal = QApplication::activeModalWidget();
             const QWidget* window = modal != nullptr ? modal : windowOf(other);
             const QWindow* parent = window->windowHandle()->transientParent();
-            say(parent == nullptr ? "nothing" : parent->title().toStdString());
-            say(window->windowFlags() & (Qt::WindowType_Mask | Qt::WindowMinMaxButtonsHint));
+            add(parent == nullptr ? "nothing" : parent->title().toStdString());
+            add(window->windowFlags() & (Qt::WindowType_Mask | Qt::WindowMinMaxButtonsHint));
         };
-        // looks at the next one
+        // describes the next file dialog
         commands["dialog"] = [this](Text kind) {
             whenShown<QFileDialog>([this](QFileDialog* shown) {
-                commands.at("above")(""), commands.at("look")("label");
+                commands.at("parent")(""), commands.at("describe")("label");
                 const QFontMetrics font = shown->fontMetrics();
                 const bool wide = shown->width() >= std::min(90 * font.averageCharWidth(), 700);
                 const auto* columns = shown->findChild<QTreeView*>()->header();
-                const QStringList told{shown->windowTitle(),      shown->nameFilters().join(' '),
-                                       shown->directory().path(), shown->findChild<QLineEdit*>()->text(),
-                                       wide ? "wide" : "narrow",  QString::number(columns->sectionResizeMode(0))};
-                say(told.join(' ').replace(QString::fromStdString(folder).chopped(1), "folder").toStdString());
+                const QStringList texts{shown->windowTitle(),      shown->nameFilters().join(' '),
+                                        shown->directory().path(), shown->findChild<QLineEdit*>()->text(),
+                                        wide ? "wide" : "narrow",  QString::number(columns->sectionResizeMode(0))};
+                add(texts.join(' ').replace(QString::fromStdString(folder).chopped(1), "folder").toStdString());
                 shown->reject();
             });
             dialog.initialDirectory = folder + "first";
@@ -275,15 +275,15 @@ class RealFixture : QObject, public SystemFixture {
             QTimer::singleShot(std::stoi(length), [] { QCoreApplication::exit(); });
             realDesktop->run();
         };
-        commands["screen"] = [this](Text) { say(desk.screenSize().width), say(desk.screenSize().height); };
+        commands["screen"] = [this](Text) { add(desk.screenSize().width), add(desk.screenSize().height); };
     }
 
     void addLine() {
         commands["give"] = [this](Text text) { end->write(bytes(text)); };
-        commands["arrived"] = [this](Text count) { sayBytes(take(std::stoul(count))); };
-        commands["unsent"] = [this](Text) { say(take(200'000).size() < 100'000 ? "dropped" : "sent"); };
-        commands["chatter"] = [this](Text) {
-            chatter = std::jthread([this](const std::stop_token& stop) {
+        commands["arrived"] = [this](Text count) { addBytes(take(std::stoul(count))); };
+        commands["unsent"] = [this](Text) { add(take(200'000).size() < 100'000 ? "dropped" : "sent"); };
+        commands["stream"] = [this](Text) {
+            stream = std::jthread([this](const std::stop_token& stop) {
                 for (; !stop.stop_requested(); QThread::msleep(5)) {
                     end->write(Bytes{'x'});
                 }
@@ -297,7 +297,7 @@ class RealFixture : QObject, public SystemFixture {
             std::ofstream(desk.programDirectory() + "Setting.INI")
                 << "[DEVICE]\nCOM3=" << path << "\nCOM4=/nowhere/tty\n";
         };
-        commands["default"] = [this](Text number) { say(defaultDevice(std::stoi(number)) + '.'); };
+        commands["default"] = [this](Text number) { add(defaultDevice(std::stoi(number)) + '.'); };
         commands["everyByte"] = [this](Text) {
             Bytes all(256);
             std::iota(all.begin(), all.end(), std::uint8_t{0});
@@ -305,19 +305,19 @@ class RealFixture : QObject, public SystemFixture {
             const bool sent = take(all.size()) == all;
             end->write(all);
             waitFor([&] { return port.countReceived() == 256; });
-            say(std::ranges::equal(port.read(), all) && sent ? "same" : "other");
+            add(std::ranges::equal(port.read(), all) && sent ? "same" : "other");
         };
         commands["idle"] = [this](Text) {
             const double used = processorTime();
             desk.waitForBytes(desk.timeGetTime() + 200);
-            say(processorTime() - used < 0.04 ? "asleep" : "busy");
+            add(processorTime() - used < 0.04 ? "asleep" : "busy");
         };
     }
 
-    std::string hand = "mouse";
+    std::string input = "mouse";
     std::optional<simulator::PseudoTerminal> end{unit};
-    std::jthread chatter;
-    std::unique_ptr<LineDevice> program = makeLineDevice(); // another one
+    std::jthread stream;
+    std::unique_ptr<LineDevice> program = makeLineDevice(); // of another program
     TestForm other{"other"};
     bool painted = false;
     bool raised = false;

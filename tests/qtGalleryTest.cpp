@@ -1,5 +1,5 @@
-// The program's own windows on the toolkit's offscreen screen, in both languages: what each shows and says, and what the
-// Tab key reaches, is in tests/stories/windows.txt; under any theme it is legible and uncut.
+// The program's own windows on the toolkit's offscreen screen, in both languages: tests/stories/windows.txt has the
+// visible and the accessible content of each and its tab order. Under any theme all texts are legible and not cut.
 #include "gallery/scenes.h"
 #include "tests/realDesktop.h"
 #include "tests/storyFile.h"
@@ -12,10 +12,10 @@
 
 namespace {
 
-// A line for each object that is seen and says or shows anything.
+// A line for each visible object with any content.
 QString linesOf(const QAccessibleInterface& object) {
     const QString name = object.text(QAccessible::Name);
-    EXPECT_TRUE(!object.state().focusable || !name.isEmpty()) << "nothing says what this is";
+    EXPECT_TRUE(!object.state().focusable || !name.isEmpty()) << "no accessible name";
     QString lines = textOf(object);
     lines += lines.isEmpty() ? "" : "\n";
     for (int child = 0; child < object.childCount(); ++child) {
@@ -26,7 +26,7 @@ QString linesOf(const QAccessibleInterface& object) {
     return lines;
 }
 
-// The names of what the Tab key reaches, until it comes round.
+// The names of the controls in tab order.
 QString tabbed(QWidget& window) {
     QString names = "Tab:";
     QWidget* const first = window.focusWidget();
@@ -41,13 +41,13 @@ double brightness(double grey) {
     return std::pow(grey / 255, 2.2) + 0.05;
 }
 
-// The caption is not cut and stands out from its ground.
+// The caption is not cut and contrasts with its background.
 bool isLegible(const QLabel& label) {
     const QColor text = label.palette().color(QPalette::WindowText);
-    const int ground = qGray(label.palette().color(QPalette::Window).rgb());
+    const int background = qGray(label.palette().color(QPalette::Window).rgb());
     const double share = text.alphaF();
-    const double seen = share * qGray(text.rgb()) + (1 - share) * ground;
-    const auto [low, high] = std::minmax({brightness(seen), brightness(ground)});
+    const double seen = share * qGray(text.rgb()) + (1 - share) * background;
+    const auto [low, high] = std::minmax({brightness(seen), brightness(background)});
     return isWhole(label) && high / low >= 3;
 }
 
@@ -82,8 +82,7 @@ QString placesIn(const QWidget& form) {
     return places + '\n';
 }
 
-// The controls stand clear of each other within their window, but for one line that they share with a neighbour at the
-// same height.
+// The controls are within their window and do not overlap, except for one row or column of pixels that neighbours share.
 void expectOrder(const QWidget& window) {
     const QList<QWidget*> controls = controlsIn(window);
     for (QWidget* one : controls) {
@@ -102,19 +101,19 @@ void expectOrder(const QWidget& window) {
     }
 }
 
-TEST(Windows, AreLegibleReachableAndSpoken) {
+TEST(Windows, AreLegibleAndAccessible) {
     platform::setDesktop(&*realDesktop);
     const QPalette lightTheme = QApplication::palette();
     for (const auto language : {gallery::Language::english, gallery::Language::japanese}) {
         QString seen;
         gallery::showAll(*realDesktop, language, [&](const std::string& scene, QWidget& window) {
             SCOPED_TRACE(scene);
-            if (scene.ends_with("dialog")) { // wholly the toolkit's own
+            if (scene.ends_with("dialog")) { // of the toolkit
                 return;
             }
             for (const QPalette& theme : {gallery::darkPalette(), lightTheme}) {
                 QApplication::setPalette(theme);
-                QCoreApplication::processEvents(); // the windows hear of it
+                QCoreApplication::processEvents(); // delivers the change to the windows
                 expectOrder(window);
             }
             const int title = window.fontMetrics().horizontalAdvance(window.windowTitle());

@@ -16,11 +16,11 @@ class SimulatedFixture : World, public contract::Fixture {
         World::files.put(folder + "there", "");
         World::desktop.reactionTime = fromMilliseconds(50);
         World::desktop.confirmOverwrite = [](const FileRequest&) { return false; };
-        commands["hand"] = [](Text) {};
+        commands["input"] = [](Text) {};
         commands["press"] = [this](Text name) { person.perform(click("form", name)); };
         commands["choose"] = [this](Text entry) { person.perform(choose("form", "list", std::stoi(entry))); };
-        commands["request"] = [this](Text) { person.perform(closing("form")); };
-        commands["later"] = [this](Text wait) { World::desktop.schedule(after(wait), [this] { say("later"); }); };
+        commands["closeRequest"] = [this](Text) { person.perform(closing("form")); };
+        commands["later"] = [this](Text wait) { World::desktop.schedule(after(wait), [this] { add("later"); }); };
         commands["ok"] = [this](Text) { answer = boxAnswer::ok; };
         commands["escape"] = [this](Text) { answer = boxAnswer::cancel; };
         commands["atBox"] = [this](Text script) {
@@ -40,9 +40,9 @@ class SimulatedFixture : World, public contract::Fixture {
         commands["give"] = [this](Text text) { line.put(Direction::fromUnit, bytes(text), after("0")); };
         commands["arrived"] = [this](Text count) {
             const Bytes sent = line.record().sent(Direction::toUnit);
-            sayBytes(std::span(sent).last(std::stoul(count)));
+            addBytes(std::span(sent).last(std::stoul(count)));
         };
-        commands["chatter"] = [this](Text length) {
+        commands["stream"] = [this](Text length) {
             for (int at = std::stoi(length); at > 0; at -= 5) {
                 line.at(after(std::to_string(at)), [this] { commands.at("give")("x"); });
             }

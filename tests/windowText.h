@@ -1,4 +1,4 @@
-// What an operator sees of a window, and what a screen reader says of it, as a text.
+// The visible and the accessible content of a window as a text.
 #pragma once
 
 #include <QAbstractButton>
@@ -9,19 +9,19 @@
 #include <QStyleOptionButton>
 
 // Of a label: height of the font, bold, underlined, centred, framed, pale; colours other than the desktop's.
-inline QString looksOf(QLabel& label) {
-    const QColor ink = label.palette().color(QPalette::WindowText);
+inline QString appearanceOf(QLabel& label) {
+    const QColor textColour = label.palette().color(QPalette::WindowText);
     const QImage image = label.grab().toImage();
     const bool framed = image.pixelColor(0, 0) == QColor(Qt::black) &&
                         image.pixelColor(image.rect().bottomRight()) == QColor(Qt::black);
     return QString::number(label.font().pixelSize()) + (label.font().bold() ? "b" : "") +
            (label.font().underline() ? "u" : "") +
            (label.alignment() == (Qt::AlignLeft | Qt::AlignVCenter) ? "" : "c") + (framed ? "f" : "") +
-           (ink.alpha() < 160 ? "p" : "") + (ink.rgb() == qRgb(0, 0, 0) ? "" : ' ' + ink.name()) +
+           (textColour.alpha() < 160 ? "p" : "") + (textColour.rgb() == qRgb(0, 0, 0) ? "" : ' ' + textColour.name()) +
            (label.autoFillBackground() ? " on " + label.palette().color(QPalette::Window).name() : "");
 }
 
-// Where a caption is seen.
+// The visible area of a caption.
 inline QRect captionRoom(const QWidget& widget) {
     const auto* button = qobject_cast<const QAbstractButton*>(&widget);
     QStyleOptionButton option;
@@ -32,13 +32,13 @@ inline QRect captionRoom(const QWidget& widget) {
                                                               &option, &widget);
 }
 
-// A caption is not cut.
+// True when the caption is not cut.
 inline bool isWhole(const QLabel& label) {
     const QRect room = label.rect();
     return room.contains(label.fontMetrics().boundingRect(room, label.wordWrap() ? Qt::TextWordWrap : 0, label.text()));
 }
 
-// The colour of a drawing in the mean, in sixteenths.
+// The mean colour of a drawing, in sixteenths.
 inline QString colourOf(QWidget& drawing) {
     const QImage image = drawing.grab().toImage();
     const QColor mean = image.scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation).pixelColor(0, 0);
@@ -65,13 +65,13 @@ inline QString textOf(const QAccessibleInterface& object) {
     } else if (label == nullptr && object.role() == QAccessible::Graphic) {
         seen = colourOf(*widget);
     } else if (label != nullptr && !label->window()->isModal()) {
-        seen = looksOf(*label);
+        seen = appearanceOf(*label);
     }
     const QString name = object.text(QAccessible::Name); // on some systems with the value of a list
     const QString value = object.text(QAccessible::Value);
     const bool valued = object.role() == QAccessible::ProgressBar || object.role() == QAccessible::ComboBox;
-    const QString said = (valued && value != name ? name + ' ' + value : name).trimmed() +
+    const QString text = (valued && value != name ? name + ' ' + value : name).trimmed() +
                          (object.state().checked ? " on" : "") + (object.state().disabled ? " off" : "") +
                          (more.isEmpty() ? "" : " (" + more + ')') + (seen.isEmpty() ? "" : " [" + seen + ']');
-    return said.isEmpty() ? QString() : QString(qAccessibleRoleString(object.role())) + ' ' + said;
+    return text.isEmpty() ? QString() : QString(qAccessibleRoleString(object.role())) + ' ' + text;
 }

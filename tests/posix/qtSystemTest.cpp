@@ -1,4 +1,4 @@
-// The locks that a POSIX system gives.
+// The locks of a POSIX system.
 #include "tests/realDesktop.h"
 
 #include <QTest>
@@ -13,9 +13,9 @@ using namespace platform;
 
 namespace {
 
-TEST(System, TheSecondInstanceIsTheOneWhileTheFirstLives) {
+TEST(System, AllowsOneInstance) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const char* own = ::getenv("OWN_FOLDER"); // the other process runs this test anew, in the same folder
+    const char* own = ::getenv("OWN_FOLDER"); // the other process runs this test again, in the same folder
     const std::string folder = own != nullptr ? own : makeTestFolder().string();
     ::setenv("OWN_FOLDER", folder.c_str(), 1);
     ::setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
@@ -26,13 +26,13 @@ TEST(System, TheSecondInstanceIsTheOneWhileTheFirstLives) {
     std::filesystem::remove_all(folder);
 }
 
-TEST(System, TheSleepLockIsAChildsAndEndsWithItsInput) {
+TEST(System, HoldsTheSleepLockInAChildProcess) {
     const std::string folder = makeTestFolder();
     std::ofstream(folder + "/systemd-inhibit") << "cd " << folder << "\necho $1 $3 >>held\n"
                                                << "[ $1 = --what=idle ] || exit 1\nread -r line\nmv held over\n";
     ::chmod((folder + "/systemd-inhibit").c_str(), 0700);
     ::setenv("PATH", (folder + ':' + ::getenv("PATH")).c_str(), 1);
-    for (const bool on : {true, true, false, true, false}) { // once in a row
+    for (const bool on : {true, true, false, true, false}) { // only a change has an effect
         realDesktop->keepAwake(on);
         const std::string file = folder + (on ? "/held" : "/over");
         const auto request = [&] {

@@ -1,5 +1,5 @@
-// What the real desktop stands on while it is tested: COM3 is a pseudo terminal, and the system's calls give answers that
-// a pseudo terminal and a disk do not have.
+// Stubs of the system for tests of the real desktop. COM3 is a pseudo terminal; the stubs return results that a pseudo
+// terminal and a disk do not return.
 #pragma once
 
 #include "platform/system.h"
@@ -19,11 +19,11 @@ inline struct {
     bool present = false; // a driver below the terminal
     int answer = 0;
     int flags = 0;
-    int error = 0; // of any transfer
+    int error = 0; // of any read or write
     bool exclusive = false;
-    int raised = 0; // lines of the port
+    int raised = 0; // modem lines of the port
     int openError = 0;
-    bool forbidden = false; // each file
+    bool forbidden = false; // to write any file
     bool syncFails = false; // the next time
 } driver;
 
@@ -33,7 +33,7 @@ long transfer(long number, Arguments... arguments) {
     return driver.error != 0 ? -1 : ::syscall(number, arguments...);
 }
 
-// These replace the system's own, once in each program.
+// Stubs that replace functions of the C library.
 // NOLINTBEGIN(misc-definitions-in-headers)
 
 extern "C" int fsync(int fd) {
@@ -105,32 +105,32 @@ class SystemFixture : public contract::Fixture {
         commands["room"] = [](const std::string& most) { outputOf("prlimit --pid $PPID --fsize=" + most + ':'); };
         commands["break"] = [](const std::string&) { driver.syncFails = true; };
         commands["error"] = [](const std::string& number) { driver.error = std::stoi(number); };
-        commands["die"] = [this](const std::string&) {
+        commands["kill"] = [this](const std::string&) {
             EXPECT_EXIT((port.open(), std::raise(SIGKILL)), testing::KilledBySignal(SIGKILL), "");
         };
-        commands["sh"] = [this](const std::string& command) { say(outputOf("cd " + folder + " && " + command)); };
-        commands["lines"] = [this](const std::string&) { say(driver.raised); };
+        commands["sh"] = [this](const std::string& command) { add(outputOf("cd " + folder + " && " + command)); };
+        commands["lines"] = [this](const std::string&) { add(driver.raised); };
         commands["refuse"] = [](const std::string& number) { driver.openError = std::stoi(number); };
         commands["forbid"] = [](const std::string&) { driver.forbidden = true; };
         // the cause of the last failure, without the folder
-        commands["why"] = [this](const std::string&) {
+        commands["failureText"] = [this](const std::string&) {
             const std::size_t at = failed.find(folder);
-            say(at < failed.size() ? failed.substr(0, at) + failed.substr(at + folder.size()) : failed);
+            add(at < failed.size() ? failed.substr(0, at) + failed.substr(at + folder.size()) : failed);
         };
-        commands["exclusive"] = [this](const std::string&) { say(driver.exclusive ? "exclusive" : "shared"); };
-        // whether it takes the wish for low latency, and has it already
+        commands["exclusive"] = [this](const std::string&) { add(driver.exclusive ? "exclusive" : "shared"); };
+        // the result of a request for low latency, and whether it is set already
         commands["driver"] = [](const std::string& text) {
             driver = {.present = true, .answer = std::stoi(text), .flags = text.ends_with("low") ? low : 0};
         };
         commands["latency"] = [this](const std::string&) {
-            say(driver.flags == low ? "low" : std::to_string(driver.flags));
+            add(driver.flags == low ? "low" : std::to_string(driver.flags));
         };
     }
     ~SystemFixture() override { driver = {}; }
 
     static double processorTime() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; } // seconds
 
-    static constexpr const char* printed(const char* text) { return text; } // by a process that died
+    static constexpr const char* printed(const char* text) { return text; } // by a process that ended
 
     const std::string unit = folder + "unit"; // the device
 };

@@ -177,13 +177,13 @@ class SystemFixture : public contract::Fixture {
         commands["break"] = [](const std::string&) { driver.syncFails = true; };
         commands["error"] = [](const std::string& number) { driver.error = std::stoul(number); };
         commands["openError"] = [](const std::string& number) { driver.openError = std::stoul(number); };
-        commands["text"] = [this](const std::string&) { say(failed); };
+        commands["text"] = [this](const std::string&) { add(failed); };
         commands["line"] = [this](const std::string&) {
             const DCB& set = driver.line;
             for (const DWORD number : {set.BaudRate, DWORD{set.ByteSize}, DWORD{set.Parity}, DWORD{set.StopBits}}) {
-                say(number);
+                add(number);
             }
-            say(set.fBinary && !set.fAbortOnError && !set.fOutX && !set.fInX && !set.fOutxCtsFlow && !set.fOutxDsrFlow
+            add(set.fBinary && !set.fAbortOnError && !set.fOutX && !set.fInX && !set.fOutxCtsFlow && !set.fOutxDsrFlow
                     ? "raw"
                     : "cooked");
         };
