@@ -258,12 +258,10 @@ class RealFixture : QObject, public SystemFixture {
         commands["dialog"] = [this](Text kind) {
             whenShown<QFileDialog>([this](QFileDialog* shown) {
                 commands.at("parent")(""), commands.at("describe")("label");
-                const QFontMetrics font = shown->fontMetrics();
-                const bool wide = shown->width() >= std::min(90 * font.averageCharWidth(), 700);
                 const auto* columns = shown->findChild<QTreeView*>()->header();
-                const QStringList texts{shown->windowTitle(),      shown->nameFilters().join(' '),
-                                        shown->directory().path(), shown->findChild<QLineEdit*>()->text(),
-                                        wide ? "wide" : "narrow",  QString::number(columns->sectionResizeMode(0))};
+                const QStringList texts{shown->windowTitle(), shown->nameFilters().join(' '), shown->directory().path(),
+                                        shown->findChild<QLineEdit*>()->text(),
+                                        QString::number(columns->sectionResizeMode(0))};
                 add(texts.join(' ').replace(QString::fromStdString(folder).chopped(1), "folder").toStdString());
                 shown->reject();
             });

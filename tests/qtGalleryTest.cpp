@@ -5,6 +5,7 @@
 #include "tests/storyFile.h"
 #include "tests/windowText.h"
 
+#include <QFile>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -64,28 +65,17 @@ bool isClear(QAbstractButton& button) {
            button.palette().isEqual(QPalette::Inactive, QPalette::Active);
 }
 
-QList<QWidget*> controlsIn(const QWidget& window) {
+// The controls are within their window and do not overlap, except for one row or column of pixels that neighbours share.
+// Gives their places: left, middle, width, and height except of labels, which a font may make higher.
+QString expectOrder(const QWidget& window) {
+    QString places = QString::asprintf("Places in %dx%d:", window.width(), window.height());
     QList<QWidget*> controls =
         window.findChildren<QWidget*>(QRegularExpression("^(lbl|Lab|opt|cmd|cmb|prb|chk|Line|qt_)"));
     controls.removeIf([](const QWidget* control) { return !control->isVisible(); });
-    return controls;
-}
-
-// The size of a form, and where its controls are: left, middle, width, height, but for labels, which a font may make higher.
-QString placesIn(const QWidget& form) {
-    QString places = QString::asprintf("Places in %dx%d:", form.width(), form.height());
-    for (const QWidget* control : controlsIn(form)) {
-        const QRect area = control->geometry();
-        places += QString::asprintf(" %d,%d %d", area.left(), area.center().y(), area.width());
-        places += qobject_cast<const QLabel*>(control) != nullptr ? "." : QString::asprintf("x%d.", area.height());
-    }
-    return places + '\n';
-}
-
-// The controls are within their window and do not overlap, except for one row or column of pixels that neighbours share.
-void expectOrder(const QWidget& window) {
-    const QList<QWidget*> controls = controlsIn(window);
     for (QWidget* one : controls) {
+        const QRect area = one->geometry();
+        places += QString::asprintf(" %d,%d %d", area.left(), area.center().y(), area.width());
+        places += qobject_cast<QLabel*>(one) != nullptr ? "." : QString::asprintf("x%d.", area.height());
         const auto* label = qobject_cast<QLabel*>(one);
         auto* button = qobject_cast<QAbstractButton*>(one);
         EXPECT_TRUE(one->parentWidget()->rect().contains(one->geometry()) && (label == nullptr || isLegible(*label)) &&
@@ -99,11 +89,14 @@ void expectOrder(const QWidget& window) {
                 << one->objectName().toStdString() << " and " << other->objectName().toStdString();
         }
     }
+    return places + '\n';
 }
 
 TEST(Windows, AreLegibleAndAccessible) {
     platform::setDesktop(&*realDesktop);
     const QPalette lightTheme = QApplication::palette();
+    const QString catalogueEntry = STORIES "../../packaging/desktop/" + QGuiApplication::desktopFileName() + ".desktop";
+    EXPECT_TRUE(QFile::exists(catalogueEntry));
     for (const auto language : {gallery::Language::english, gallery::Language::japanese}) {
         QString seen;
         gallery::showAll(*realDesktop, language, [&](const std::string& scene, QWidget& window) {
@@ -111,10 +104,11 @@ TEST(Windows, AreLegibleAndAccessible) {
             if (scene.ends_with("dialog")) { // of the toolkit
                 return;
             }
+            QString places;
             for (const QPalette& theme : {gallery::darkPalette(), lightTheme}) {
                 QApplication::setPalette(theme);
                 QCoreApplication::processEvents(); // delivers the change to the windows
-                expectOrder(window);
+                places = expectOrder(window);
             }
             const int title = window.fontMetrics().horizontalAdvance(window.windowTitle());
             EXPECT_LT(window.width(), window.screen()->size().width());
@@ -122,7 +116,7 @@ TEST(Windows, AreLegibleAndAccessible) {
             EXPECT_FALSE(window.windowTitle().isEmpty());
             seen += '-' + QString::fromStdString(scene) + '\n' +
                     linesOf(*QAccessible::queryAccessibleInterface(&window)) + tabbed(window) +
-                    (qobject_cast<QMessageBox*>(&window) == nullptr ? placesIn(window) : "");
+                    (qobject_cast<QMessageBox*>(&window) == nullptr ? places : "");
         });
         expectStory("windows.txt", language == gallery::Language::english ? "English" : "Japanese", seen.toStdString());
         QApplication::setFont(QFont("sans", 20)); // of the boxes; those of the forms stay

@@ -21,9 +21,8 @@ inline struct {
     int flags = 0;
     int error = 0; // of any read or write
     bool exclusive = false;
-    int raised = 0; // modem lines of the port
-    int openError = 0;
-    bool forbidden = false; // to write any file
+    int raised = 0;         // modem lines of the port
+    int openError = 0;      // of COM3
     bool syncFails = false; // the next time
 } driver;
 
@@ -53,7 +52,7 @@ extern "C" int open(const char* file, int oflag, ...) {
 
 extern "C" int access(const char* name, int type) noexcept {
     errno = EACCES;
-    return driver.forbidden && (type & W_OK) != 0 ? -1 : static_cast<int>(::syscall(SYS_access, name, type));
+    return driver.openError == EACCES && (type & W_OK) != 0 ? -1 : static_cast<int>(::syscall(SYS_access, name, type));
 }
 
 extern "C" ssize_t read(int fd, void* buf, std::size_t nbytes) {
@@ -111,7 +110,6 @@ class SystemFixture : public contract::Fixture {
         commands["sh"] = [this](const std::string& command) { add(outputOf("cd " + folder + " && " + command)); };
         commands["lines"] = [this](const std::string&) { add(driver.raised); };
         commands["refuse"] = [](const std::string& number) { driver.openError = std::stoi(number); };
-        commands["forbid"] = [](const std::string&) { driver.forbidden = true; };
         // the cause of the last failure, without the folder
         commands["failureText"] = [this](const std::string&) {
             const std::size_t at = failed.find(folder);
