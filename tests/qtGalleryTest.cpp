@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QTest>
+#include <QWindow>
 
 #include <cmath>
 
@@ -68,7 +69,9 @@ bool isClear(QAbstractButton& button) {
 // The controls are within their window and do not overlap, except for one row or column of pixels that neighbours share.
 // Gives their places: left, middle, width, and height except of labels, which a font may make higher.
 QString expectOrder(const QWidget& window) {
-    QString places = QString::asprintf("Places in %dx%d:", window.width(), window.height());
+    const QWindow* parent = window.windowHandle()->transientParent();
+    QString places = parent == nullptr ? "" : "Above " + parent->title() + '\n';
+    places += QString::asprintf("Places in %dx%d:", window.width(), window.height());
     QList<QWidget*> controls =
         window.findChildren<QWidget*>(QRegularExpression("^(lbl|Lab|opt|cmd|cmb|prb|chk|Line|qt_)"));
     controls.removeIf([](const QWidget* control) { return !control->isVisible(); });
