@@ -59,7 +59,6 @@ FormWindow::FormWindow(Form& form, Deliver deliver)
     buildControls();
     setListLabels();
     setTabOrder();
-    sync();
 }
 
 void FormWindow::buildControls() {
