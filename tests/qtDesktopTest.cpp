@@ -16,6 +16,7 @@
 #include <QTreeView>
 #include <QWindow>
 
+#include <ctime>
 #include <numeric>
 #include <systemFixture.h> // of tests/posix or tests/windows
 #include <thread>
@@ -272,6 +273,12 @@ class RealFixture : QObject, public SystemFixture {
         commands["run"] = [](Text length) {
             QTimer::singleShot(std::stoi(length), [] { QCoreApplication::exit(); });
             realDesktop->run();
+        };
+        commands["today"] = [this](Text) {
+            const std::time_t now = std::time(nullptr);
+            char date[20];
+            std::strftime(date, sizeof date, "%Y/%m/%d ", std::localtime(&now));
+            add(desk.dateAndTime().starts_with(date) ? "today" : desk.dateAndTime());
         };
         commands["screen"] = [this](Text) { add(desk.screenSize().width), add(desk.screenSize().height); };
     }
