@@ -35,7 +35,8 @@ inline QRect captionRoom(const QWidget& widget) {
 // True when the caption is not cut.
 inline bool isWhole(const QLabel& label) {
     const QRect room = label.rect();
-    return room.contains(label.fontMetrics().boundingRect(room, label.wordWrap() ? Qt::TextWordWrap : 0, label.text()));
+    const int wrap = label.wordWrap() ? Qt::TextWordWrap : 0;
+    return label.text().isEmpty() || room.contains(label.fontMetrics().boundingRect(room, wrap, label.text()));
 }
 
 // The mean colour of a drawing, in sixteenths.
