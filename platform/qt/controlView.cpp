@@ -154,8 +154,8 @@ bool ControlView::sync() {
     showValue();
     widget_->setVisible(control_->visible);
     shown_ = *control_;
-    return newAppearance ||
-           control_->kind != ControlKind::progressBar; // a bar repaints itself when it grows by a pixel
+    // A bar repaints itself when it grows by a pixel.
+    return newAppearance || control_->kind != ControlKind::progressBar;
 }
 
 void ControlView::showAppearance() {
