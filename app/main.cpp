@@ -1,9 +1,9 @@
 #include "app/program.h"
-#include "platform/qt/qtDesktop.h"
+#include "platform/qt/qtHost.h"
 
 int main() {
-    platform::QtDesktop desktop;
-    platform::setDesktop(&desktop);
+    platform::QtHost host;
+    platform::setHost(&host);
     program::start();
-    desktop.run();
+    host.run();
 }

@@ -6,7 +6,7 @@ namespace program {
 void bindEvents();
 
 // Starts the program: resets variables and forms, binds every event to its handler, and runs the start-up window. Call
-// setDesktop() before. Returns when start-up is over and the program waits for the operator.
+// setHost() before. Returns when start-up is over and the program waits for the operator.
 void start();
 
 } // namespace program

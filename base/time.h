@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-// Microseconds of the clock of the desktop in use.
+// Microseconds of the clock of the host in use.
 using Micros = std::int64_t;
 
 // A time that is never reached, in milliseconds or microseconds.

@@ -1,4 +1,4 @@
-// Measures the program without the line: the time for a block or a reply, and whole upgrades on the simulated desktop,
+// Measures the program without the line: the time for a block or a reply, and whole upgrades on the simulated host,
 // which limit the number of sessions of a soak.
 #include "app/program.h"
 #include "link/replyReceiver.h"
@@ -47,9 +47,9 @@ void upgrade(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         platform::World world;
         world.line.record().keep(0);
-        world.desktop.run(program::start);
+        world.host.run(program::start);
         for (const char* button : {"cmdLoading", "cmdUpgrade"}) {
-            world.desktop.run([&] { world.person.perform(platform::click("frmMain", button)); });
+            world.host.run([&] { world.person.perform(platform::click("frmMain", button)); });
         }
         if (world.unit.receivedImage() != world.image) {
             state.SkipWithError("the unit holds another image");

@@ -1,7 +1,7 @@
 #include "firmware/binaryFile.h"
 
 #include "base/text.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "ui/messages.h"
 
 #include <span>
@@ -11,7 +11,7 @@ namespace FirmComm {
 std::int32_t fncBinaryFile(const std::string& path, Bytes& image, FileMode mode) {
     try {
         const std::span content = std::span(image).first(image.size() - 1);
-        const auto file = platform::desktop().files().openBinary(
+        const auto file = platform::host().files().openBinary(
             trim(path), mode == FileMode::write ? platform::FileAccess::write : platform::FileAccess::read);
         if (mode == FileMode::write) {
             file->write(0, content);

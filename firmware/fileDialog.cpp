@@ -1,26 +1,26 @@
 #include "firmware/fileDialog.h"
 
 #include "base/failure.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "ui/forms.h"
 #include "ui/messages.h"
 
-using platform::desktop;
+using platform::host;
 
 namespace MainWindow {
 
 void askForPath(DialogKind kind, std::string& path) {
     platform::FileDialog& dialog = frmMain().cmdSoft;
     dialog.flags = platform::FileDialog::overwritePrompt; // ignored by an open dialog
-    dialog.initialDirectory = desktop().programDirectory();
+    dialog.initialDirectory = host().programDirectory();
     dialog.fileName = path;
     dialog.filter = shared.binFileFilter;
     dialog.cancelError = true;
     if (kind == DialogKind::open) {
-        desktop().showOpen(dialog);
+        host().showOpen(dialog);
     } else {
-        desktop().showSave(dialog);
+        host().showSave(dialog);
     }
     path = dialog.fileName;
 }

@@ -4,7 +4,7 @@
 #include "firmware/binaryFile.h"
 #include "firmware/fileDialog.h"
 #include "firmware/identificationBlock.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "startup/configuration.h"
 #include "state/variables.h"
 #include "ui/forms.h"
@@ -13,7 +13,7 @@
 
 #include <algorithm>
 
-using platform::desktop;
+using platform::host;
 
 namespace MainWindow {
 
@@ -24,7 +24,7 @@ void clearFileRow(FrmMain& form) {
     shared.fileTypeName.clear();
     form.lblTitle[2].caption.clear();
     form.lblVersion[2].caption.clear();
-    desktop().doEvents();
+    host().doEvents();
 }
 
 bool readImage() {
@@ -72,7 +72,7 @@ void cmdLoading_Click() {
     FrmMain& form = frmMain();
     try {
         askForPath(DialogKind::open, shared.loadFilePath);
-        if (desktop().files().length(shared.loadFilePath) != imageSize) {
+        if (host().files().length(shared.loadFilePath) != imageSize) {
             return;
         }
         form.enabled = false;
@@ -80,7 +80,7 @@ void cmdLoading_Click() {
         clearFileRow(form);
         loadImage();
         subSetAllVersion();
-        desktop().doEvents(); // discards clicks on the disabled window before it is enabled
+        host().doEvents(); // discards clicks on the disabled window before it is enabled
     } catch (const std::exception&) {
         reportUnlessCancelled();
     }

@@ -40,13 +40,13 @@ void checkLoad(World& world, const std::string& typeText, std::int32_t rawVersio
     const Bytes image =
         simulator::makeSampleImage({.typeText = typeText, .rawVersion = static_cast<std::uint16_t>(rawVersion)});
     world.files.put(World::firmwarePath, {reinterpret_cast<const char*>(image.data()), image.size()});
-    const std::size_t boxesBefore = world.desktop.boxes().size();
-    world.desktop.run([&] { world.person.perform(platform::click("frmMain", "cmdLoading")); });
+    const std::size_t boxesBefore = world.host.boxes().size();
+    world.host.run([&] { world.person.perform(platform::click("frmMain", "cmdLoading")); });
     const FrmMain& form = frmMain();
     check(form.enabled && form.cmdUpgrade.enabled && form.mousePointer != platform::MousePointer::hourglass &&
-              shared.fileLoaded && world.desktop.violations().empty(),
+              shared.fileLoaded && world.host.violations().empty(),
           "the window is enabled again and a loaded file can be written");
-    check(world.desktop.boxes().size() - boxesBefore <= 2, "a version and an entry can be reported");
+    check(world.host.boxes().size() - boxesBefore <= 2, "a version and an entry can be reported");
     check(std::ranges::equal(image, std::span(shared.firmwareImage).first(image.size())), "the image is the file");
     check(form.lblTitle[2].caption.empty() == form.lblVersion[2].caption.empty(), "a model has a version");
 }
@@ -58,8 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (static int run = 0; run++ % 1000 == 0) { // a World keeps all its records
         world.reset();
         world.emplace();
-        world->desktop.reactionTime = 0;
-        world->desktop.run(program::start);
+        world->host.reactionTime = 0;
+        world->host.run(program::start);
     }
     std::istringstream input(std::string(data, data + size));
     std::string key;
@@ -68,13 +68,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::getline(input, version);
     const auto rawVersion = static_cast<std::int32_t>(std::strtol(version.c_str(), nullptr, 10));
     const std::string text(std::istreambuf_iterator<char>(input), {});
-    world->files.put(world->desktop.directory + "TYPE.INI", text);
-    world->files.put(world->desktop.directory + "Setting.INI", text);
+    world->files.put(world->host.directory + "TYPE.INI", text);
+    world->files.put(world->host.directory + "Setting.INI", text);
     checkReader(text, key);
     checkLoad(*world, key, rawVersion);
-    const std::size_t boxesBefore = world->desktop.boxes().size();
+    const std::size_t boxesBefore = world->host.boxes().size();
     const bool fits = Common::fncReadSetting();
-    check(fits == (world->desktop.boxes().size() == boxesBefore), "a port number that does not fit is reported");
+    check(fits == (world->host.boxes().size() == boxesBefore), "a port number that does not fit is reported");
     check(fits || shared.comPortNumber == 1, "the port is then 1");
     return 0;
 }

@@ -21,7 +21,7 @@ namespace boxStyle = platform::boxStyle;
 
 // Parameters of one run through the scenes.
 struct Run {
-    platform::QtDesktop& desktop;
+    platform::QtHost& host;
     Language language;
     const Visitor& visitor;
 
@@ -38,7 +38,7 @@ QWidget& windowOf(const platform::Form& form) {
 }
 
 void visit(const Run& run, const std::string& scene, const platform::Form& form) {
-    run.desktop.doEvents();
+    run.host.doEvents();
     run.visitor(scene, windowOf(form));
 }
 
@@ -71,8 +71,8 @@ void loadForms(const Run& run) {
 
 void unloadForms(const Run& run) {
     unloadFrmWait();
-    run.desktop.unload(frmStartUp());
-    run.desktop.unload(frmMain());
+    run.host.unload(frmStartUp());
+    run.host.unload(frmMain());
     resetForms();
 }
 
@@ -90,13 +90,13 @@ void showStartUp(const Run& run) {
     for (platform::Control* control : portChoice) {
         control->visible = false;
     }
-    run.desktop.show(form);
+    run.host.show(form);
     visit(run, "start-up", form);
     for (platform::Control* control : portChoice) {
         control->visible = true;
     }
     visit(run, "port-choice", form);
-    run.desktop.hide(form);
+    run.host.hide(form);
 }
 
 void showMain(const Run& run) {
@@ -107,7 +107,7 @@ void showMain(const Run& run) {
     shared.ifuVersionText = "1.200";
     form.cmdUpgrade.enabled = false;
     MainWindow::subSetAllVersion();
-    run.desktop.show(form);
+    run.host.show(form);
     visit(run, "main-window", form);
 
     shared.fileTypeName = "QT-MVR";
@@ -135,7 +135,7 @@ void showTransfer(const Run& run) {
     FrmWait& form = frmWait();
     form.prbComm.max = imageSize;
     form.prbComm.value = 0.34 * imageSize;
-    run.desktop.show(form);
+    run.host.show(form);
     visit(run, "progress", form);
     form.lblMsg.caption = run.inJapanese() ? "ベリファイ中..." : "Verification...";
     visit(run, "verification", form);
@@ -169,14 +169,13 @@ void showTableBoxes(const Run& run) {
 
 void showLiteralBoxes(const Run& run) {
     visitDialog(run, "box-port-setup");
-    run.desktop.msgBox(shared.portSetupText, boxStyle::exclamation, messageText::title);
+    run.host.msgBox(shared.portSetupText, boxStyle::exclamation, messageText::title);
     visitDialog(run, "box-end");
-    run.desktop.msgBox(run.inJapanese() ? messageText::succeedJapanese : messageText::succeed,
-                       boxStyle::information + (run.inJapanese() ? boxStyle::ok : boxStyle::okCancel),
-                       messageText::title);
+    run.host.msgBox(run.inJapanese() ? messageText::succeedJapanese : messageText::succeed,
+                    boxStyle::information + (run.inJapanese() ? boxStyle::ok : boxStyle::okCancel), messageText::title);
     visitDialog(run, "box-failed");
-    run.desktop.msgBox(run.inJapanese() ? messageText::failedJapanese : messageText::failed, boxStyle::information,
-                       messageText::title);
+    run.host.msgBox(run.inJapanese() ? messageText::failedJapanese : messageText::failed, boxStyle::information,
+                    messageText::title);
 }
 
 void showFileDialogs(const Run& run) {
@@ -184,9 +183,9 @@ void showFileDialogs(const Run& run) {
     dialog.filter = shared.binFileFilter;
     dialog.initialDirectory = platform::toUtf8(QDir::currentPath());
     visitDialog(run, "load-dialog");
-    run.desktop.showOpen(dialog);
+    run.host.showOpen(dialog);
     visitDialog(run, "save-dialog");
-    run.desktop.showSave(dialog);
+    run.host.showSave(dialog);
 }
 
 } // namespace
@@ -206,8 +205,8 @@ QPalette darkPalette() {
     return palette;
 }
 
-void showAll(platform::QtDesktop& desktop, Language language, const Visitor& visitor) {
-    const Run run{desktop, language, visitor};
+void showAll(platform::QtHost& host, Language language, const Visitor& visitor) {
+    const Run run{host, language, visitor};
     loadForms(run);
     showStartUp(run);
     showMain(run);

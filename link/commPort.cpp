@@ -1,12 +1,12 @@
 #include "link/commPort.h"
 
 #include "base/failure.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "ui/messages.h"
 #include "ui/stringTable.h"
 
-using platform::desktop;
+using platform::host;
 using platform::SerialPort;
 
 namespace CommonComm {
@@ -34,7 +34,7 @@ void tryStep(Step step) {
 
 // These texts are Japanese in both languages.
 void showOpenFailure(const std::string& text) {
-    desktop().msgBox(text, platform::boxStyle::critical, messageText::title);
+    host().msgBox(text, platform::boxStyle::critical, messageText::title);
 }
 
 void closeIfOpen(SerialPort& port) {
@@ -55,7 +55,7 @@ SerialPort& serialPort() {
 }
 
 bool fncOpenPort(std::int16_t portNumber, const std::string& settings) {
-    shared.serialPort = &desktop().commPort();
+    shared.serialPort = &host().commPort();
     SerialPort& port = *shared.serialPort;
     tryStep([&] { port.choosePort(portNumber); });
     if (port.isOpen()) {

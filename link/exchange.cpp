@@ -3,14 +3,14 @@
 #include "base/text.h"
 #include "link/commPort.h"
 #include "link/replyReceiver.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "ui/messages.h"
 #include "ui/stringTable.h"
 
 #include <array>
 
-using platform::desktop;
+using platform::host;
 
 namespace CommonComm {
 
@@ -30,18 +30,18 @@ void receiveReply(ReplyReceiver& receiver, std::int64_t deadline) {
                 subClearInput();
             }
         } else if (!receiver.frameDone()) { // after a bad frame the next poll comes without delay
-            desktop().waitForBytes(deadline + 1);
+            host().waitForBytes(deadline + 1);
         }
         if (receiver.frameGood() || (receiver.frameDone() && ++passes == pollsAfterBadFrame)) {
             return;
         }
-    } while (desktop().timeGetTime() <= deadline);
+    } while (host().timeGetTime() <= deadline);
 }
 
 void subLinkFailure(const std::string& text) {
     if (fncMsgBox(textId::shutDownByCancel, platform::boxStyle::critical + platform::boxStyle::okCancel, text) ==
         platform::boxAnswer::cancel) {
-        desktop().endProgram();
+        host().endProgram();
     }
 }
 
@@ -70,7 +70,7 @@ std::string fncExchange(const std::string& command, bool rawData, std::int32_t t
         return "9998";
     }
     shared.commBusy = true;
-    const std::int64_t deadline = desktop().timeGetTime() + timeoutMs;
+    const std::int64_t deadline = host().timeGetTime() + timeoutMs;
     subClearInput();
     subSendFrame(command);
     ReplyReceiver receiver(shared.replyBytes, rawData);
@@ -83,15 +83,15 @@ std::string fncExchange(const std::string& command, bool rawData, std::int32_t t
 }
 
 void subWaitLinkFree(std::int32_t timeoutMs) {
-    const std::int64_t deadline = desktop().timeGetTime() + timeoutMs;
-    while (shared.commBusy && desktop().timeGetTime() <= deadline) {
-        desktop().waitForEvents(deadline + 1); // until timeGetTime() > deadline
+    const std::int64_t deadline = host().timeGetTime() + timeoutMs;
+    while (shared.commBusy && host().timeGetTime() <= deadline) {
+        host().waitForEvents(deadline + 1); // until timeGetTime() > deadline
     }
     shared.commBusy = false;
 }
 
 void subWriteLog(const std::string& text) {
-    desktop().files().appendLine(desktop().programDirectory() + "KelpLog.txt", desktop().dateAndTime() + ' ' + text);
+    host().files().appendLine(host().programDirectory() + "KelpLog.txt", host().dateAndTime() + ' ' + text);
 }
 
 std::string fncSendCommand(const std::string& command, bool rawData, Bytes& reply, std::int32_t timeoutMs,

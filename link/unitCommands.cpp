@@ -6,7 +6,7 @@
 #include "link/exchange.h"
 #include "link/replyReceiver.h"
 #include "link/resultCodes.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "ui/messages.h"
 #include "ui/stringTable.h"

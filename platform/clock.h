@@ -1,4 +1,4 @@
-// The clock of the real desktop: monotonic; Desktop::timeGetTime gives its milliseconds.
+// The clock of the real host: monotonic; Host::timeGetTime gives its milliseconds.
 #pragma once
 
 #include "base/time.h"

@@ -31,7 +31,7 @@ struct Font {
     bool operator==(const Font&) const = default;
 };
 
-// A colour: one of the desktop's own, or a fixed one.
+// A colour: one of the desktop theme's own, or a fixed one.
 struct Colour {
     enum class Source { windowText, greyText, buttonFace, fixed };
     Source source = Source::windowText;
@@ -102,7 +102,7 @@ class Timer {
     bool enabled() const { return enabled_; }
     int interval() const { return interval_; }
     bool running() const { return enabled_ && interval_ > 0; }
-    // Number of settings so far, by which a desktop notices that a timer was stopped and started again.
+    // Number of settings so far, by which a host notices that a timer was stopped and started again.
     std::uint64_t settings() const { return settings_; }
 
     void setEnabled(bool enabled) {
@@ -141,7 +141,7 @@ struct Form {
     MousePointer mousePointer = MousePointer::standard;
     std::vector<Control*> controls; // in drawing order, the first at the bottom
     std::vector<Timer*> timers;
-    std::function<void()> load;        // runs once, after Desktop::load
+    std::function<void()> load;        // runs once, after Host::load
     std::function<void()> queryUnload; // a close request of the operator or the system; empty: ignored
 
     Form() = default;

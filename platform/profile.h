@@ -1,4 +1,4 @@
-// Reads values of INI files in UTF-8. The program reads its two files with it, the desktop the section [DEVICE].
+// Reads values of INI files in UTF-8. The program reads its two files with it, the host the section [DEVICE].
 #pragma once
 
 #include "platform/files.h"

@@ -1,4 +1,4 @@
-// The services of the system except windows. platform/posix and platform/windows each define all of them; the build
+// The services of the system except windows. platform/linux and platform/windows each define all of them; the build
 // compiles the folder of its target.
 #pragma once
 

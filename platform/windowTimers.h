@@ -1,4 +1,4 @@
-// The timers of the loaded forms. The desktop passes the time.
+// The timers of the loaded forms. The host passes the time.
 #pragma once
 
 #include "base/time.h"

@@ -74,7 +74,7 @@ bool isFailure(const Box& box) {
 }
 
 const FrmMain* mainForm(const World& world) {
-    const auto* form = static_cast<const FrmMain*>(world.desktop.form("frmMain"));
+    const auto* form = static_cast<const FrmMain*>(world.host.form("frmMain"));
     return form != nullptr && form->visible ? form : nullptr;
 }
 
@@ -101,8 +101,8 @@ Monitor::Monitor(World& world) : world_(world) {
     world.port.bytesTaken = [this](std::span<const std::uint8_t> bytes) { byteRead(bytes.front()); };
     world.port.operations().add(
         [this](const OperationCall& call) { before_ = std::exchange(latest_, call.operation); });
-    world.desktop.boxOpened = [this](const Box& box) { boxOpened(box); };
-    world.desktop.eventRan = [this] { eventRan(); };
+    world.host.boxOpened = [this](const Box& box) { boxOpened(box); };
+    world.host.eventRan = [this] { eventRan(); };
 }
 
 void Monitor::note(const std::string& text) {
@@ -158,7 +158,7 @@ void Monitor::transmitted(const Transmission& transmission) {
 
 void Monitor::checkMessage(char letter, std::uint8_t number) {
     const FrmMain* form = mainForm(world_);
-    if (!running_ || (form != nullptr && (form->enabled || (letter != 'v' && !world_.desktop.keptAwake())))) {
+    if (!running_ || (form != nullptr && (form->enabled || (letter != 'v' && !world_.host.keptAwake())))) {
         violation("the tool sends while nothing runs, the window is enabled or the computer may sleep");
     }
     const bool again =
@@ -210,7 +210,7 @@ void Monitor::actionBegins(const Action& action) {
     succeeded = cancelled_ = false;
     verifying_ = mainForm(world_) != nullptr && mainForm(world_)->chkVerify.value == 1;
     portWasOpen_ = world_.port.isOpen() || mainForm(world_) == nullptr;
-    firstBox_ = world_.desktop.boxes().size();
+    firstBox_ = world_.host.boxes().size();
     portFailures_ = world_.port.operations().failed();
     fileWrites_ = world_.files.operations().passed(Operation::writeFile);
     begunBefore_ = messages_.empty() ? begunBefore_ : begun_; // an operation that sends nothing does not notice a loss
@@ -244,14 +244,14 @@ void Monitor::eventRan() {
     using namespace FirmComm::state;
     const bool resting = state == idle || state == idleAfterWrite || state == verified;
     if (form->CommTimer.running()) {
-        if (resting || !world_.desktop.keptAwake()) {
+        if (resting || !world_.host.keptAwake()) {
             violation("nothing is under way, and CommTimer runs; or the computer may sleep between two steps");
         }
         return;
     }
     // Nothing runs, so the operator must be able to go on.
     if (!resting || !form->enabled || form->mousePointer == MousePointer::hourglass || frmWaitLoaded() ||
-        world_.desktop.keptAwake() || shared.verifying || (state == verified && shared.serialPort != nullptr)) {
+        world_.host.keptAwake() || shared.verifying || (state == verified && shared.serialPort != nullptr)) {
         violation("nothing runs, but the windows are not idle");
     }
     endOperation();
@@ -270,7 +270,7 @@ void Monitor::endOperation() {
     if (!QRegularExpression(whole).match(messages_.c_str()).hasMatch()) {
         violation("the tool sends \"" + messages_ + "\"");
     }
-    const Box* box = boxes() == 0 ? nullptr : &world_.desktop.boxes().back();
+    const Box* box = boxes() == 0 ? nullptr : &world_.host.boxes().back();
     if (operation_ == "cmdPresent" && !verifying_ && !cancelled_ && box != nullptr && boxes() == 1 && isSuccess(*box)) {
         checkSaved();
     }
@@ -291,7 +291,7 @@ bool Monitor::readClean() const {
 }
 
 void Monitor::checkSaved() {
-    const SimulatedFile* file = world_.files.find(world_.desktop.fileRequests().back().path.value_or(""));
+    const SimulatedFile* file = world_.files.find(world_.host.fileRequests().back().path.value_or(""));
     const bool written = world_.files.operations().passed(Operation::writeFile) > fileWrites_;
     const std::string content = written && file != nullptr ? file->content.substr(0, imageSize) : "";
     succeeded = std::ranges::equal(content, unitImage(world_), {}, [](char c) { return static_cast<std::uint8_t>(c); });
@@ -316,12 +316,12 @@ void Monitor::checkWritten(bool equal) {
 }
 
 void Monitor::runEnded(RunEnd end) {
-    const auto& seen = world_.desktop.violations();
+    const auto& seen = world_.host.violations();
     for (; violationsSeen_ < seen.size(); ++violationsSeen_) {
         violation(seen[violationsSeen_]);
     }
     if (end == RunEnd::stuck) {
-        violation("stuck: " + world_.desktop.stuckReason());
+        violation("stuck: " + world_.host.stuckReason());
     }
 }
 

@@ -44,7 +44,7 @@ class Monitor {
     void countLineFaults();
     bool portBad() const;
     bool readClean() const;
-    std::size_t boxes() const { return world_.desktop.boxes().size() - firstBox_; }
+    std::size_t boxes() const { return world_.host.boxes().size() - firstBox_; }
 
     platform::World& world_;
     platform::ComPort& comPort_ = world_.port.comPort(platform::defaultComPort);
@@ -62,7 +62,7 @@ class Monitor {
     // The session.
     Micros disturbedUntil_ = -1;
     platform::Operation before_ = {}, latest_ = {}; // operations of the port
-    std::size_t violationsSeen_ = 0;                // of the desktop
+    std::size_t violationsSeen_ = 0;                // of the host
 };
 
 } // namespace soak

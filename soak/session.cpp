@@ -61,8 +61,8 @@ struct Session {
     void setPort();
     void finish(bool save);
     bool press(const char* control);
-    bool goesOn() const { return !world.desktop.ended() && monitor.violations.empty(); }
-    bool started() const { return world.desktop.form("frmMain") != nullptr && frmMain().visible; }
+    bool goesOn() const { return !world.host.ended() && monitor.violations.empty(); }
+    bool started() const { return world.host.form("frmMain") != nullptr && frmMain().visible; }
 
     Random random;
     World world;
@@ -177,8 +177,8 @@ const FaultRow faultRows[]{
     {"unexpected actions of the operator",
      [](Session& s) {
          for (std::int64_t actions = s.random.spread(1, 8); actions > 0; --actions) {
-             s.world.desktop.schedule(s.world.clock.now() + fromMilliseconds(s.random.spread(1, 60'000)),
-                                      [&s] { s.actUnexpectedly(); });
+             s.world.host.schedule(s.world.clock.now() + fromMilliseconds(s.random.spread(1, 60'000)),
+                                   [&s] { s.actUnexpectedly(); });
          }
      }},
     {"operator cancels", [](Session& s) { s.cancels = 500; }},
@@ -198,17 +198,17 @@ Session::Session(std::uint64_t seed, bool wire) : random(seed), world(drawWorld(
     world.files.put("/other", usual.replace(simulator::typeTextOffset, 8, "KP42FIRM"));
 
     monitor.messageBegins = [this] { messageBegins(); };
-    SimulatedDesktop& desktop = world.desktop;
-    desktop.reactionTime = fromMilliseconds(random.spread(10, 8000));
-    desktop.answerBox = [this](const Box&) { return random.chance(cancels) ? boxAnswer::cancel : boxAnswer::ok; };
-    desktop.chooseFile = [this](const FileRequest& request) {
+    SimulatedHost& host = world.host;
+    host.reactionTime = fromMilliseconds(random.spread(10, 8000));
+    host.answerBox = [this](const Box&) { return random.chance(cancels) ? boxAnswer::cancel : boxAnswer::ok; };
+    host.chooseFile = [this](const FileRequest& request) {
         const bool usualFile = !faults;
         const char* path = request.save ? savePaths[usualFile ? 0 : static_cast<std::size_t>(random.below(4))]
                                         : loadPaths[usualFile ? 0 : static_cast<std::size_t>(random.below(6))];
         return random.chance(cancels) ? std::nullopt : std::optional<std::string>(path);
     };
     // This operator also has the controls that the delivered screen hides.
-    desktop.formChanges = [](Form& form, FormChange) {
+    host.formChanges = [](Form& form, FormChange) {
         for (Control* control : form.controls) {
             const std::string& name = control->name;
             control->visible = control->visible || name == "cmdPresent" || name == "chkVerify" ||
@@ -218,7 +218,7 @@ Session::Session(std::uint64_t seed, bool wire) : random(seed), world(drawWorld(
 }
 
 void Session::run(const std::function<void()>& entry) {
-    monitor.runEnded(world.desktop.run(entry));
+    monitor.runEnded(world.host.run(entry));
 }
 
 void Session::act(const Action& action) {
@@ -286,7 +286,7 @@ void Session::stopFaults() {
     unit.sendDelay = usual.sendDelay;
     unit.answerLimit = usual.answerLimit;
     unit.repeatsEnd = usual.repeatsEnd;
-    world.desktop.schedule(now + fromSeconds(120), [] {});
+    world.host.schedule(now + fromSeconds(120), [] {});
     run({});
 }
 

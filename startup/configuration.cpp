@@ -2,12 +2,12 @@
 
 #include "base/checked.h"
 #include "base/text.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "platform/profile.h"
 #include "state/variables.h"
 #include "ui/messages.h"
 
-using platform::desktop;
+using platform::host;
 
 namespace Common {
 
@@ -17,7 +17,7 @@ constexpr std::int16_t maxItems = 101;
 constexpr std::int32_t highestVersion = 9999; // of a range, in thousandths
 
 std::string iniPath(const char* fileName) {
-    return desktop().programDirectory() + fileName;
+    return host().programDirectory() + fileName;
 }
 
 std::string typeValue(const std::string& section, const std::string& key) {
@@ -35,7 +35,7 @@ bool takeRange(std::int32_t base, std::int32_t rawVersion, std::string& typeName
 } // namespace
 
 std::string fncGetIniString(const std::string& section, const std::string& key, const std::string& path) {
-    return cleanedValue(getPrivateProfileString(desktop().files(), section, key, path));
+    return cleanedValue(getPrivateProfileString(host().files(), section, key, path));
 }
 
 std::int16_t fncSplitList(std::string& text) {

@@ -4,7 +4,7 @@
 #include "base/text.h"
 #include "link/replyReceiver.h"
 #include "link/unitCommands.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "startup/configuration.h"
 #include "state/variables.h"
 #include "ui/language.h"
@@ -12,7 +12,7 @@
 #include "ui/stringTable.h"
 
 using CommonComm::replyData;
-using platform::desktop;
+using platform::host;
 namespace boxStyle = platform::boxStyle;
 
 namespace StartUpWindow {
@@ -31,7 +31,7 @@ void refuseUnit(std::int32_t id, std::int32_t japaneseStyle, std::int32_t englis
     } else {
         fncMsgBox(id + englishOffset, englishStyle);
     }
-    desktop().endProgram();
+    host().endProgram();
 }
 
 void requireOneSensor() {
@@ -75,7 +75,7 @@ void identify() {
     Bytes reply;
     if (const std::string result = Common::fncReadUnitState("0601", reply); result != "0000") {
         if (result != "1004") {
-            desktop().endProgram();
+            host().endProgram();
         }
         shared.ifuVersionText.clear();
         return;
@@ -87,19 +87,19 @@ void identify() {
     };
     if (const std::string result = readArea("D4"); result != "0000") {
         if (result != "2204") {
-            desktop().endProgram();
+            host().endProgram();
         }
         return;
     }
     const std::int32_t rawVersion = rawVersionOf(reply);
     if (readArea("D5") != "0000") {
-        desktop().endProgram();
+        host().endProgram();
     }
     takeAmplifier(rawVersion, reply);
     shared.ifuVersionText.clear();
     shared.ifuTypeName.clear();
     if (Common::fncCommand("0501", reply) != "0000") {
-        desktop().endProgram();
+        host().endProgram();
     }
     takeInterfaceUnit(reply);
 }

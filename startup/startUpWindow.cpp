@@ -5,7 +5,7 @@
 #include "base/flagGuard.h"
 #include "link/commPort.h"
 #include "link/unitCommands.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "startup/configuration.h"
 #include "startup/identification.h"
 #include "state/variables.h"
@@ -15,7 +15,7 @@
 #include "ui/resourceSetting.h"
 #include "ui/stringTable.h"
 
-using platform::desktop;
+using platform::host;
 namespace boxStyle = platform::boxStyle;
 
 namespace StartUpWindow {
@@ -26,7 +26,7 @@ constexpr int portsOffered = 16;
 constexpr const char* lineParameters = ",n,8,1"; // after the speed
 
 void centre(FrmStartUp& form) {
-    const platform::Size screen = desktop().screenSize();
+    const platform::Size screen = host().screenSize();
     form.left = (screen.width - form.clientArea.width) / 2;
     form.top = (screen.height - form.clientArea.height) / 2;
 }
@@ -61,24 +61,24 @@ void selectPort(FrmStartUp& form, std::int16_t number) {
 }
 
 void showMainWindow() {
-    desktop().hide(frmStartUp());
+    host().hide(frmStartUp());
     MainWindow::subSetAllVersion();
-    desktop().show(frmMain());
+    host().show(frmMain());
 }
 
 void showWindow(FrmStartUp& form) {
     ResourceSetting::subSetFormText(form.name);
     frmMain().chkVerify.font.name = shared.screenFontName;
-    if (desktop().previousInstance()) {
+    if (host().previousInstance()) {
         fncMsgBox(textId::alreadyStarted, boxStyle::critical);
-        desktop().endProgram();
+        host().endProgram();
     }
     Common::fncReadSetting();
     centre(form);
     fillLists(form);
     hideControls(form);
-    desktop().show(form);
-    desktop().doEvents();
+    host().show(form);
+    host().doEvents();
 }
 
 void probeUnit(FrmStartUp& form) {
@@ -91,9 +91,9 @@ void probeUnit(FrmStartUp& form) {
         subIdentifyUnit();
         showMainWindow();
     } else if (result == "2204") {
-        desktop().endProgram();
+        host().endProgram();
     } else {
-        desktop().msgBox(shared.portSetupText, boxStyle::exclamation, messageText::title);
+        host().msgBox(shared.portSetupText, boxStyle::exclamation, messageText::title);
         offerPorts(form);
     }
 }
@@ -105,7 +105,7 @@ bool unitAnswers() {
         if (Common::fncCommand("0501", reply) == "0000") {
             return true;
         }
-        desktop().doEvents();
+        host().doEvents();
     }
     return false;
 }
@@ -136,7 +136,7 @@ void Form_Load() {
     } catch (const std::exception&) {
         subReportError();
         // After any failure the operator needs a button to press.
-        desktop().show(form);
+        host().show(form);
         offerPorts(form);
     }
 }
@@ -150,12 +150,12 @@ void cmdTest_Click() {
 }
 
 void cmdEnd_Click() {
-    desktop().endProgram();
+    host().endProgram();
 }
 
 void Form_QueryUnload() {
     if (frmStartUp().visible && frmStartUp().cmdEnd.visible) {
-        desktop().endProgram();
+        host().endProgram();
     }
 }
 

@@ -66,8 +66,8 @@ class Player {
 
     // What keeps the operator from going on after a line.
     std::string obstacles() const {
-        const Form* main = world_.desktop.form("frmMain"); // the first call of frmMain() would load it
-        const bool started = main != nullptr && main->visible && !world_.desktop.ended();
+        const Form* main = world_.host.form("frmMain"); // the first call of frmMain() would load it
+        const bool started = main != nullptr && main->visible && !world_.host.ended();
         const std::string found = started ? obstaclesIn(world_) : "";
         return found.empty() ? "" : "{stays: " + found + "}\n";
     }
@@ -114,10 +114,10 @@ class Player {
         if (std::exchange(running_, true)) {
             return event();
         }
-        const RunEnd end = world_.desktop.run(event);
+        const RunEnd end = world_.host.run(event);
         running_ = false;
         if (end != RunEnd::idle) {
-            recorder_.addLine(end == RunEnd::programEnded ? "the program ends" : world_.desktop.stuckReason());
+            recorder_.addLine(end == RunEnd::programEnded ? "the program ends" : world_.host.stuckReason());
         }
     }
 
@@ -125,7 +125,7 @@ class Player {
     Action found() {
         const std::string name = next();
         Action action = click("", name);
-        for (const Form* form : world_.desktop.forms()) {
+        for (const Form* form : world_.host.forms()) {
             const auto at = std::ranges::find(form->controls, name, [](auto* control) { return control->name; });
             if (at != form->controls.end() && (form->visible || action.form.empty())) {
                 action.form = form->name;
@@ -143,7 +143,7 @@ class Player {
 
     void doAfter() {
         const Micros at = moment();
-        world_.desktop.schedule(at, [this, line = rest()] {
+        world_.host.schedule(at, [this, line = rest()] {
             recorder_.addLine("! " + line);
             performLine(line);
         });
@@ -223,11 +223,11 @@ class Player {
         {"after", [this] { doAfter(); }},
         {"cancelBox", [this] { recorder_.answer = [](const Box& box) { return box.style % 2 + 1; }; }},
         {"dialog", [this] { setDialogPath(rest()); }},
-        {"reaction", [this] { world_.desktop.reactionTime = duration(); }},
-        // the desktop
+        {"reaction", [this] { world_.host.reactionTime = duration(); }},
+        // the host
         {"show", [this] { found(), found_->visible = found_->enabled = true; }},
         {"wait", [this] { world_.clock.advanceTo(moment()); }},
-        {"instance", [this] { world_.desktop.otherInstance = true; }},
+        {"instance", [this] { world_.host.otherInstance = true; }},
         {"fail", [this] { fail(); }},
         // files
         {"put", [this] { put(next()); }},

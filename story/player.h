@@ -1,4 +1,4 @@
-// Plays sessions of the whole program on the simulated desktop, from a script.
+// Plays sessions of the whole program on the simulated host, from a script.
 #pragma once
 
 #include <string>

@@ -29,7 +29,7 @@ namespace {
 template <class Shown>
 const Shown& shown(const World& world, const char* name) {
     static const Shown none;
-    const Form* loaded = world.desktop.form(name);
+    const Form* loaded = world.host.form(name);
     return loaded == nullptr ? none : static_cast<const Shown&>(*loaded);
 }
 
@@ -57,11 +57,11 @@ std::string obstaclesIn(const World& world) {
         {!form.enabled, "window off"},
         {form.mousePointer == MousePointer::hourglass, "hourglass"},
         {frmWaitLoaded(), "progress dialog"},
-        {world.desktop.keptAwake(), "awake"},
+        {world.host.keptAwake(), "awake"},
         {form.CommTimer.running(), "ticks"},
         {shared.stepBusy, "step busy"},
         {state != idle && state != idleAfterWrite && state != verified, "state " + std::to_string(state)},
-        {!world.desktop.violations().empty(), "violations"},
+        {!world.host.violations().empty(), "violations"},
     };
     std::string text;
     for (const auto& [present, name] : obstacles) {
@@ -70,21 +70,21 @@ std::string obstaclesIn(const World& world) {
     return text;
 }
 
-Recorder::Recorder(World& world) : choose(world.desktop.chooseFile), world_(world) {
+Recorder::Recorder(World& world) : choose(world.host.chooseFile), world_(world) {
     world.line.addHook([this](const Transmission& transmission) { addTransmission(transmission); });
     const auto onOperation = [this](const OperationCall& call) { addOperation(call.operation); };
     world.port.operations().add(onOperation);
     world.files.operations().add(onOperation);
-    world.desktop.boxOpened = [this](const Box& box) {
+    world.host.boxOpened = [this](const Box& box) {
         addEvent("box " + box.title + '|' + replaceAll(replaceAll(box.text, '\r', ' '), '\n', '/') + '|' +
                  std::to_string(box.style));
     };
-    world.desktop.answerBox = [this](const Box& box) {
+    world.host.answerBox = [this](const Box& box) {
         lastAt_ = world_.clock.now(); // without the operator's reaction time
         addChanges();
         return answer(box);
     };
-    world.desktop.chooseFile = [this](const FileRequest& request) {
+    world.host.chooseFile = [this](const FileRequest& request) {
         lastAt_ = world_.clock.now();
         const FileDialog& dialog = request.dialog;
         addEvent((request.save ? "save " : "open ") + dialog.initialDirectory + '|' + dialog.fileName + '|' +
@@ -92,7 +92,7 @@ Recorder::Recorder(World& world) : choose(world.desktop.chooseFile), world_(worl
         scheduleEvent();
         return choose(request);
     };
-    world.desktop.confirmOverwrite = [this](const FileRequest& request) {
+    world.host.confirmOverwrite = [this](const FileRequest& request) {
         addEvent("overwrite " + *request.path);
         return true;
     };
@@ -134,7 +134,7 @@ std::vector<std::string> Recorder::state() const {
         : wait.visible   ? wait.lblMsg.caption + " 0 to " + std::to_string(static_cast<int>(wait.prbComm.max))
                          : "progress hidden",
         wait.cmdCancel.enabled ? "cancel on" : "cancel off",
-        world_.desktop.keptAwake() ? "awake" : "may sleep",
+        world_.host.keptAwake() ? "awake" : "may sleep",
     };
 }
 
@@ -192,7 +192,7 @@ void Recorder::addOperation(Operation operation) {
 
 void Recorder::scheduleEvent() {
     if (!std::exchange(eventPending_, true)) {
-        world_.desktop.schedule(world_.clock.now(), [this] {
+        world_.host.schedule(world_.clock.now(), [this] {
             eventPending_ = false;
             addEvent("~");
         });

@@ -150,7 +150,7 @@ TEST_F(Link, ParsesReplies) {
                 EXPECT_EQ(lasted >= fromSeconds(5), row.end == timedOut) << lasted;
                 const SimulatedFile* log = world.files.find(logPath);
                 EXPECT_EQ(log == nullptr ? "" : log->content,
-                          row.logged.empty() ? "" : world.desktop.dateAndTime() + " [NG2] " + row.logged + " \n");
+                          row.logged.empty() ? "" : world.host.dateAndTime() + " [NG2] " + row.logged + " \n");
                 EXPECT_EQ(shared.commBusy, row.end == failed);
                 EXPECT_EQ(session.boxes(), boxesBefore + (row.end == failed ? timeoutBox : ""));
                 world.clock.advanceTo(world.clock.now() + fromSeconds(1));
@@ -191,7 +191,7 @@ TEST_F(Link, WaitsWhileTheLinkIsBusy) {
     EXPECT_EQ(timeOf([] { subWaitLinkFree(5000); }), fromMilliseconds(5001));
     EXPECT_FALSE(shared.commBusy);
     shared.commBusy = true;
-    world.desktop.schedule(world.clock.now() + fromSeconds(2), [] { shared.commBusy = false; }); // a window event
+    world.host.schedule(world.clock.now() + fromSeconds(2), [] { shared.commBusy = false; }); // a window event
     EXPECT_EQ(timeOf([] { subWaitLinkFree(5000); }), fromSeconds(2));
 }
 

@@ -1,12 +1,12 @@
-// The contract of every desktop, as rows of commands with their results: tests/stories/everyDesktop.txt. The test of each
-// desktop performs them with its own Fixture.
+// The contract of every host, as rows of commands with their results: tests/stories/everyHost.txt. The test of each
+// host performs them with its own Fixture.
 //   command argument; command ... = results, failures and events in their order
 // A number before a row repeats it, {a/b} stands for a row with a and a row with b, and commas separate the commands in an
 // argument. In bytes, x*9 is nine times x, and ^ is a control character.
 #pragma once
 
 #include "base/failure.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "tests/storyFile.h"
 #include "tests/testForm.h"
 
@@ -22,10 +22,10 @@ namespace contract {
 using namespace platform;
 using Text = const std::string&;
 
-// A desktop and its test environment. Times are milliseconds since the last "mark". On a real clock they are lower limits.
+// A host and its test environment. Times are milliseconds since the last "mark". On a real clock they are lower limits.
 class Fixture {
   public:
-    Fixture(Desktop& desktop, Text place);
+    Fixture(Host& host, Text place);
     Fixture(const Fixture&) = delete;
     Fixture& operator=(const Fixture&) = delete;
     virtual ~Fixture() {
@@ -87,14 +87,14 @@ class Fixture {
             desk.waitForEvents(end);
         }
     }
-    void ask(Text names, void (Desktop::*show)(FileDialog&)) {
+    void ask(Text names, void (Host::*show)(FileDialog&)) {
         dialog.initialDirectory = folder;
         commands.at("atDialog")(names);
         (desk.*show)(dialog);
         add('"' + dialog.fileName.substr(folder.size()) + '"');
     }
 
-    // The commands that each desktop implements:
+    // The commands that each host implements:
     // - "input" mouse, keyboard or screenReader: how the operator works; "press" CONTROL; "choose" ENTRY of the list;
     //   "closeRequest" to the window. What no person could do at that moment has no effect.
     // - "later" MS: an event of the window then.
@@ -106,7 +106,7 @@ class Fixture {
     //   "pull" and "plug" the device, "hold" and "free" it by another program. There is no COM4.
     std::map<std::string, std::function<void(Text)>> commands;
 
-    Desktop& desk;
+    Host& desk;
     SerialPort& port = desk.commPort();
     Files& files = desk.files();
     TestForm form;
@@ -135,7 +135,7 @@ class Fixture {
                                                   {failureNumber::portLost, "lost"}};
 };
 
-inline Fixture::Fixture(Desktop& desktop, Text place) : desk(desktop), folder(place) {
+inline Fixture::Fixture(Host& host, Text place) : desk(host), folder(place) {
     commands["show"] = [this](Text name) { form.control(name).visible = true; };
     commands["hide"] = [this](Text name) { form.control(name).visible = false; };
     commands["enable"] = [this](Text name) { form.control(name).enabled = true; };
@@ -154,8 +154,8 @@ inline Fixture::Fixture(Desktop& desktop, Text place) : desk(desktop), folder(pl
     commands["box"] = [this](Text style) {
         add(desk.msgBox(style.substr(std::min(style.find(' ') + 1, style.size())), std::stoi(style), "title"));
     };
-    commands["openDialog"] = [this](Text names) { ask(names, &Desktop::showOpen); };
-    commands["saveDialog"] = [this](Text names) { ask(names, &Desktop::showSave); };
+    commands["openDialog"] = [this](Text names) { ask(names, &Host::showOpen); };
+    commands["saveDialog"] = [this](Text names) { ask(names, &Host::showSave); };
     commands["prompt"] = [this](Text) { dialog.flags = FileDialog::overwritePrompt; };
     commands["fail"] = [this](Text) { dialog.cancelError = true; };
     commands["date"] = [this](Text) {
@@ -239,7 +239,7 @@ inline Fixture::Fixture(Desktop& desktop, Text place) : desk(desktop), folder(pl
     desk.show(form);
 }
 
-std::unique_ptr<Fixture> makeFixture(); // each desktop's
+std::unique_ptr<Fixture> makeFixture(); // each host's
 
 class PlatformContract : public testing::TestWithParam<Section> {};
 
@@ -256,6 +256,6 @@ inline std::string testName(const testing::TestParamInfo<Section>& section) {
     std::erase(name, ' ');
     return name;
 }
-INSTANTIATE_TEST_SUITE_P(Every, PlatformContract, testing::ValuesIn(sectionsOf("everyDesktop.txt")), testName);
+INSTANTIATE_TEST_SUITE_P(Every, PlatformContract, testing::ValuesIn(sectionsOf("everyHost.txt")), testName);
 
 } // namespace contract

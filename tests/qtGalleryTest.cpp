@@ -1,7 +1,7 @@
 // The program's own windows on the toolkit's offscreen screen, in both languages: tests/stories/windows.txt has the
 // visible and the accessible content of each and its tab order. Under any theme all texts are legible and not cut.
 #include "gallery/scenes.h"
-#include "tests/realDesktop.h"
+#include "tests/realHost.h"
 #include "tests/storyFile.h"
 #include "tests/windowText.h"
 
@@ -96,13 +96,13 @@ QString expectOrder(const QWidget& window) {
 }
 
 TEST(Windows, AreLegibleAndAccessible) {
-    platform::setDesktop(&*realDesktop);
+    platform::setHost(&*realHost);
     const QPalette lightTheme = QApplication::palette();
     const QString catalogueEntry = STORIES "../../packaging/desktop/" + QGuiApplication::desktopFileName() + ".desktop";
     EXPECT_TRUE(QFile::exists(catalogueEntry));
     for (const auto language : {gallery::Language::english, gallery::Language::japanese}) {
         QString seen;
-        gallery::showAll(*realDesktop, language, [&](const std::string& scene, QWidget& window) {
+        gallery::showAll(*realHost, language, [&](const std::string& scene, QWidget& window) {
             SCOPED_TRACE(scene);
             if (scene.ends_with("dialog")) { // of the toolkit
                 return;

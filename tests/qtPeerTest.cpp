@@ -1,10 +1,10 @@
-// The real program's sender, on the real desktop and a pseudo terminal, against another program's XMODEM receiver.
+// The real program's sender, on the real host and a pseudo terminal, against another program's XMODEM receiver.
 #include "app/program.h"
 #include "link/commPort.h"
 #include "simulator/program/pseudoTerminal.h"
 #include "simulator/sampleImage.h"
 #include "state/variables.h"
-#include "tests/realDesktop.h"
+#include "tests/realHost.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
 
@@ -19,14 +19,14 @@ TEST(Peer, ReceivesTheImageWithCrcAndWithChecksum) {
     if (std::system("command -v rx >/dev/null") != 0) {
         GTEST_SKIP() << "There is no program \"rx\" here.";
     }
-    platform::setDesktop(&*realDesktop);
+    platform::setHost(&*realHost);
     program::bindEvents();
     const std::filesystem::path folder = makeTestFolder();
     const std::string received = (folder / "peer.bin").string();
     const Bytes image = simulator::makeSampleImage({});
     std::ranges::copy(image, shared.firmwareImage.begin());
-    std::ofstream(realDesktop->programDirectory() + "TYPE.INI") << "[AMP_TYPE]\n";
-    std::ofstream(realDesktop->programDirectory() + "Setting.INI") << "[DEVICE]\nCOM3=" << (folder / "unit").string();
+    std::ofstream(realHost->programDirectory() + "TYPE.INI") << "[AMP_TYPE]\n";
+    std::ofstream(realHost->programDirectory() + "Setting.INI") << "[DEVICE]\nCOM3=" << (folder / "unit").string();
     for (const char* mode : {"--with-crc", "--binary"}) { // without a mode it asks for checksums
         std::optional<simulator::PseudoTerminal> end(folder / "unit");
         const int far = ::dup(end->descriptor()); // for the peer, which waits for bytes
@@ -38,7 +38,7 @@ TEST(Peer, ReceivesTheImageWithCrcAndWithChecksum) {
         const std::string command = "cd " + folder.string() + " && exec bash -c 'cat <&" + terminal + " | rx " + mode +
                                     " peer.bin >&" + terminal + " 2>/dev/null'";
         std::FILE* const peer = ::popen(command.c_str(), "r");
-        realDesktop->show(frmWait());
+        realHost->show(frmWait());
         EXPECT_EQ(xModem::xModemS(), 0) << mode;
         EXPECT_EQ(frmWait().prbComm.value, imageSize);
         CommonComm::subClosePort();

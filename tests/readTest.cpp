@@ -32,10 +32,10 @@ std::string save(const std::vector<Sent>& sent, int blocked = 0) {
     world.line.faults(Direction::toUnit) = {{.kind = LineFault::Kind::drop, .writes = Writes::transfer}};
     Micros at = world.clock.now() + fromSeconds(2);
     for (int pause = 0; pause < 150; ++pause) {
-        world.desktop.schedule(at + fromMilliseconds(pause),
-                               [] { EXPECT_FALSE(shared.stepBusy); }); // no step runs window events
+        world.host.schedule(at + fromMilliseconds(pause),
+                            [] { EXPECT_FALSE(shared.stepBusy); }); // no step runs window events
     }
-    world.desktop.schedule(at + fromMilliseconds(300), [&] { world.desktop.sleep(blocked); });
+    world.host.schedule(at + fromMilliseconds(300), [&] { world.host.sleep(blocked); });
     std::vector<Sent> all{{0, block(1, 'a')}};
     all.insert(all.end(), sent.begin(), sent.end());
     all.insert(all.end(), {{2000 + blocked, {simulator::eot}}, {500, {simulator::eot}}});

@@ -21,11 +21,11 @@ std::string textOf(const Form& form) {
 TEST(Screen, UsesTheSelectedLanguage) {
     Session session;
     std::string text;
-    session.world.desktop.formChanges = [&](const Form& form, FormChange change) {
+    session.world.host.formChanges = [&](const Form& form, FormChange change) {
         text += form.name + (change == FormChange::shown ? " shown " : change == FormChange::hidden ? " hidden " : " ");
     };
     session.start();
-    session.world.desktop.formChanges = nullptr;
+    session.world.host.formChanges = nullptr;
     text += '\n' + textOf(frmStartUp()) + textOf(frmMain());
     for (const std::size_t language : {0U, 1U}) {
         frmMain().optLanguage[language].value = 1;
@@ -67,7 +67,7 @@ TEST(Screen, EndsByButtonAndByCloseRequest) {
     for (const Action& action : {click("frmMain", "cmdEnd"), closing("frmMain")}) {
         Session session;
         session.start();
-        EXPECT_EQ(session.world.desktop.run([&] { session.world.person.perform(action); }), RunEnd::programEnded);
+        EXPECT_EQ(session.world.host.run([&] { session.world.person.perform(action); }), RunEnd::programEnded);
         EXPECT_TRUE(session.world.port.isOpen()); // the end of the process does not close it
     }
 }

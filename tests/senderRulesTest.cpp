@@ -48,7 +48,7 @@ class Sender : public testing::Test {
         record.clear();
         frmWait().prbComm.value = 0;
         int result = 0;
-        EXPECT_EQ(world.desktop.run([&] { result = xModem::xModemS(); }), RunEnd::idle);
+        EXPECT_EQ(world.host.run([&] { result = xModem::xModemS(); }), RunEnd::idle);
         EXPECT_FALSE(frmWait().timerWait.enabled() || frmWait().timerWait.interval() != 0);
         std::ostringstream seen;
         seen << (record.size() < 200 ? record : "..." + record.substr(record.size() - 60)) << " = " << std::hex
@@ -121,7 +121,7 @@ TEST_F(Sender, RunsWindowEventsWhileBytesArePending) {
     }
     world.clock.advanceTo(world.clock.now() + 1);
     for (const int event : {1, 2}) {
-        world.desktop.schedule(world.clock.now(), [&, event] { seen += record + '!' + std::to_string(event); });
+        world.host.schedule(world.clock.now(), [&, event] { seen += record + '!' + std::to_string(event); });
     }
     transfer({});
     EXPECT_EQ(seen, "!1 -1!2");

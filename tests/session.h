@@ -1,4 +1,4 @@
-// One run of the whole program on the simulated desktop, and what the operator and the unit see.
+// One run of the whole program on the simulated host, and what the operator and the unit see.
 #pragma once
 
 #include "app/program.h"
@@ -19,14 +19,14 @@ class Session {
     explicit Session(WorldOptions options = {}) : world(std::move(options)) { world.line.record().keep(0); }
 
     // Starts the program and runs it until it waits for the operator.
-    RunEnd start() { return world.desktop.run(program::start); }
+    RunEnd start() { return world.host.run(program::start); }
 
     // Presses a button of the main window and runs what follows to its end.
     RunEnd press(const char* control) {
         const Action action = click("frmMain", control);
         EXPECT_EQ(world.person.refusal(action), "") << control;
-        const RunEnd end = world.desktop.run([&] { world.person.perform(action); });
-        EXPECT_NE(end, RunEnd::stuck) << world.desktop.stuckReason();
+        const RunEnd end = world.host.run([&] { world.person.perform(action); });
+        EXPECT_NE(end, RunEnd::stuck) << world.host.stuckReason();
         return end;
     }
 
@@ -39,7 +39,7 @@ class Session {
     // The boxes so far, one line each: "title|text|style>answer".
     std::string boxes() const {
         std::string lines;
-        for (const Box& box : world.desktop.boxes()) {
+        for (const Box& box : world.host.boxes()) {
             lines +=
                 box.title + "|" + box.text + "|" + std::to_string(box.style) + ">" + std::to_string(box.answer) + "\n";
         }

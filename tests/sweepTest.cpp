@@ -48,7 +48,7 @@ bool writeSucceeds(Session& session) {
     }
     EXPECT_TRUE(session.atRest());
     const World& world = session.world;
-    session.world.desktop.sleep(60'000); // what the tool has sent may still be on the line
+    session.world.host.sleep(60'000); // what the tool has sent may still be on the line
     const bool succeeded = session.boxes().ends_with(succeed);
     EXPECT_TRUE(!succeeded || (world.unit.journal().imageComplete && world.unit.receivedImage() == world.image));
     return succeeded;

@@ -2,7 +2,7 @@
 
 #include "base/checked.h"
 #include "link/commPort.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
@@ -129,7 +129,7 @@ void waitForWholeBlock() {
         std::int32_t count = CommonComm::serialPort().countReceived();
         for (int waited = 0; count > 0 && count <= packetSize && waited < longestWait;) {
             const int gap = count < packetSize ? byteGap : checkByteGap;
-            platform::desktop().sleep(gap);
+            platform::host().sleep(gap);
             waited += gap;
             const std::int32_t before = std::exchange(count, CommonComm::serialPort().countReceived());
             if (count == before) {
@@ -146,7 +146,7 @@ std::int32_t fncReadBlock() {
         platform::SerialPort& port = CommonComm::serialPort();
         port.setReadLimit(0);
         const Bytes bytes = port.countReceived() > 0 ? port.read() : Bytes();
-        const std::int64_t now = platform::desktop().timeGetTime();
+        const std::int64_t now = platform::host().timeGetTime();
         if (bytes.empty()) {
             return checkSilence(now);
         }

@@ -1,7 +1,7 @@
 #include "transfer/rawWrite.h"
 
 #include "link/commPort.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "ui/messages.h"
 
@@ -12,7 +12,7 @@ std::int32_t writeShowingFailure(const Bytes& bytes) {
         return 0;
     } catch (const std::exception&) {
         const FailureReport failure = currentFailure();
-        platform::desktop().msgBox(failure.description, platform::boxStyle::critical, messageText::linkErrorTitle);
+        platform::host().msgBox(failure.description, platform::boxStyle::critical, messageText::linkErrorTitle);
         return failure.number;
     }
 }
@@ -21,7 +21,7 @@ namespace FirmComm {
 
 std::int32_t subSendRaw(const std::string& text) {
     const std::int32_t failure = writeShowingFailure(Bytes(text.begin(), text.end()));
-    shared.lastActivityAt = platform::desktop().timeGetTime();
+    shared.lastActivityAt = platform::host().timeGetTime();
     return failure;
 }
 

@@ -3,7 +3,7 @@
 #include "base/flagGuard.h"
 #include "firmware/binaryFile.h"
 #include "link/resultCodes.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "transfer/blockReader.h"
 #include "transfer/programState.h"

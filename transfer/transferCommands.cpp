@@ -5,7 +5,7 @@
 #include "firmware/fileDialog.h"
 #include "link/commPort.h"
 #include "link/unitCommands.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "transfer/programState.h"
 #include "transfer/rawWrite.h"
@@ -19,7 +19,7 @@
 #include "ui/resourceSetting.h"
 #include "ui/stringTable.h"
 
-using platform::desktop;
+using platform::host;
 using platform::MousePointer;
 namespace boxStyle = platform::boxStyle;
 namespace state = FirmComm::state;
@@ -50,7 +50,7 @@ void upgrade(FrmMain& form) {
         return;
     }
     if (form.LabelWriteProtect.visible) {
-        desktop().msgBox(messageText::formatTest, boxStyle::ok, program::name);
+        host().msgBox(messageText::formatTest, boxStyle::ok, program::name);
         enableWindow(form);
         return;
     }
@@ -137,7 +137,7 @@ void cmdCancel_Click() {
         }
     }
     if (frmWaitLoaded()) {
-        desktop().hide(frmWait());
+        host().hide(frmWait());
     }
 }
 

@@ -3,7 +3,7 @@
 #include "link/commPort.h"
 #include "link/resultCodes.h"
 #include "link/unitCommands.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "transfer/blockReader.h"
 #include "transfer/rawWrite.h"
@@ -12,7 +12,7 @@
 #include "ui/language.h"
 #include "ui/messages.h"
 
-using platform::desktop;
+using platform::host;
 
 namespace FirmComm {
 
@@ -46,7 +46,7 @@ void showProgress() {
     form.prbComm.value = 0;
     form.prbComm.max = imageSize;
     form.prbComm.min = 0;
-    desktop().show(form);
+    host().show(form);
 }
 
 std::string startTransfer(const std::string& operation) {
@@ -77,7 +77,7 @@ std::string startTransfer(const std::string& operation) {
 
 std::string fncStartTransfer(const std::string& operation) {
     try {
-        desktop().keepAwake(true);
+        host().keepAwake(true);
         return startTransfer(operation);
     } catch (const std::exception&) {
         subReportError();
@@ -91,13 +91,13 @@ void subEndTransfer() {
         setCommTimer(false);
     }
     closeTransferMode("54");
-    desktop().doEvents();
+    host().doEvents();
     if (!verify) {
         closeTransferMode("53");
-        desktop().doEvents();
+        host().doEvents();
     }
     unloadFrmWait();
-    desktop().keepAwake(shared.verifying);
+    host().keepAwake(shared.verifying);
     frmMain().enabled = !shared.verifying;
 }
 
@@ -118,8 +118,7 @@ bool verificationSelected() {
 
 void showReadNotice(const char* japanese, const char* english, int style) {
     const bool inJapanese = japaneseSelected();
-    desktop().msgBox(inJapanese ? japanese : english, style,
-                     inJapanese ? messageText::japaneseTitle : messageText::title);
+    host().msgBox(inJapanese ? japanese : english, style, inJapanese ? messageText::japaneseTitle : messageText::title);
 }
 
 } // namespace FirmComm

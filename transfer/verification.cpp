@@ -1,7 +1,7 @@
 #include "transfer/verification.h"
 
 #include "link/commPort.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "transfer/programState.h"
 #include "transfer/readProcedure.h"
@@ -10,7 +10,7 @@
 #include "ui/language.h"
 #include "ui/messages.h"
 
-using platform::desktop;
+using platform::host;
 
 namespace FirmComm {
 
@@ -23,14 +23,14 @@ void readBack() {
     frmWait().lblMsg.caption = japaneseSelected() ? "ベリファイ中..." : "Verification...";
     shared.programState = state::readStart;
     while (shared.programState != state::idle) {
-        desktop().sleep(stepInterval);
-        desktop().doEvents();
+        host().sleep(stepInterval);
+        host().doEvents();
         stepRead();
     }
     setCommTimer(false);
     closeTransferMode("54");
     closeTransferMode("53");
-    desktop().keepAwake(false);
+    host().keepAwake(false);
 }
 
 void showComparison() {
@@ -50,14 +50,14 @@ std::int32_t fncCompareImage() {
 void runVerification() {
     readBack();
     CommonComm::subClosePort();
-    desktop().sleep(comparisonPause);
+    host().sleep(comparisonPause);
     showComparison();
     unloadFrmWait();
     setCommTimer(false);
     shared.programState = state::verified;
     shared.verifying = false;
     FrmMain& form = frmMain();
-    desktop().show(form);
+    host().show(form);
     form.enabled = true;
     form.mousePointer = platform::MousePointer::standard;
 }

@@ -2,7 +2,7 @@
 
 #include "base/flagGuard.h"
 #include "link/resultCodes.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "transfer/programState.h"
 #include "transfer/transferMode.h"
@@ -11,7 +11,7 @@
 #include "ui/language.h"
 #include "ui/messages.h"
 
-using platform::desktop;
+using platform::host;
 namespace boxStyle = platform::boxStyle;
 
 namespace FirmComm {
@@ -32,8 +32,8 @@ std::int32_t transferImage() {
 // The English box has a Cancel button; its answer changes nothing.
 void showSuccess() {
     const bool inJapanese = japaneseSelected();
-    desktop().msgBox(inJapanese ? messageText::succeedJapanese : messageText::succeed,
-                     boxStyle::information + (inJapanese ? boxStyle::ok : boxStyle::okCancel), messageText::title);
+    host().msgBox(inJapanese ? messageText::succeedJapanese : messageText::succeed,
+                  boxStyle::information + (inJapanese ? boxStyle::ok : boxStyle::okCancel), messageText::title);
 }
 
 std::int32_t closeWrite() {
@@ -72,8 +72,8 @@ std::int32_t endFailedWrite() {
     shared.verifying = false;
     subEndTransfer();
     setCommTimer(false);
-    desktop().msgBox(japaneseSelected() ? messageText::failedJapanese : messageText::failed, boxStyle::information,
-                     messageText::title);
+    host().msgBox(japaneseSelected() ? messageText::failedJapanese : messageText::failed, boxStyle::information,
+                  messageText::title);
     frmMain().mousePointer = platform::MousePointer::standard;
     return state::idleAfterWrite;
 }

@@ -2,7 +2,7 @@
 
 #include "base/checked.h"
 #include "link/commPort.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "state/variables.h"
 #include "transfer/rawWrite.h"
 #include "ui/forms.h"
@@ -10,7 +10,7 @@
 #include <array>
 
 using CommonComm::serialPort;
-using platform::desktop;
+using platform::host;
 
 namespace xModem {
 
@@ -182,7 +182,7 @@ std::int16_t pWaitByte(std::int32_t limit) {
     const WaitLimit waitLimit(limit);
     serialPort().setReadLimit(1);
     for (;;) {
-        desktop().waitForEvents(never);
+        host().waitForEvents(never);
         if (serialPort().countReceived() > 0) {
             const Bytes byte = serialPort().read();
             return at(byte, 0);

@@ -14,7 +14,7 @@ Form& loaded(std::unique_ptr<Form>& form, const std::function<void(Form&)>& bind
     if (!form) {
         form = std::make_unique<Form>();
         bind(*form);
-        platform::desktop().load(*form);
+        platform::host().load(*form);
         form->load();
     }
     return *form;
@@ -40,7 +40,7 @@ bool frmWaitLoaded() {
 
 void unloadFrmWait() {
     if (waitForm) {
-        platform::desktop().unload(*waitForm);
+        platform::host().unload(*waitForm);
         waitForm.reset();
     }
 }

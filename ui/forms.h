@@ -1,5 +1,5 @@
 // The three windows. The first call of an accessor loads the form: it creates the object, binds the events, lets the
-// desktop load the window, and runs the load event.
+// host load the window, and runs the load event.
 #pragma once
 
 #include "ui/frmMain.h"

@@ -1,7 +1,7 @@
 // The operator's window: what is in the unit (rows 0 and 1), what is in the file (row 2), and the buttons.
 #pragma once
 
-#include "platform/desktop.h"
+#include "platform/host.h"
 
 #include <array>
 

@@ -1,7 +1,7 @@
 // The first window: a picture while the program asks for the unit, a list of ports when none answers.
 #pragma once
 
-#include "platform/desktop.h"
+#include "platform/host.h"
 
 struct FrmStartUp : platform::Form {
     platform::Control shpComm; // covers the picture at port choice

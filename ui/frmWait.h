@@ -1,7 +1,7 @@
 // The progress dialog, shown during a transfer.
 #pragma once
 
-#include "platform/desktop.h"
+#include "platform/host.h"
 
 struct FrmWait : platform::Form {
     platform::Control lblMsg;

@@ -10,7 +10,7 @@
 #include <array>
 #include <cstdio>
 
-using platform::desktop;
+using platform::host;
 
 namespace MainWindow {
 
@@ -23,12 +23,12 @@ std::string titleText() {
 }
 
 void requireTypeFile() {
-    if (desktop().files().exists(desktop().programDirectory() + "TYPE.INI")) {
+    if (host().files().exists(host().programDirectory() + "TYPE.INI")) {
         return;
     }
-    desktop().msgBox(loadText(textId::iniFileMissing + (japaneseSelected() ? 0 : englishOffset)),
-                     platform::boxStyle::critical, messageText::title);
-    desktop().endProgram();
+    host().msgBox(loadText(textId::iniFileMissing + (japaneseSelected() ? 0 : englishOffset)),
+                  platform::boxStyle::critical, messageText::title);
+    host().endProgram();
 }
 
 } // namespace
@@ -87,7 +87,7 @@ void cmdEnd_Click() {
 }
 
 void Form_QueryUnload() {
-    desktop().endProgram();
+    host().endProgram();
 }
 
 } // namespace MainWindow

@@ -1,13 +1,13 @@
 #include "ui/messages.h"
 
 #include "base/failure.h"
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "ui/language.h"
 #include "ui/stringTable.h"
 
 #include <exception>
 
-using platform::desktop;
+using platform::host;
 
 namespace {
 
@@ -31,11 +31,11 @@ std::string boxText(std::int32_t row, const std::string& msg1) {
 
 int fncMsgBox(std::int32_t id, std::int32_t style, const std::string& msg1) {
     try {
-        return desktop().msgBox(boxText(languageRow(id, englishSelected()), msg1), style, messageText::title);
+        return host().msgBox(boxText(languageRow(id, englishSelected()), msg1), style, messageText::title);
     } catch (const std::exception&) {
         const FailureReport failure = currentFailure();
-        desktop().msgBox("番号 : " + std::to_string(failure.number) + "\r\n内容 : " + failure.description,
-                         platform::boxStyle::ok, "fncMsgBox関数のエラー");
+        host().msgBox("番号 : " + std::to_string(failure.number) + "\r\n内容 : " + failure.description,
+                      platform::boxStyle::ok, "fncMsgBox関数のエラー");
         return 0;
     }
 }
@@ -44,7 +44,7 @@ void subReportError() {
     const std::string description = currentFailure().description;
     fncMsgBox(textId::applicationError, platform::boxStyle::critical, description);
     if (description == loadText(textId::unexpected)) {
-        desktop().endProgram();
+        host().endProgram();
     }
 }
 

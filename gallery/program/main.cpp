@@ -40,9 +40,9 @@ QPixmap pictureOf(QWidget& window) {
     return window.screen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
 }
 
-void saveAll(platform::QtDesktop& desktop, gallery::Language language, const QDir& folder) {
+void saveAll(platform::QtHost& host, gallery::Language language, const QDir& folder) {
     folder.mkpath(".");
-    gallery::showAll(desktop, language, [&](const std::string& scene, QWidget& window) {
+    gallery::showAll(host, language, [&](const std::string& scene, QWidget& window) {
         const QString path = folder.filePath(QString::fromStdString(scene) + ".png");
         if (!pictureOf(window).save(path)) {
             std::fprintf(stderr, "%s could not be saved.\n", qPrintable(path));
@@ -54,8 +54,8 @@ void saveAll(platform::QtDesktop& desktop, gallery::Language language, const QDi
 } // namespace
 
 int main(int argc, char** argv) {
-    platform::QtDesktop desktop;
-    platform::setDesktop(&desktop);
+    platform::QtHost host;
+    platform::setHost(&host);
 
     QCommandLineParser options;
     options.setApplicationDescription("Saves a picture of every window, in both languages.");
@@ -75,6 +75,6 @@ int main(int argc, char** argv) {
     if (options.isSet("dark")) {
         QApplication::setPalette(gallery::darkPalette());
     }
-    saveAll(desktop, gallery::Language::english, QDir(folders.front() + "/en"));
-    saveAll(desktop, gallery::Language::japanese, QDir(folders.front() + "/ja"));
+    saveAll(host, gallery::Language::english, QDir(folders.front() + "/en"));
+    saveAll(host, gallery::Language::japanese, QDir(folders.front() + "/ja"));
 }

@@ -1,4 +1,4 @@
-// Windows and timers run the program's handlers through the desktop, which keeps failures out of the toolkit's event
+// Windows and timers run the program's handlers through the host, which keeps failures out of the toolkit's event
 // dispatch and then shows what the handler has changed.
 #pragma once
 

@@ -1,6 +1,6 @@
 #include "platform/qt/messageBox.h"
 
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "platform/qt/stacking.h"
 #include "platform/qt/text.h"
 

@@ -76,7 +76,7 @@ Action closing(std::string form) {
 }
 
 std::string_view ScriptedOperator::refusal(const Action& action) const {
-    const Form* form = desktop_.form(action.form);
+    const Form* form = host_.form(action.form);
     if (form == nullptr) {
         return "the form is not loaded";
     }
@@ -86,7 +86,7 @@ std::string_view ScriptedOperator::refusal(const Action& action) const {
     if (!form->enabled) {
         return "the form is disabled";
     }
-    if (desktop_.modalOpen()) {
+    if (host_.modalOpen()) {
         return "a box is open";
     }
     return action.kind == Action::Kind::close ? std::string_view{} : controlRefusal(*form, action);
@@ -96,7 +96,7 @@ bool ScriptedOperator::perform(const Action& action) {
     if (!refusal(action).empty()) {
         return false;
     }
-    const Form& form = *desktop_.form(action.form);
+    const Form& form = *host_.form(action.form);
     std::function<void()> handler = form.queryUnload;
     if (action.kind != Action::Kind::close) {
         Control& control = *find(form, action.control, action.index);
@@ -116,7 +116,7 @@ std::vector<Action> ScriptedOperator::possible() const {
             actions.push_back(std::move(action));
         }
     };
-    for (const Form* form : desktop_.forms()) {
+    for (const Form* form : host_.forms()) {
         for (const Control* control : form->controls) {
             if (takesClicks(*control)) {
                 addIfPossible(click(form->name, control->name, control->index));

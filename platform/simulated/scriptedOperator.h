@@ -1,7 +1,7 @@
-// The operator of a simulated desktop. It can do only what a person in front of the windows could do.
+// The operator of a simulated host. It can do only what a person in front of the windows could do.
 #pragma once
 
-#include "platform/simulated/simulatedDesktop.h"
+#include "platform/simulated/simulatedHost.h"
 
 #include <string>
 #include <string_view>
@@ -29,7 +29,7 @@ Action closing(std::string form);
 
 class ScriptedOperator {
   public:
-    explicit ScriptedOperator(SimulatedDesktop& desktop) : desktop_(desktop) {}
+    explicit ScriptedOperator(SimulatedHost& host) : host_(host) {}
     ScriptedOperator(const ScriptedOperator&) = delete;
     ScriptedOperator& operator=(const ScriptedOperator&) = delete;
 
@@ -43,7 +43,7 @@ class ScriptedOperator {
     std::vector<Action> possible() const;
 
   private:
-    SimulatedDesktop& desktop_;
+    SimulatedHost& host_;
 };
 
 } // namespace platform

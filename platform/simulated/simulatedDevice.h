@@ -1,4 +1,4 @@
-// The serial lines of the simulated desktop.
+// The serial lines of the simulated host.
 #pragma once
 
 #include "platform/lineDevice.h"
@@ -32,7 +32,7 @@ class SimulatedDevice : public LineDevice {
     std::size_t write(std::span<const std::uint8_t> bytes) override;
     void clearReceived() override;
     void clearUnsent() override;
-    void wait(Micros /*until*/, bool /*forRoom*/) override {} // the desktop moves the clock
+    void wait(Micros /*until*/, bool /*forRoom*/) override {} // the host moves the clock
 
     // Runs everything on the line that is due.
     void advance();

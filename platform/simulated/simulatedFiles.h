@@ -1,4 +1,4 @@
-// The disk of the simulated desktop, in memory. Paths are compared as exact texts; a folder exists if a file is in it.
+// The disk of the simulated host, in memory. Paths are compared as exact texts; a folder exists if a file is in it.
 #pragma once
 
 #include "platform/files.h"

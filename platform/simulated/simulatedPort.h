@@ -1,4 +1,4 @@
-// The serial port of the simulated desktop: a DevicePort on simulated devices, with a gate before each operation.
+// The serial port of the simulated host: a DevicePort on simulated devices, with a gate before each operation.
 #pragma once
 
 #include "platform/devicePort.h"
@@ -30,7 +30,7 @@ class SimulatedPort : public DevicePort {
     Bytes read() override;
     void write(std::span<const std::uint8_t> bytes) override;
 
-    // Used by the desktop. Runs everything on the line that is due.
+    // Used by the host. Runs everything on the line that is due.
     void advance() { device_.advance(); }
     // Time of the next event on the line; `never` without one.
     Micros next() const { return device_.next(); }

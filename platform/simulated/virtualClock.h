@@ -1,4 +1,4 @@
-// The clock of the simulated desktop. It moves only when the program waits.
+// The clock of the simulated host. It moves only when the program waits.
 #pragma once
 
 #include "base/time.h"

@@ -25,16 +25,16 @@ std::string_view textOf(const Bytes& bytes) {
 
 World::World(WorldOptions options)
     : unit(std::move(options.unit)), line(&unit, options.pace), image(simulator::makeSampleImage(options.image)) {
-    files.put(desktop.directory + "Setting.INI", "[IFU]\r\nCOM=" + std::to_string(options.comPort) + "\r\n");
-    files.put(desktop.directory + "TYPE.INI", typeIni);
+    files.put(host.directory + "Setting.INI", "[IFU]\r\nCOM=" + std::to_string(options.comPort) + "\r\n");
+    files.put(host.directory + "TYPE.INI", typeIni);
     files.put(firmwarePath, textOf(image));
     port.comPort(options.comPort).line = &line;
-    desktop.chooseFile = [](const FileRequest& request) { return request.save ? savedPath : firmwarePath; };
-    setDesktop(&desktop);
+    host.chooseFile = [](const FileRequest& request) { return request.save ? savedPath : firmwarePath; };
+    setHost(&host);
 }
 
 World::~World() {
-    setDesktop(nullptr);
+    setHost(nullptr);
 }
 
 void World::restartUnit(Micros off, Micros on) {

@@ -1,4 +1,4 @@
-// The environment of one simulated run of the program: desktop, operator, line, unit and the usual files.
+// The environment of one simulated run of the program: host, operator, line, unit and the usual files.
 #pragma once
 
 #include "platform/simulated/scriptedOperator.h"
@@ -15,7 +15,7 @@ struct WorldOptions {
     simulator::SampleImage image = {};
 };
 
-// While it exists, `desktop` is the program's desktop. An open dialog gives the sample firmware, a save dialog
+// While it exists, `host` is the program's host. An open dialog gives the sample firmware, a save dialog
 // `savedPath`. Models: the amplifier is a QT-MVR, as the sample firmware is; the interface unit a QT-KP42.
 struct World {
     static constexpr const char* firmwarePath = "/firmware/sample.bin";
@@ -34,8 +34,8 @@ struct World {
     simulator::Unit unit;
     SimulatedLine line;
     SimulatedPort port{clock};
-    SimulatedDesktop desktop{clock, port, files};
-    ScriptedOperator person{desktop};
+    SimulatedHost host{clock, port, files};
+    ScriptedOperator person{host};
     Bytes image; // of the sample firmware
 };
 

@@ -1,4 +1,4 @@
-// Many sessions of the program on a simulated desktop, each determined by its seed.
+// Many sessions of the program on a simulated host, each determined by its seed.
 #include "soak/session.h"
 
 #include <cstdlib>

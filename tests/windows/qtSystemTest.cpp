@@ -1,8 +1,8 @@
-// The system services on Windows that the contract of all desktops does not cover.
+// The system services on Windows that the contract of all hosts does not cover.
 #include "platform/profile.h"
 #include "platform/system.h"
 #include "tests/failureOf.h"
-#include "tests/realDesktop.h"
+#include "tests/realHost.h"
 
 #include <cstdlib>
 #include <fstream>

@@ -1,4 +1,4 @@
-// Stubs of the system for tests of the real desktop. A line connects COM3 with its far end COM13; while a file "pull" is in
+// Stubs of the system for tests of the real host. A line connects COM3 with its far end COM13; while a file "pull" is in
 // the folder of the test program, both do not exist (scripts/windows). The stubs return results that wine does not return.
 #pragma once
 
@@ -167,11 +167,11 @@ class PseudoTerminal {
 
 } // namespace simulator
 
-inline constexpr const char* systemStory = "realWindows.txt";
+inline constexpr const char* systemStory = "qtWindows.txt";
 
 class SystemFixture : public contract::Fixture {
   protected:
-    SystemFixture(platform::Desktop& desktop, const std::string& place) : Fixture(desktop, place) {
+    SystemFixture(platform::Host& host, const std::string& place) : Fixture(host, place) {
         driver.mostHandles = countHandles() + 200;
         commands["room"] = [](const std::string& most) { driver.room = std::stoll(most); };
         commands["break"] = [](const std::string&) { driver.syncFails = true; };

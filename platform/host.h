@@ -1,5 +1,5 @@
-// The interface to the system: everything that the program needs from outside. It has two implementations, the real
-// desktop (platform/qt) and the simulated one (platform/simulated). All of it runs on one thread.
+// The interface to the system: everything that the program needs from outside. It has two implementations, the windows
+// on the screen (platform/qt) and a simulation (platform/simulated). All of it runs on one thread.
 #pragma once
 
 #include "base/time.h"
@@ -39,12 +39,12 @@ struct FileDialog {
     bool cancelError = false; // raise failureNumber::dialogCancelled when the operator cancels
 };
 
-class Desktop {
+class Host {
   public:
-    Desktop() = default;
-    Desktop(const Desktop&) = delete;
-    Desktop& operator=(const Desktop&) = delete;
-    virtual ~Desktop() = default;
+    Host() = default;
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+    virtual ~Host() = default;
 
     // A counter of milliseconds; it never goes back and never wraps.
     virtual std::int64_t timeGetTime() = 0;
@@ -101,8 +101,8 @@ class Desktop {
     [[noreturn]] virtual void endProgram() = 0;
 };
 
-// The desktop that this program runs on, set once before anything else.
-Desktop& desktop();
-void setDesktop(Desktop* desktop);
+// The host that this program runs on, set once before anything else.
+Host& host();
+void setHost(Host* host);
 
 } // namespace platform

@@ -1,8 +1,8 @@
-// Measurements on the real desktop, with the windows open; scripts/bench runs it.
-//   onDesktop send FILE   sends the image by XMODEM to a unit that waits for it
-//   onDesktop read FILE   saves the unit's firmware in the file
-//   onDesktop load FILE   loads the firmware file
-//   onDesktop exchange    exchanges a command with the unit, many times, and the same in a busy loop
+// Measurements on the real host, with the windows open; scripts/bench runs it.
+//   onHost send FILE   sends the image by XMODEM to a unit that waits for it
+//   onHost read FILE   saves the unit's firmware in the file
+//   onHost load FILE   loads the firmware file
+//   onHost exchange    exchanges a command with the unit, many times, and the same in a busy loop
 // The port is COM3 of the Setting.INI in the folder of this program. Prints lines of the form "name value".
 #include "app/program.h"
 #include "firmware/binaryFile.h"
@@ -10,7 +10,7 @@
 #include "link/commPort.h"
 #include "link/exchange.h"
 #include "link/replyReceiver.h"
-#include "platform/qt/qtDesktop.h"
+#include "platform/qt/qtHost.h"
 #include "state/variables.h"
 #include "transfer/programState.h"
 #include "transfer/transferCommands.h"
@@ -30,7 +30,7 @@
 #include <sys/resource.h>
 
 using platform::clockMicros;
-using platform::desktop;
+using platform::host;
 
 namespace {
 
@@ -71,14 +71,14 @@ bool openPort() {
 }
 
 bool send(const std::string& path) {
-    desktop().show(frmWait());
-    desktop().doEvents();
+    host().show(frmWait());
+    host().doEvents();
     frmWait().prbComm.max = imageSize;
     if (FirmComm::fncBinaryFile(path, shared.firmwareImage, FirmComm::FileMode::read) != imageSize || !openPort()) {
         return false;
     }
     while (CommonComm::serialPort().countReceived() == 0) { // the unit asks every few seconds
-        desktop().waitForEvents(never);
+        host().waitForEvents(never);
     }
     const Micros processorAtStart = processorMicros();
     const bool sent = xModem::xModemS() == 0;
@@ -95,7 +95,7 @@ bool read(const std::string& path) {
     whenShown<QMessageBox>([](QMessageBox& box) { box.accept(); });
     MainWindow::cmdPresent_Click();
     while (shared.programState != FirmComm::state::idle) {
-        desktop().waitForEvents(never);
+        host().waitForEvents(never);
     }
     print("read_ms", clockMicros() - start);
     return shared.readBackCount == imageSize;
@@ -106,7 +106,7 @@ bool load(const std::string& path) {
     Micros acceptedAt = 0;
     enterPath(path, acceptedAt);
     MainWindow::cmdLoading_Click();
-    desktop().doEvents();
+    host().doEvents();
     print("button_to_dialog_ms", acceptedAt - start);
     print("dialog_to_row_ms", clockMicros() - acceptedAt);
     return shared.fileLoaded && !frmMain().lblTitle[2].caption.empty();
@@ -151,11 +151,11 @@ bool exchange() {
 } // namespace
 
 int main(int argc, char** argv) {
-    platform::QtDesktop qtDesktop;
-    platform::setDesktop(&qtDesktop);
+    platform::QtHost qtHost;
+    platform::setHost(&qtHost);
     program::bindEvents();
-    desktop().show(frmMain());
-    desktop().doEvents();
+    host().show(frmMain());
+    host().doEvents();
     const std::string_view what = argc > 1 ? argv[1] : "";
     const std::string path = argc > 2 ? argv[2] : "";
     const bool done = what == "send"       ? send(path)

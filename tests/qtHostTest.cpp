@@ -1,8 +1,8 @@
-// The real desktop, on the toolkit's offscreen screen and a pseudo terminal, meets the contract of all desktops. Rows for its
-// appearance, keyboard and line are in tests/stories/realDesktop.txt, rows for each system in realPosix.txt and
-// realWindows.txt.
+// The real host, on the toolkit's offscreen screen and a pseudo terminal, meets the contract of all hosts. Rows for its
+// appearance, keyboard and line are in tests/stories/qtHost.txt, rows for each system in qtLinux.txt and
+// qtWindows.txt.
 #include "platform/qt/drawing.h"
-#include "tests/realDesktop.h"
+#include "tests/realHost.h"
 #include "tests/windowText.h"
 
 #include <QComboBox>
@@ -18,7 +18,7 @@
 
 #include <ctime>
 #include <numeric>
-#include <systemFixture.h> // of tests/posix or tests/windows
+#include <systemFixture.h> // of tests/linux or tests/windows
 #include <thread>
 
 namespace {
@@ -56,7 +56,7 @@ void enter(QFileDialog* dialog, const std::string& name) {
 
 class RealFixture : QObject, public SystemFixture {
   public:
-    RealFixture() : SystemFixture(*realDesktop, makeTestFolder().generic_string() + '/') {
+    RealFixture() : SystemFixture(*realHost, makeTestFolder().generic_string() + '/') {
         addOperator();
         addWindow();
         addLine();
@@ -121,7 +121,7 @@ class RealFixture : QObject, public SystemFixture {
     void addOperator() {
         commands["input"] = [this](Text by) { input = by; };
         commands["press"] = [this](Text name) { desk.doEvents(), press(name, input); };
-        // before the desktop applies it
+        // before the host applies it
         commands["setInvisible"] = [this](Text) { form.visible = false; };
         commands["pressNow"] = [this](Text name) { press(name, input); };
         // the entry above or below the present one
@@ -272,7 +272,7 @@ class RealFixture : QObject, public SystemFixture {
         };
         commands["run"] = [](Text length) {
             QTimer::singleShot(std::stoi(length), [] { QCoreApplication::exit(); });
-            realDesktop->run();
+            realHost->run();
         };
         commands["today"] = [this](Text) {
             const std::time_t now = std::time(nullptr);
@@ -336,7 +336,7 @@ std::unique_ptr<Fixture> makeFixture() {
     return std::make_unique<RealFixture>();
 }
 
-INSTANTIATE_TEST_SUITE_P(Real, PlatformContract, testing::ValuesIn(sectionsOf("realDesktop.txt")), testName);
+INSTANTIATE_TEST_SUITE_P(Real, PlatformContract, testing::ValuesIn(sectionsOf("qtHost.txt")), testName);
 INSTANTIATE_TEST_SUITE_P(System, PlatformContract, testing::ValuesIn(sectionsOf(systemStory)), testName);
 
 } // namespace contract

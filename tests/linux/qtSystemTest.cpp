@@ -1,5 +1,5 @@
 // The locks of a POSIX system.
-#include "tests/realDesktop.h"
+#include "tests/realHost.h"
 
 #include <QTest>
 
@@ -18,9 +18,9 @@ TEST(System, AllowsOneInstance) {
     const std::string folder = own != nullptr ? own : makeTestFolder().string();
     ::setenv("OWN_FOLDER", folder.c_str(), 1);
     ::setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
-    EXPECT_EXIT(::_exit(realDesktop->previousInstance() ? 1 : 0), testing::ExitedWithCode(0), "");
-    const bool free = !realDesktop->previousInstance();
-    EXPECT_EXIT(::_exit(realDesktop->previousInstance() ? 0 : 1), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(::_exit(realHost->previousInstance() ? 1 : 0), testing::ExitedWithCode(0), "");
+    const bool free = !realHost->previousInstance();
+    EXPECT_EXIT(::_exit(realHost->previousInstance() ? 0 : 1), testing::ExitedWithCode(0), "");
     EXPECT_TRUE(free);
     std::filesystem::remove_all(folder);
 }
@@ -32,7 +32,7 @@ TEST(System, HoldsTheSleepLockInAChildProcess) {
     ::chmod((folder + "/systemd-inhibit").c_str(), 0700);
     ::setenv("PATH", (folder + ':' + ::getenv("PATH")).c_str(), 1);
     for (const bool on : {true, true, false, true, false}) { // only a change has an effect
-        realDesktop->keepAwake(on);
+        realHost->keepAwake(on);
         const std::string file = folder + (on ? "/held" : "/over");
         const auto request = [&] {
             std::stringstream text;

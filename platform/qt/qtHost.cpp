@@ -1,4 +1,4 @@
-#include "platform/qt/qtDesktop.h"
+#include "platform/qt/qtHost.h"
 
 #include "base/version.h"
 #include "platform/clock.h"
@@ -39,7 +39,7 @@ std::string portDevice(Files& files, const std::string& iniPath, int number) {
 
 } // namespace
 
-QtDesktop::QtDesktop()
+QtHost::QtHost()
     : application_(argc, argv), files_(makeFiles()),
       port_(makeLineDevice(),
             [this](int number) { return portDevice(*files_, programDirectory() + "Setting.INI", number); }),
@@ -61,45 +61,45 @@ QtDesktop::QtDesktop()
 }
 
 // While a program holds the old device, the system gives an adapter that is plugged in again another name.
-void QtDesktop::watchPort() {
+void QtHost::watchPort() {
     constexpr std::chrono::milliseconds interval{500}; // shorter than it takes to plug an adapter in again
     QObject::connect(&portCheck_, &QTimer::timeout, [this] { port_.checkDevice(); });
     portCheck_.start(interval);
 }
 
-QtDesktop::~QtDesktop() {
+QtHost::~QtHost() {
     for (const auto& [form, window] : windows_) {
         delete window;
     }
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); // before the toolkit ends
 }
 
-void QtDesktop::run() {
+void QtHost::run() {
     sync();
     QApplication::exec();
 }
 
-std::int64_t QtDesktop::timeGetTime() {
+std::int64_t QtHost::timeGetTime() {
     return clockMicros() / 1000;
 }
 
-std::string QtDesktop::dateAndTime() {
+std::string QtHost::dateAndTime() {
     return toUtf8(QDateTime::currentDateTime().toString("yyyy/MM/dd HH:mm:ss"));
 }
 
-void QtDesktop::sleep(int milliseconds) {
+void QtHost::sleep(int milliseconds) {
     sync();
     paintChanges();
     QThread::msleep(static_cast<unsigned long>(std::max(milliseconds, 0)));
 }
 
-void QtDesktop::waitForBytes(std::int64_t until) {
+void QtHost::waitForBytes(std::int64_t until) {
     sync();
     paintChanges();
     port_.waitForInput(fromMilliseconds(until));
 }
 
-void QtDesktop::doEvents() {
+void QtHost::doEvents() {
     constexpr int longest = 20; // ms, even if events keep coming
     do {
         sync();
@@ -111,7 +111,7 @@ void QtDesktop::doEvents() {
 
 // Waits on the port first, because the toolkit's dispatch takes much longer to report a byte. Window events are delayed by
 // 20 ms at most, also while bytes keep coming.
-void QtDesktop::waitForEvents(std::int64_t until) {
+void QtHost::waitForEvents(std::int64_t until) {
     constexpr Micros longest = 20'000;
     timers_.readSettings();
     const Micros events = eventsAt_ + longest;
@@ -123,37 +123,37 @@ void QtDesktop::waitForEvents(std::int64_t until) {
     }
 }
 
-int QtDesktop::msgBox(const std::string& text, int style, const std::string& title) {
+int QtHost::msgBox(const std::string& text, int style, const std::string& title) {
     sync();
     return showMessageBox(text, style, title);
 }
 
-void QtDesktop::showOpen(FileDialog& dialog) {
+void QtHost::showOpen(FileDialog& dialog) {
     sync();
     showFileDialog(dialog, FileDialogKind::open);
 }
 
-void QtDesktop::showSave(FileDialog& dialog) {
+void QtHost::showSave(FileDialog& dialog) {
     sync();
     showFileDialog(dialog, FileDialogKind::save);
 }
 
-void QtDesktop::load(Form& form) {
+void QtHost::load(Form& form) {
     windows_[&form] = new FormWindow(form, [this](const Handler& handler) { deliver(handler); });
     timers_.add(form);
 }
 
-void QtDesktop::show(Form& form) {
+void QtHost::show(Form& form) {
     form.visible = true;
     sync();
 }
 
-void QtDesktop::hide(Form& form) {
+void QtHost::hide(Form& form) {
     form.visible = false;
     sync();
 }
 
-void QtDesktop::unload(Form& form) {
+void QtHost::unload(Form& form) {
     const auto window = windows_.find(&form);
     if (window == windows_.end()) {
         return;
@@ -164,30 +164,30 @@ void QtDesktop::unload(Form& form) {
     form.visible = false;
 }
 
-Size QtDesktop::screenSize() {
+Size QtHost::screenSize() {
     const QSize size = QGuiApplication::primaryScreen()->size();
     return {size.width() * twipsPerPixel, size.height() * twipsPerPixel};
 }
 
-std::string QtDesktop::programDirectory() {
+std::string QtHost::programDirectory() {
     return toUtf8(QCoreApplication::applicationDirPath()) + '/';
 }
 
-void QtDesktop::keepAwake(bool on) {
+void QtHost::keepAwake(bool on) {
     platform::keepAwake(on);
 }
 
-bool QtDesktop::previousInstance() {
+bool QtHost::previousInstance() {
     return !takeInstanceLock();
 }
 
-void QtDesktop::endProgram() {
+void QtHost::endProgram() {
     port_.releaseDevice();
     stopProcess();
 }
 
 // Applies what the program has changed since the last call to windows and timers.
-void QtDesktop::sync() {
+void QtHost::sync() {
     for (const auto& [form, window] : windows_) {
         window->sync();
     }
@@ -195,17 +195,17 @@ void QtDesktop::sync() {
     timers_.arm();
 }
 
-void QtDesktop::paintChanges() {
+void QtHost::paintChanges() {
     for (const auto& [form, window] : windows_) {
         window->paintChanges();
     }
 }
 
-bool QtDesktop::windowMappingPending() const {
+bool QtHost::windowMappingPending() const {
     return std::ranges::any_of(windows_, [](const auto& entry) { return entry.second->mappingPending(); });
 }
 
-void QtDesktop::deliver(const Handler& handler) {
+void QtHost::deliver(const Handler& handler) {
     try {
         handler();
     } catch (const std::exception& failure) {
@@ -215,7 +215,7 @@ void QtDesktop::deliver(const Handler& handler) {
 }
 
 // A failure that no handler caught must not pass through the toolkit, and the state of the program is unknown after it.
-void QtDesktop::endUnhandled(const std::string& description) {
+void QtHost::endUnhandled(const std::string& description) {
     msgBox(description, boxStyle::critical, program::name);
     endProgram();
 }

@@ -1,4 +1,4 @@
-// The simulated desktop meets the contract of all desktops. All other tests rely on it, so its line, its faults and its
+// The simulated host meets the contract of all hosts. All other tests rely on it, so its line, its faults and its
 // checks are compared with fixed values.
 #include "platform/simulated/world.h"
 #include "simulator/frame.h"
@@ -12,22 +12,22 @@ using contract::Text;
 
 class SimulatedFixture : World, public contract::Fixture {
   public:
-    SimulatedFixture() : World{{.pace = unpaced}}, Fixture(World::desktop, "/contract/") {
+    SimulatedFixture() : World{{.pace = unpaced}}, Fixture(World::host, "/contract/") {
         World::files.put(folder + "there", "");
-        World::desktop.reactionTime = fromMilliseconds(50);
-        World::desktop.confirmOverwrite = [](const FileRequest&) { return false; };
+        World::host.reactionTime = fromMilliseconds(50);
+        World::host.confirmOverwrite = [](const FileRequest&) { return false; };
         commands["input"] = [](Text) {};
         commands["press"] = [this](Text name) { person.perform(click("form", name)); };
         commands["choose"] = [this](Text entry) { person.perform(choose("form", "list", std::stoi(entry))); };
         commands["closeRequest"] = [this](Text) { person.perform(closing("form")); };
-        commands["later"] = [this](Text wait) { World::desktop.schedule(after(wait), [this] { add("later"); }); };
+        commands["later"] = [this](Text wait) { World::host.schedule(after(wait), [this] { add("later"); }); };
         commands["ok"] = [this](Text) { answer = boxAnswer::ok; };
         commands["escape"] = [this](Text) { answer = boxAnswer::cancel; };
         commands["atBox"] = [this](Text script) {
-            World::desktop.answerBox = [=, this](const Box&) { return perform(script, ','), answer; };
+            World::host.answerBox = [=, this](const Box&) { return perform(script, ','), answer; };
         };
         commands["atDialog"] = [this](Text names) {
-            World::desktop.chooseFile = [this, names](const FileRequest& request) {
+            World::host.chooseFile = [this, names](const FileRequest& request) {
                 const std::size_t comma = std::min(names.find(','), names.size());
                 const std::string name = request.askedToOverwrite ? names.substr(comma + 1) : names.substr(0, comma);
                 return name.empty() ? std::nullopt : std::optional(folder + name);
@@ -75,9 +75,9 @@ std::unique_ptr<contract::Fixture> contract::makeFixture() {
 
 namespace {
 
-class SimulatedDesktopTest : public testing::Test {
+class SimulatedHostTest : public testing::Test {
   protected:
-    SimulatedDesktopTest() {
+    SimulatedHostTest() {
         desk.load(form);
         desk.show(form);
         world.port.choosePort(3);
@@ -86,11 +86,11 @@ class SimulatedDesktopTest : public testing::Test {
     }
 
     World world;
-    SimulatedDesktop& desk = world.desktop;
+    SimulatedHost& desk = world.host;
     TestForm form;
 };
 
-TEST_F(SimulatedDesktopTest, DelaysBytesOnTheLine) {
+TEST_F(SimulatedHostTest, DelaysBytesOnTheLine) {
     const std::pair<LinePace, std::vector<Micros>> rows[]{{{38400, false, 0}, {260, 520, 781}}, // three bytes
                                                           {{38400, true, 0}, {781, 781, 781}},
                                                           {{9600, false, 500}, {1500, 2500, 3500}},
@@ -116,7 +116,7 @@ TEST_F(SimulatedDesktopTest, DelaysBytesOnTheLine) {
     EXPECT_EQ(world.person.possible().size(), 10u); // 6 clicks, 3 entries, the close box
 }
 
-TEST_F(SimulatedDesktopTest, ReportsEachKindOfHang) {
+TEST_F(SimulatedHostTest, ReportsEachKindOfHang) {
     form.timer.tick = [&] { // each tick opens another box
         form.timer.setInterval(100);
         form.timer.setEnabled(true);
@@ -136,7 +136,7 @@ TEST_F(SimulatedDesktopTest, ReportsEachKindOfHang) {
     }
 }
 
-TEST_F(SimulatedDesktopTest, RecordsViolations) {
+TEST_F(SimulatedHostTest, RecordsViolations) {
     TestForm other("other");
     desk.hide(other);
     desk.load(form);
@@ -149,7 +149,7 @@ TEST_F(SimulatedDesktopTest, RecordsViolations) {
                                         "a failure left an event: Overflow", "code of the program ran after its end"}));
 }
 
-TEST_F(SimulatedDesktopTest, FailsTheNthOperation) {
+TEST_F(SimulatedHostTest, FailsTheNthOperation) {
     const Failure lost(failureNumber::portLost, "lost");
     OperationGate& gate = world.port.operations();
     std::string pattern;
@@ -167,7 +167,7 @@ TEST_F(SimulatedDesktopTest, FailsTheNthOperation) {
     EXPECT_EQ(pattern, ".x.. .xxx .... ...x ");
 }
 
-TEST_F(SimulatedDesktopTest, AppliesLineFaults) {
+TEST_F(SimulatedHostTest, AppliesLineFaults) {
     using enum LineFault::Kind;
     const std::pair<LineFault, const char*> rows[]{
         // the bytes that arrive after three writes of "ABCD"
@@ -198,7 +198,7 @@ TEST_F(SimulatedDesktopTest, AppliesLineFaults) {
     }
 }
 
-TEST_F(SimulatedDesktopTest, DistinguishesCommandsFromTransfers) {
+TEST_F(SimulatedHostTest, DistinguishesCommandsFromTransfers) {
     world.line.faults(Direction::toUnit) = {{.writes = Writes::transfer, .place = 0}};
     world.line.faults(Direction::fromUnit) = {
         {.kind = LineFault::Kind::delay, .writes = Writes::frames, .time = fromMilliseconds(50)}};

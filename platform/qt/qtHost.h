@@ -1,8 +1,8 @@
-// The real desktop: windows, timers and dialogs of Qt 6 Widgets; port, disk and locks of the system.
+// The real host: windows, timers and dialogs of Qt 6 Widgets; port, disk and locks of the system.
 #pragma once
 
-#include "platform/desktop.h"
 #include "platform/devicePort.h"
+#include "platform/host.h"
 #include "platform/qt/formWindow.h"
 #include "platform/qt/timerQueue.h"
 
@@ -13,11 +13,11 @@
 
 namespace platform {
 
-class QtDesktop final : public Desktop {
+class QtHost final : public Host {
   public:
-    // Creates the toolkit's application. There is one desktop in a process.
-    QtDesktop();
-    ~QtDesktop() override;
+    // Creates the toolkit's application. There is one host in a process.
+    QtHost();
+    ~QtHost() override;
 
     // Runs the windows until the program ends the process.
     void run();

@@ -1,4 +1,4 @@
-#include "platform/simulated/simulatedDesktop.h"
+#include "platform/simulated/simulatedHost.h"
 
 #include "base/failure.h"
 #include "base/text.h"
@@ -32,7 +32,7 @@ class Counted {
 
 // The clock and its waits.
 
-void SimulatedDesktop::enter() {
+void SimulatedHost::enter() {
     if (!ended_) {
         return;
     }
@@ -42,13 +42,13 @@ void SimulatedDesktop::enter() {
     }
 }
 
-std::int64_t SimulatedDesktop::timeGetTime() {
+std::int64_t SimulatedHost::timeGetTime() {
     enter();
     clock_.countPoll();
     return clock_.now() / 1000;
 }
 
-std::string SimulatedDesktop::dateAndTime() {
+std::string SimulatedHost::dateAndTime() {
     enter();
     const auto now = startDate + std::chrono::microseconds(clock_.now());
     const auto day = std::chrono::floor<std::chrono::days>(now);
@@ -62,18 +62,18 @@ std::string SimulatedDesktop::dateAndTime() {
     return text.data();
 }
 
-void SimulatedDesktop::moveTo(Micros moment) {
+void SimulatedHost::moveTo(Micros moment) {
     timers_.readSettings(clock_.now());
     clock_.advanceTo(moment);
     port_.advance();
 }
 
-void SimulatedDesktop::sleep(int milliseconds) {
+void SimulatedHost::sleep(int milliseconds) {
     enter();
     moveTo(clock_.now() + fromMilliseconds(milliseconds));
 }
 
-void SimulatedDesktop::waitForBytes(std::int64_t until) {
+void SimulatedHost::waitForBytes(std::int64_t until) {
     enter();
     clock_.countPoll();
     port_.advance();
@@ -87,19 +87,19 @@ void SimulatedDesktop::waitForBytes(std::int64_t until) {
     }
 }
 
-void SimulatedDesktop::doEvents() {
+void SimulatedHost::doEvents() {
     enter();
     clock_.countPoll();
     while (runDueEvent()) {
     }
 }
 
-void SimulatedDesktop::waitForEvents(std::int64_t until) {
+void SimulatedHost::waitForEvents(std::int64_t until) {
     enter();
     waitOnce(fromMilliseconds(until));
 }
 
-void SimulatedDesktop::waitOnce(Micros until) {
+void SimulatedHost::waitOnce(Micros until) {
     clock_.countPoll();
     port_.advance();
     while (!runDueEvent() && !port_.pollInput() && clock_.now() < until) {
@@ -111,19 +111,19 @@ void SimulatedDesktop::waitOnce(Micros until) {
     }
 }
 
-void SimulatedDesktop::keepAwake(bool on) {
+void SimulatedHost::keepAwake(bool on) {
     enter();
     keptAwake_ = on;
 }
 
 // Window events.
 
-Micros SimulatedDesktop::nextEvent() {
+Micros SimulatedHost::nextEvent() {
     timers_.readSettings(clock_.now());
     return std::min(timers_.next(), scheduled_.empty() ? never : scheduled_.begin()->first);
 }
 
-bool SimulatedDesktop::runDueEvent() {
+bool SimulatedHost::runDueEvent() {
     const Micros due = nextEvent();
     if (due > clock_.now()) {
         return false;
@@ -138,7 +138,7 @@ bool SimulatedDesktop::runDueEvent() {
     return true;
 }
 
-void SimulatedDesktop::runEvent(const Handler& handler) {
+void SimulatedHost::runEvent(const Handler& handler) {
     if (!handler) {
         return;
     }
@@ -156,11 +156,11 @@ void SimulatedDesktop::runEvent(const Handler& handler) {
     }
 }
 
-void SimulatedDesktop::schedule(Micros moment, Handler handler) {
+void SimulatedHost::schedule(Micros moment, Handler handler) {
     scheduled_.emplace(moment, std::move(handler));
 }
 
-RunEnd SimulatedDesktop::run(const Handler& entry) {
+RunEnd SimulatedHost::run(const Handler& entry) {
     try {
         runEvent(entry);
         while (nextEvent() != never) {
@@ -175,21 +175,21 @@ RunEnd SimulatedDesktop::run(const Handler& entry) {
     }
 }
 
-void SimulatedDesktop::endProgram() {
+void SimulatedHost::endProgram() {
     ended_ = true;
     throw ProgramEnd{};
 }
 
 // Boxes and dialogs.
 
-void SimulatedDesktop::waitForOperator() {
+void SimulatedHost::waitForOperator() {
     const Micros end = clock_.now() + reactionTime;
     while (clock_.now() < end) {
         waitOnce(end);
     }
 }
 
-int SimulatedDesktop::msgBox(const std::string& text, int style, const std::string& title) {
+int SimulatedHost::msgBox(const std::string& text, int style, const std::string& title) {
     enter();
     clock_.countPoll();
     const Counted modal(modalDepth_);
@@ -203,7 +203,7 @@ int SimulatedDesktop::msgBox(const std::string& text, int style, const std::stri
     return box.answer;
 }
 
-void SimulatedDesktop::askForFile(FileDialog& dialog, bool save) {
+void SimulatedHost::askForFile(FileDialog& dialog, bool save) {
     enter();
     clock_.countPoll();
     const Counted modal(modalDepth_);
@@ -229,13 +229,13 @@ void SimulatedDesktop::askForFile(FileDialog& dialog, bool save) {
 
 // Forms.
 
-Form* SimulatedDesktop::form(std::string_view name) const {
+Form* SimulatedHost::form(std::string_view name) const {
     const auto at = std::ranges::find(forms_, name, [](const Form* form) { return std::string_view(form->name); });
     return at == forms_.end() ? nullptr : *at;
 }
 
 // Reports a change of a form; a violation if it is not loaded.
-void SimulatedDesktop::noteChange(Form& form, FormChange change) {
+void SimulatedHost::noteChange(Form& form, FormChange change) {
     enter();
     if (std::ranges::find(forms_, &form) == forms_.end()) {
         violations_.push_back(form.name + " is shown, hidden or unloaded and was not loaded");
@@ -245,7 +245,7 @@ void SimulatedDesktop::noteChange(Form& form, FormChange change) {
     }
 }
 
-void SimulatedDesktop::load(Form& form) {
+void SimulatedHost::load(Form& form) {
     if (this->form(form.name) != nullptr) {
         violations_.push_back(form.name + " is loaded twice");
     }
@@ -254,17 +254,17 @@ void SimulatedDesktop::load(Form& form) {
     timers_.add(form);
 }
 
-void SimulatedDesktop::show(Form& form) {
+void SimulatedHost::show(Form& form) {
     noteChange(form, FormChange::shown);
     form.visible = true;
 }
 
-void SimulatedDesktop::hide(Form& form) {
+void SimulatedHost::hide(Form& form) {
     noteChange(form, FormChange::hidden);
     form.visible = false;
 }
 
-void SimulatedDesktop::unload(Form& form) {
+void SimulatedHost::unload(Form& form) {
     noteChange(form, FormChange::unloaded);
     form.visible = false;
     timers_.remove(form);

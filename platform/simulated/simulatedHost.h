@@ -1,8 +1,8 @@
-// A desktop on a virtual clock: one thread, no real windows; the same script gives the same run.
+// A host on a virtual clock: one thread, no real windows; the same script gives the same run.
 #pragma once
 
-#include "platform/desktop.h"
-#include "platform/simulated/desktopRecords.h"
+#include "platform/host.h"
+#include "platform/simulated/hostRecords.h"
 #include "platform/simulated/simulatedFiles.h"
 #include "platform/simulated/simulatedPort.h"
 #include "platform/windowTimers.h"
@@ -23,11 +23,11 @@ enum class RunEnd {
     stuck, // see stuckReason()
 };
 
-class SimulatedDesktop : public Desktop {
+class SimulatedHost : public Host {
   public:
     using Handler = std::function<void()>;
 
-    SimulatedDesktop(VirtualClock& clock, SimulatedPort& port, SimulatedFiles& files)
+    SimulatedHost(VirtualClock& clock, SimulatedPort& port, SimulatedFiles& files)
         : clock_(clock), port_(port), files_(files) {}
 
     // Runs a first event and then all later ones, until one of the conditions of RunEnd.
@@ -55,7 +55,7 @@ class SimulatedDesktop : public Desktop {
     // Records of the run so far.
     const std::deque<Box>& boxes() const { return boxes_; }
     const std::deque<FileRequest>& fileRequests() const { return fileRequests_; }
-    // Failures that left an event's handler, and invalid uses of the desktop.
+    // Failures that left an event's handler, and invalid uses of the host.
     const std::vector<std::string>& violations() const { return violations_; }
     bool modalOpen() const { return modalDepth_ > 0; }
     bool keptAwake() const { return keptAwake_; }

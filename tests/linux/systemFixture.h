@@ -1,4 +1,4 @@
-// Stubs of the system for tests of the real desktop. COM3 is a pseudo terminal; the stubs return results that a pseudo
+// Stubs of the system for tests of the real host. COM3 is a pseudo terminal; the stubs return results that a pseudo
 // terminal and a disk do not return.
 #pragma once
 
@@ -93,11 +93,11 @@ inline std::string outputOf(const std::string& command) {
     return {text, size};
 }
 
-inline constexpr const char* systemStory = "realPosix.txt";
+inline constexpr const char* systemStory = "qtLinux.txt";
 
 class SystemFixture : public contract::Fixture {
   protected:
-    SystemFixture(platform::Desktop& desktop, const std::string& place) : Fixture(desktop, place) {
+    SystemFixture(platform::Host& host, const std::string& place) : Fixture(host, place) {
         constexpr int low = ASYNC_LOW_LATENCY;
         std::signal(SIGXFSZ, SIG_IGN); // a write that is too long fails
         outputOf("prlimit --nofile=200 --pid $PPID");

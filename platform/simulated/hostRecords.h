@@ -1,7 +1,7 @@
-// The simulated desktop's records of boxes, file dialogs and window changes.
+// The simulated host's records of boxes, file dialogs and window changes.
 #pragma once
 
-#include "platform/desktop.h"
+#include "platform/host.h"
 #include "platform/simulated/virtualClock.h"
 
 #include <optional>

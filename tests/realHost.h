@@ -1,8 +1,8 @@
-// The real desktop on the toolkit's offscreen screen. It is destroyed before the exit handlers run, because these destroy
+// The real host on the toolkit's offscreen screen. It is destroyed before the exit handlers run, because these destroy
 // parts of the toolkit in another order.
 #pragma once
 
-#include "platform/qt/qtDesktop.h"
+#include "platform/qt/qtHost.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -14,16 +14,16 @@ extern "C" const char* __lsan_default_suppressions() { // NOLINT: the sanitizer'
     return "leak:libfontconfig";
 }
 
-inline std::optional<platform::QtDesktop> realDesktop;
+inline std::optional<platform::QtHost> realHost;
 
-class RealDesktop : public testing::Environment {
+class RealHost : public testing::Environment {
     void SetUp() override {
         qputenv("QT_QPA_PLATFORM", "offscreen");
-        realDesktop.emplace();
+        realHost.emplace();
     }
-    void TearDown() override { realDesktop.reset(); }
+    void TearDown() override { realHost.reset(); }
 };
-inline testing::Environment* const realDesktopUp = testing::AddGlobalTestEnvironment(new RealDesktop);
+inline testing::Environment* const realHostUp = testing::AddGlobalTestEnvironment(new RealHost);
 
 // Makes a new folder for a test.
 inline std::filesystem::path makeTestFolder() {
