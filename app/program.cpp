@@ -1,12 +1,13 @@
 #include "app/program.h"
 
-#include "firmware/loadCommand.h"
+#include "configuration/iniFiles.h"
 #include "startup/startUpWindow.h"
 #include "state/variables.h"
+#include "texts/messages.h"
+#include "transfer/loadCommand.h"
 #include "transfer/transferCommands.h"
 #include "ui/forms.h"
 #include "ui/mainWindow.h"
-#include "ui/messages.h"
 #include "ui/resourceSetting.h"
 
 #include <functional>
@@ -63,7 +64,9 @@ void bindEvents() {
 
 void start() {
     resetForms();
-    shared = SharedVariables();
+    shared = {};
+    Common::ini = {};
+    StartUpWindow::settingPort = false;
     bindEvents();
     frmStartUp();
 }

@@ -6,12 +6,12 @@
 // The port is COM3 of the Setting.INI in the folder of this program. Prints lines of the form "name value".
 #include "app/program.h"
 #include "firmware/binaryFile.h"
-#include "firmware/loadCommand.h"
 #include "link/commPort.h"
 #include "link/exchange.h"
 #include "link/replyReceiver.h"
 #include "platform/qt/qtHost.h"
 #include "state/variables.h"
+#include "transfer/loadCommand.h"
 #include "transfer/programState.h"
 #include "transfer/transferCommands.h"
 #include "transfer/xModem.h"

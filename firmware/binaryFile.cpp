@@ -2,7 +2,7 @@
 
 #include "base/text.h"
 #include "platform/host.h"
-#include "ui/messages.h"
+#include "texts/messages.h"
 
 #include <span>
 

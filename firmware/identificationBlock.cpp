@@ -3,7 +3,7 @@
 #include "base/checked.h"
 #include "base/text.h"
 #include "state/variables.h"
-#include "ui/messages.h"
+#include "texts/messages.h"
 
 #include <algorithm>
 

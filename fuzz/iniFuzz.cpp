@@ -2,10 +2,10 @@
 // is looked up and the type text of the file, the second one a raw version; what follows is the text of both INI files.
 #include "app/program.h"
 #include "base/text.h"
+#include "configuration/iniFiles.h"
 #include "fuzz/check.h"
 #include "platform/profile.h"
 #include "platform/simulated/world.h"
-#include "startup/configuration.h"
 #include "state/variables.h"
 #include "ui/forms.h"
 
@@ -31,7 +31,7 @@ void checkReader(const std::string& text, const std::string& key) {
     std::string list = text;
     const auto items = std::ranges::count(text, ',') + 1;
     check(Common::fncSplitList(list) == std::min<std::ptrdiff_t>(items, 101), "a list is split at its commas");
-    for (const std::string& item : shared.iniList) {
+    for (const std::string& item : Common::ini.iniList) {
         check(item == trim(item) && item.find_first_of(",\t") == std::string::npos, "an item is clean");
     }
 }

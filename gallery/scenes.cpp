@@ -3,11 +3,11 @@
 #include "base/failure.h"
 #include "platform/qt/text.h"
 #include "state/variables.h"
+#include "texts/messages.h"
+#include "texts/stringTable.h"
 #include "ui/forms.h"
 #include "ui/mainWindow.h"
-#include "ui/messages.h"
 #include "ui/resourceSetting.h"
-#include "ui/stringTable.h"
 
 #include <QDialog>
 #include <QDir>
@@ -169,13 +169,11 @@ void showTableBoxes(const Run& run) {
 
 void showLiteralBoxes(const Run& run) {
     visitDialog(run, "box-port-setup");
-    run.host.msgBox(shared.portSetupText, boxStyle::exclamation, messageText::title);
+    run.host.msgBox({textId::portSetup, shared.portSetupText, boxStyle::exclamation, messageText::title});
     visitDialog(run, "box-end");
-    run.host.msgBox(run.inJapanese() ? messageText::succeedJapanese : messageText::succeed,
-                    boxStyle::information + (run.inJapanese() ? boxStyle::ok : boxStyle::okCancel), messageText::title);
+    fncMsgBox(textId::succeed, boxStyle::information + (run.inJapanese() ? boxStyle::ok : boxStyle::okCancel));
     visitDialog(run, "box-failed");
-    run.host.msgBox(run.inJapanese() ? messageText::failedJapanese : messageText::failed, boxStyle::information,
-                    messageText::title);
+    fncMsgBox(textId::failed, boxStyle::information);
 }
 
 void showFileDialogs(const Run& run) {

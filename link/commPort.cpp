@@ -3,8 +3,8 @@
 #include "base/failure.h"
 #include "platform/host.h"
 #include "state/variables.h"
-#include "ui/messages.h"
-#include "ui/stringTable.h"
+#include "texts/messages.h"
+#include "texts/stringTable.h"
 
 using platform::host;
 using platform::SerialPort;
@@ -33,8 +33,8 @@ void tryStep(Step step) {
 }
 
 // These texts are Japanese in both languages.
-void showOpenFailure(const std::string& text) {
-    host().msgBox(text, platform::boxStyle::critical, messageText::title);
+void showOpenFailure(std::int32_t id, const std::string& text) {
+    host().msgBox({id, text, platform::boxStyle::critical, messageText::title});
 }
 
 void closeIfOpen(SerialPort& port) {
@@ -59,7 +59,7 @@ bool fncOpenPort(std::int16_t portNumber, const std::string& settings) {
     SerialPort& port = *shared.serialPort;
     tryStep([&] { port.choosePort(portNumber); });
     if (port.isOpen()) {
-        showOpenFailure(loadText(textId::portDoesNotOpen));
+        showOpenFailure(textId::portDoesNotOpen, loadText(textId::portDoesNotOpen));
         return false;
     }
     int failure = 0;
@@ -68,10 +68,12 @@ bool fncOpenPort(std::int16_t portNumber, const std::string& settings) {
     tryStep(failure, [&] { port.read(); });
     if (failure != 0) {
         closeIfOpen(port);
-        showOpenFailure(failure == failureNumber::portMissing
-                            ? loadText(textId::portMissing1) + std::to_string(portNumber) +
-                                  loadText(textId::portMissing2)
-                            : loadText(textId::portDoesNotOpen));
+        if (failure == failureNumber::portMissing) {
+            showOpenFailure(textId::portMissing1, loadText(textId::portMissing1) + std::to_string(portNumber) +
+                                                      loadText(textId::portMissing2));
+        } else {
+            showOpenFailure(textId::portDoesNotOpen, loadText(textId::portDoesNotOpen));
+        }
         return false;
     }
     tryStep([&] { port.setBufferSizes(inputBufferSize, outputBufferSize); });

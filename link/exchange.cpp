@@ -1,12 +1,13 @@
 #include "link/exchange.h"
 
+#include "base/exitCode.h"
 #include "base/text.h"
 #include "link/commPort.h"
 #include "link/replyReceiver.h"
 #include "platform/host.h"
 #include "state/variables.h"
-#include "ui/messages.h"
-#include "ui/stringTable.h"
+#include "texts/messages.h"
+#include "texts/stringTable.h"
 
 #include <array>
 
@@ -41,7 +42,7 @@ void receiveReply(ReplyReceiver& receiver, std::int64_t deadline) {
 void subLinkFailure(const std::string& text) {
     if (fncMsgBox(textId::shutDownByCancel, platform::boxStyle::critical + platform::boxStyle::okCancel, text) ==
         platform::boxAnswer::cancel) {
-        host().endProgram();
+        host().endProgram(exitCode::failed);
     }
 }
 

@@ -8,8 +8,8 @@
 #include "link/resultCodes.h"
 #include "platform/host.h"
 #include "state/variables.h"
-#include "ui/messages.h"
-#include "ui/stringTable.h"
+#include "texts/messages.h"
+#include "texts/stringTable.h"
 
 #include <algorithm>
 

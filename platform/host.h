@@ -28,6 +28,14 @@ constexpr int ok = 1;
 constexpr int cancel = 2;
 } // namespace boxAnswer
 
+// A message box. The text is plain, "\r\n" is a line break.
+struct Message {
+    int id = 0; // the number of its text, whatever the language: a host without a screen chooses its answer by it
+    std::string text;
+    int style = boxStyle::ok;
+    std::string title;
+};
+
 // The state of the file dialog component. A dialog that the operator confirms puts the path into fileName.
 struct FileDialog {
     static constexpr int overwritePrompt = 2;
@@ -66,9 +74,9 @@ class Host {
     // received byte, a failure of the port, or the clock has reached `until`; sometimes earlier.
     virtual void waitForEvents(std::int64_t until) = 0;
 
-    // Shows a modal box and gives boxAnswer::ok or boxAnswer::cancel. The text is plain, "\r\n" is a line break.
-    // Window events run meanwhile. Escape and the close box answer Cancel, or OK where there is no Cancel button.
-    virtual int msgBox(const std::string& text, int style, const std::string& title) = 0;
+    // Shows a modal box and gives boxAnswer::ok or boxAnswer::cancel. Window events run meanwhile. Escape and the close
+    // box answer Cancel, or OK where there is no Cancel button.
+    virtual int msgBox(const Message& message) = 0;
 
     // Show the dialogs for opening and saving. An open dialog accepts a file that does not exist; neither adds an
     // extension. Blanks at the ends of a name are ignored, also for the question whether to overwrite.
@@ -98,7 +106,7 @@ class Host {
     virtual bool previousInstance() = 0;
 
     // Stops the whole process at once: no further code of the program runs.
-    [[noreturn]] virtual void endProgram() = 0;
+    [[noreturn]] virtual void endProgram(int exitCode) = 0;
 };
 
 // The host that this program runs on, set once before anything else.

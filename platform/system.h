@@ -1,5 +1,5 @@
-// The services of the system except windows. platform/linux and platform/windows each define all of them; the build
-// compiles the folder of its target.
+// The services of the system, except the windows on the screen. platform/linux and platform/windows each define all of
+// them; the build compiles the folder of its target.
 #pragma once
 
 #include "platform/files.h"
@@ -25,10 +25,13 @@ bool takeInstanceLock();
 // for a password, and has no effect where the system offers no such lock.
 void keepAwake(bool on);
 
+// Folder of the program's file, with a separator at its end.
+std::string programDirectory();
+
 // Makes the system's error texts English in every locale.
 void setEnglishErrors();
 
 // Ends the process at once; no exit handler runs.
-[[noreturn]] void stopProcess();
+[[noreturn]] void stopProcess(int exitCode);
 
 } // namespace platform

@@ -1,9 +1,10 @@
 #include "soak/monitor.h"
 
+#include "startup/startUpWindow.h"
 #include "state/variables.h"
+#include "texts/stringTable.h"
 #include "transfer/programState.h"
 #include "ui/forms.h"
-#include "ui/messages.h"
 
 #include <QRegularExpression>
 
@@ -65,12 +66,11 @@ char letterOf(const Bytes& message) {
 }
 
 bool isSuccess(const Box& box) {
-    return box.text == messageText::succeed || box.text == messageText::succeedJapanese;
+    return box.id == textId::succeed;
 }
 
 bool isFailure(const Box& box) {
-    return box.text == messageText::failed || box.text == messageText::failedJapanese ||
-           box.text == messageText::verifyFailedJapanese;
+    return box.id == textId::failed || box.id == textId::verifyFailed;
 }
 
 const FrmMain* mainForm(const World& world) {
@@ -224,8 +224,7 @@ void Monitor::boxOpened(const Box& box) {
     if (boxes() > (portBad() ? mostBoxesWithoutPort : mostBoxes)) {
         violation("one box follows another");
     }
-    const bool notEqual =
-        isFailure(box) && (box.style == boxStyle::critical || box.text == messageText::verifyFailedJapanese);
+    const bool notEqual = isFailure(box) && (box.style == boxStyle::critical || box.id == textId::verifyFailed);
     if (operation_ == "cmdUpgrade" && (isSuccess(box) || notEqual)) {
         checkWritten(isSuccess(box));
     }
@@ -233,7 +232,7 @@ void Monitor::boxOpened(const Box& box) {
 
 void Monitor::eventRan() {
     action_.clear();
-    if (shared.stepBusy || shared.settingPort) {
+    if (shared.stepBusy || StartUpWindow::settingPort) {
         violation("a busy flag is still set");
     }
     const FrmMain* form = mainForm(world_);

@@ -1,15 +1,16 @@
 #include "startup/identification.h"
 
 #include "base/checked.h"
+#include "base/exitCode.h"
 #include "base/text.h"
+#include "configuration/iniFiles.h"
 #include "link/replyReceiver.h"
 #include "link/unitCommands.h"
 #include "platform/host.h"
-#include "startup/configuration.h"
 #include "state/variables.h"
-#include "ui/language.h"
-#include "ui/messages.h"
-#include "ui/stringTable.h"
+#include "texts/language.h"
+#include "texts/messages.h"
+#include "texts/stringTable.h"
 
 using CommonComm::replyData;
 using platform::host;
@@ -25,20 +26,17 @@ constexpr std::size_t modelLength = 16;                  // characters of the id
 constexpr std::size_t versionLength = 6;
 
 // Ends the program after the box, whatever the answer.
-void refuseUnit(std::int32_t id, std::int32_t japaneseStyle, std::int32_t englishStyle) {
-    if (japaneseSelected()) {
-        fncMsgBox(id, japaneseStyle);
-    } else {
-        fncMsgBox(id + englishOffset, englishStyle);
-    }
-    host().endProgram();
+void refuseUnit(std::int32_t id, std::int32_t style) {
+    fncMsgBox(id, style);
+    host().endProgram(exitCode::unitNotReady);
 }
 
 void requireOneSensor() {
     if (shared.unitStateText == "01" || shared.sensorCount == 0) {
-        refuseUnit(textId::unitNotConnected, boxStyle::critical, boxStyle::critical);
+        refuseUnit(textId::unitNotConnected, boxStyle::critical);
     } else if (shared.sensorCount != 1) {
-        refuseUnit(textId::notOnlyOneSensor, boxStyle::question, boxStyle::question + boxStyle::okCancel);
+        refuseUnit(textId::notOnlyOneSensor,
+                   boxStyle::question + (japaneseSelected() ? boxStyle::ok : boxStyle::okCancel));
     }
 }
 
@@ -75,7 +73,7 @@ void identify() {
     Bytes reply;
     if (const std::string result = Common::fncReadUnitState("0601", reply); result != "0000") {
         if (result != "1004") {
-            host().endProgram();
+            host().endProgram(exitCode::unitNotReady);
         }
         shared.ifuVersionText.clear();
         return;
@@ -87,19 +85,19 @@ void identify() {
     };
     if (const std::string result = readArea("D4"); result != "0000") {
         if (result != "2204") {
-            host().endProgram();
+            host().endProgram(exitCode::unitNotReady);
         }
         return;
     }
     const std::int32_t rawVersion = rawVersionOf(reply);
     if (readArea("D5") != "0000") {
-        host().endProgram();
+        host().endProgram(exitCode::unitNotReady);
     }
     takeAmplifier(rawVersion, reply);
     shared.ifuVersionText.clear();
     shared.ifuTypeName.clear();
     if (Common::fncCommand("0501", reply) != "0000") {
-        host().endProgram();
+        host().endProgram(exitCode::unitNotReady);
     }
     takeInterfaceUnit(reply);
 }

@@ -1,24 +1,27 @@
 #include "startup/startUpWindow.h"
 
 #include "base/checked.h"
+#include "base/exitCode.h"
 #include "base/failure.h"
 #include "base/flagGuard.h"
+#include "configuration/iniFiles.h"
 #include "link/commPort.h"
 #include "link/unitCommands.h"
 #include "platform/host.h"
-#include "startup/configuration.h"
 #include "startup/identification.h"
 #include "state/variables.h"
+#include "texts/messages.h"
+#include "texts/stringTable.h"
 #include "ui/forms.h"
 #include "ui/mainWindow.h"
-#include "ui/messages.h"
 #include "ui/resourceSetting.h"
-#include "ui/stringTable.h"
 
 using platform::host;
 namespace boxStyle = platform::boxStyle;
 
 namespace StartUpWindow {
+
+bool settingPort = false;
 
 namespace {
 
@@ -67,11 +70,12 @@ void showMainWindow() {
 }
 
 void showWindow(FrmStartUp& form) {
+    frmMain(); // loads it: that selects the language and requires TYPE.INI, before any text is set
     ResourceSetting::subSetFormText(form.name);
     frmMain().chkVerify.font.name = shared.screenFontName;
     if (host().previousInstance()) {
         fncMsgBox(textId::alreadyStarted, boxStyle::critical);
-        host().endProgram();
+        host().endProgram(exitCode::failed);
     }
     Common::fncReadSetting();
     centre(form);
@@ -91,9 +95,9 @@ void probeUnit(FrmStartUp& form) {
         subIdentifyUnit();
         showMainWindow();
     } else if (result == "2204") {
-        host().endProgram();
+        host().endProgram(exitCode::unitNotReady);
     } else {
-        host().msgBox(shared.portSetupText, boxStyle::exclamation, messageText::title);
+        host().msgBox({textId::portSetup, shared.portSetupText, boxStyle::exclamation, messageText::title});
         offerPorts(form);
     }
 }
@@ -142,20 +146,20 @@ void Form_Load() {
 }
 
 void cmdTest_Click() {
-    if (shared.settingPort) {
+    if (settingPort) {
         return;
     }
-    const FlagGuard guard(shared.settingPort);
+    const FlagGuard guard(settingPort);
     tryChosenPort(frmStartUp());
 }
 
 void cmdEnd_Click() {
-    host().endProgram();
+    host().endProgram(exitCode::done);
 }
 
 void Form_QueryUnload() {
     if (frmStartUp().visible && frmStartUp().cmdEnd.visible) {
-        host().endProgram();
+        host().endProgram(exitCode::done);
     }
 }
 

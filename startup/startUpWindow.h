@@ -3,6 +3,8 @@
 
 namespace StartUpWindow {
 
+extern bool settingPort; // cmdTest_Click is running
+
 // Runs first. Reads the settings, shows the picture, opens the port and asks for a unit.
 void Form_Load();
 

@@ -6,12 +6,13 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 // A firmware image: always handled whole, in XMODEM blocks.
 constexpr std::int32_t imageSize = 0x3C000;
 constexpr std::int32_t blockSize = 128;
 constexpr std::int32_t blockCount = imageSize / blockSize;
+
+enum class Language { japanese, english };
 
 namespace platform {
 class SerialPort;
@@ -25,12 +26,9 @@ struct SharedVariables {
     std::string unitStateText;                  // the unit's state, two characters
     std::int32_t sensorCount = 0;               // sensors connected to the unit
 
-    // Configuration, written by startup/.
-    std::string bpsText;              // bit/s, always 38400
-    std::int16_t comPortNumber = 0;   // COM port number: Setting.INI's, or the operator's choice
-    std::string iniFilePath;          // the INI file being read
-    std::vector<std::string> iniList; // items of the comma list last split
-    bool settingPort = false;         // cmdTest_Click is running
+    // Configuration, written by configuration/ and startup/.
+    std::string bpsText;            // bit/s, always 38400
+    std::int16_t comPortNumber = 0; // COM port number: Setting.INI's, or the operator's choice
 
     // What is connected and what is loaded, as the rows of the main window show it.
     std::int16_t targetUnit = 0;               // unit that the commands address: 1 the amplifier, 0 the interface unit
@@ -66,7 +64,8 @@ struct SharedVariables {
         std::uint8_t lastNumber = 0; // of the block stored last
     } cutBlocks;
 
-    // Texts of the selected language, written by ui/.
+    // The language, and texts in it, written by ui/.
+    Language language = Language::english;
     std::string screenFontName;
     std::string binFileFilter; // filter of the file dialogs
     std::string portSetupText; // shown at start-up when no unit answers

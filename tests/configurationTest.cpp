@@ -1,7 +1,6 @@
 // The two INI files and the texts in them.
-#include "startup/configuration.h"
-
 #include "base/text.h"
+#include "configuration/iniFiles.h"
 #include "firmware/identificationBlock.h"
 #include "platform/profile.h"
 #include "tests/failureOf.h"
@@ -55,7 +54,7 @@ TEST(Ini, SplitsListsAtCommas) {
     for (const auto& [text, items] : rows) {
         std::string given = text;
         EXPECT_EQ(Common::fncSplitList(given), std::ssize(items)) << text;
-        EXPECT_EQ(shared.iniList, items) << text;
+        EXPECT_EQ(Common::ini.iniList, items) << text;
         EXPECT_EQ(given.find('\t'), std::string::npos);
     }
 }

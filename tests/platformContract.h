@@ -152,7 +152,7 @@ inline Fixture::Fixture(Host& host, Text place) : desk(host), folder(place) {
     commands["toggle"] = [this](Text name) { form.control(name).value = form.control(name).value == 0 ? 1 : 0; };
     commands["value"] = [this](Text name) { add(std::lround(form.control(name).value)); };
     commands["box"] = [this](Text style) {
-        add(desk.msgBox(style.substr(std::min(style.find(' ') + 1, style.size())), std::stoi(style), "title"));
+        add(desk.msgBox({0, style.substr(std::min(style.find(' ') + 1, style.size())), std::stoi(style), "title"}));
     };
     commands["openDialog"] = [this](Text names) { ask(names, &Host::showOpen); };
     commands["saveDialog"] = [this](Text names) { ask(names, &Host::showSave); };

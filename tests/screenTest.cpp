@@ -1,7 +1,7 @@
 // What the operator reads after each choice of the language, and how the program ends.
 #include "tests/session.h"
 #include "tests/storyFile.h"
-#include "ui/messages.h"
+#include "texts/messages.h"
 #include "ui/resourceSetting.h"
 
 namespace {

@@ -120,7 +120,7 @@ TEST_F(SimulatedHostTest, ReportsEachKindOfHang) {
     form.timer.tick = [&] { // each tick opens another box
         form.timer.setInterval(100);
         form.timer.setEnabled(true);
-        desk.msgBox("", boxStyle::ok, "");
+        desk.msgBox({});
     };
     const std::function<void()> hangs[]{
         [&] { desk.waitForEvents(never); },  [&] { desk.waitForBytes(never); }, [&] { desk.doEvents(); },
@@ -141,7 +141,7 @@ TEST_F(SimulatedHostTest, RecordsViolations) {
     desk.hide(other);
     desk.load(form);
     desk.schedule(1, [] { throw Failure(failureNumber::overflow, "Overflow"); });
-    desk.schedule(2, [&] { desk.endProgram(); });
+    desk.schedule(2, [&] { desk.endProgram(0); });
     EXPECT_EQ(desk.run({}), RunEnd::programEnded);
     EXPECT_THROW(desk.doEvents(), ProgramEnd);
     EXPECT_EQ(desk.violations(),

@@ -4,12 +4,12 @@
 #include "link/commPort.h"
 #include "platform/host.h"
 #include "state/variables.h"
+#include "texts/language.h"
+#include "texts/messages.h"
+#include "texts/stringTable.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
-#include "ui/language.h"
-#include "ui/messages.h"
-#include "ui/stringTable.h"
 
 #include <algorithm>
 #include <array>
@@ -42,21 +42,15 @@ constexpr std::array controlRows{
     ControlRow{xModem::crcRequest, found::crcRequest},
 };
 
-void showError(const char* japanese, const char* english) {
-    fncMsgBox(textId::applicationError, platform::boxStyle::critical, japaneseSelected() ? japanese : english);
+void showError(std::int32_t id) {
+    fncMsgBox(textId::applicationError, platform::boxStyle::critical, selectedText(id));
 }
 
 std::int32_t checkSilence(std::int64_t now) {
     if (now - shared.lastActivityAt < silenceLimit) {
         return shared.blockLength > 0 ? found::noBlock : found::nothing;
     }
-    if (verificationSelected()) {
-        showError("ユニットからの送信が止まりました。ファームウェアを確認できません。",
-                  "The unit stopped sending. Its firmware could not be read back.");
-    } else {
-        showError("ユニットからの送信が止まりました。何も保存されていません。",
-                  "The unit stopped sending. Nothing was saved.");
-    }
+    showError(verificationSelected() ? textId::silentNotVerified : textId::silentNothingSaved);
     return found::end;
 }
 
@@ -178,14 +172,8 @@ bool imageIncomplete() {
 }
 
 void reportLostBlocks() {
-    if (!imageIncomplete()) {
-        return;
-    }
-    if (verificationSelected()) {
-        showError("受信できなかったデータがあります。", "A part of the firmware was lost on the way back.");
-    } else {
-        showError("受信できなかったデータがあります。何も保存されていません。",
-                  "A part of the firmware was lost on the way. Nothing was saved.");
+    if (imageIncomplete()) {
+        showError(verificationSelected() ? textId::lostNotVerified : textId::lostNothingSaved);
     }
 }
 

@@ -3,7 +3,8 @@
 #include "link/commPort.h"
 #include "platform/host.h"
 #include "state/variables.h"
-#include "ui/messages.h"
+#include "texts/language.h"
+#include "texts/messages.h"
 
 std::int32_t writeShowingFailure(const Bytes& bytes) {
     try {
@@ -12,7 +13,8 @@ std::int32_t writeShowingFailure(const Bytes& bytes) {
         return 0;
     } catch (const std::exception&) {
         const FailureReport failure = currentFailure();
-        platform::host().msgBox(failure.description, platform::boxStyle::critical, messageText::linkErrorTitle);
+        platform::host().msgBox({textId::rawWriteFailed, failure.description, platform::boxStyle::critical,
+                                 selectedText(textId::rawWriteFailed)});
         return failure.number;
     }
 }

@@ -5,12 +5,13 @@
 #include "link/resultCodes.h"
 #include "platform/host.h"
 #include "state/variables.h"
+#include "texts/messages.h"
+#include "texts/stringTable.h"
 #include "transfer/blockReader.h"
 #include "transfer/programState.h"
 #include "transfer/rawWrite.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
-#include "ui/messages.h"
 
 namespace FirmComm {
 
@@ -60,8 +61,7 @@ std::int32_t closeRead() {
         setCommTimer(false);
     }
     if (!verificationSelected()) {
-        showReadNotice(shared.readFailed ? messageText::failedJapanese : messageText::succeedJapanese,
-                       shared.readFailed ? messageText::failed : messageText::succeed, platform::boxStyle::information);
+        showReadNotice(shared.readFailed ? textId::failed : textId::succeed, platform::boxStyle::information);
     }
     return state::idle;
 }

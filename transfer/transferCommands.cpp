@@ -2,11 +2,13 @@
 
 #include "base/failure.h"
 #include "base/version.h"
-#include "firmware/fileDialog.h"
 #include "link/commPort.h"
 #include "link/unitCommands.h"
 #include "platform/host.h"
 #include "state/variables.h"
+#include "texts/messages.h"
+#include "texts/stringTable.h"
+#include "transfer/fileDialog.h"
 #include "transfer/programState.h"
 #include "transfer/rawWrite.h"
 #include "transfer/readProcedure.h"
@@ -15,9 +17,7 @@
 #include "transfer/writeProcedure.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
-#include "ui/messages.h"
 #include "ui/resourceSetting.h"
-#include "ui/stringTable.h"
 
 using platform::host;
 using platform::MousePointer;
@@ -50,7 +50,7 @@ void upgrade(FrmMain& form) {
         return;
     }
     if (form.LabelWriteProtect.visible) {
-        host().msgBox(messageText::formatTest, boxStyle::ok, program::name);
+        showMessage(textId::formatTest, boxStyle::ok, program::name);
         enableWindow(form);
         return;
     }

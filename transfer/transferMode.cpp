@@ -5,12 +5,12 @@
 #include "link/unitCommands.h"
 #include "platform/host.h"
 #include "state/variables.h"
+#include "texts/language.h"
+#include "texts/messages.h"
 #include "transfer/blockReader.h"
 #include "transfer/rawWrite.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
-#include "ui/language.h"
-#include "ui/messages.h"
 
 using platform::host;
 
@@ -116,9 +116,8 @@ bool verificationSelected() {
     return frmMain().chkVerify.value == 1;
 }
 
-void showReadNotice(const char* japanese, const char* english, int style) {
-    const bool inJapanese = japaneseSelected();
-    host().msgBox(inJapanese ? japanese : english, style, inJapanese ? messageText::japaneseTitle : messageText::title);
+void showReadNotice(std::int32_t id, int style) {
+    showMessage(id, style, selectedText(textId::waitTitle));
 }
 
 } // namespace FirmComm

@@ -1,6 +1,7 @@
 // Enters and leaves the unit's transfer mode.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace FirmComm {
@@ -23,7 +24,7 @@ void setCommTimer(bool enabled);
 
 bool verificationSelected();
 
-// A notice in the selected language, under the title of reads and verifications.
-void showReadNotice(const char* japanese, const char* english, int style);
+// A notice under the title of reads and verifications.
+void showReadNotice(std::int32_t id, int style);
 
 } // namespace FirmComm

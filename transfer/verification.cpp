@@ -3,12 +3,12 @@
 #include "link/commPort.h"
 #include "platform/host.h"
 #include "state/variables.h"
+#include "texts/language.h"
+#include "texts/messages.h"
 #include "transfer/programState.h"
 #include "transfer/readProcedure.h"
 #include "transfer/transferMode.h"
 #include "ui/forms.h"
-#include "ui/language.h"
-#include "ui/messages.h"
 
 using platform::host;
 
@@ -20,7 +20,7 @@ constexpr int stepInterval = 100; // milliseconds
 constexpr int comparisonPause = 2000;
 
 void readBack() {
-    frmWait().lblMsg.caption = japaneseSelected() ? "ベリファイ中..." : "Verification...";
+    frmWait().lblMsg.caption = selectedText(textId::verificationRuns);
     shared.programState = state::readStart;
     while (shared.programState != state::idle) {
         host().sleep(stepInterval);
@@ -35,9 +35,9 @@ void readBack() {
 
 void showComparison() {
     if (fncCompareImage() == 0) {
-        showReadNotice(messageText::succeedJapanese, messageText::succeed, platform::boxStyle::information);
+        showReadNotice(textId::succeed, platform::boxStyle::information);
     } else {
-        showReadNotice(messageText::verifyFailedJapanese, messageText::failed, platform::boxStyle::critical);
+        showReadNotice(textId::verifyFailed, platform::boxStyle::critical);
     }
 }
 

@@ -4,12 +4,12 @@
 #include "link/resultCodes.h"
 #include "platform/host.h"
 #include "state/variables.h"
+#include "texts/language.h"
+#include "texts/messages.h"
 #include "transfer/programState.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
-#include "ui/language.h"
-#include "ui/messages.h"
 
 using platform::host;
 namespace boxStyle = platform::boxStyle;
@@ -31,9 +31,7 @@ std::int32_t transferImage() {
 
 // The English box has a Cancel button; its answer changes nothing.
 void showSuccess() {
-    const bool inJapanese = japaneseSelected();
-    host().msgBox(inJapanese ? messageText::succeedJapanese : messageText::succeed,
-                  boxStyle::information + (inJapanese ? boxStyle::ok : boxStyle::okCancel), messageText::title);
+    fncMsgBox(textId::succeed, boxStyle::information + (japaneseSelected() ? boxStyle::ok : boxStyle::okCancel));
 }
 
 std::int32_t closeWrite() {
@@ -72,8 +70,7 @@ std::int32_t endFailedWrite() {
     shared.verifying = false;
     subEndTransfer();
     setCommTimer(false);
-    host().msgBox(japaneseSelected() ? messageText::failedJapanese : messageText::failed, boxStyle::information,
-                  messageText::title);
+    fncMsgBox(textId::failed, boxStyle::information);
     frmMain().mousePointer = platform::MousePointer::standard;
     return state::idleAfterWrite;
 }

@@ -1,11 +1,12 @@
 #include "ui/mainWindow.h"
 
+#include "base/exitCode.h"
 #include "base/version.h"
 #include "state/variables.h"
-#include "ui/language.h"
-#include "ui/messages.h"
+#include "texts/messages.h"
+#include "texts/stringTable.h"
+#include "ui/forms.h"
 #include "ui/resourceSetting.h"
-#include "ui/stringTable.h"
 
 #include <array>
 #include <cstdio>
@@ -26,9 +27,8 @@ void requireTypeFile() {
     if (host().files().exists(host().programDirectory() + "TYPE.INI")) {
         return;
     }
-    host().msgBox(loadText(textId::iniFileMissing + (japaneseSelected() ? 0 : englishOffset)),
-                  platform::boxStyle::critical, messageText::title);
-    host().endProgram();
+    fncMsgBox(textId::iniFileMissing, platform::boxStyle::critical);
+    host().endProgram(exitCode::configurationWrong);
 }
 
 } // namespace
@@ -87,7 +87,7 @@ void cmdEnd_Click() {
 }
 
 void Form_QueryUnload() {
-    host().endProgram();
+    host().endProgram(exitCode::done);
 }
 
 } // namespace MainWindow

@@ -2,10 +2,11 @@
 
 #include "base/text.h"
 #include "state/variables.h"
+#include "texts/language.h"
+#include "texts/messages.h"
+#include "texts/stringTable.h"
 #include "ui/artNumbers.h"
-#include "ui/language.h"
-#include "ui/messages.h"
-#include "ui/stringTable.h"
+#include "ui/forms.h"
 
 #include <array>
 
@@ -20,25 +21,20 @@ struct CaptionRow {
     std::int32_t id;
 };
 
-void setCaptions(std::initializer_list<CaptionRow> rows, std::int32_t languageOffset) {
+void setCaptions(std::initializer_list<CaptionRow> rows, std::int32_t offset) {
     for (const CaptionRow& row : rows) {
-        row.control.caption = loadText(row.id + languageOffset);
+        row.control.caption = loadText(row.id + offset);
         row.control.font.name = shared.screenFontName;
     }
 }
 
 // Sets the names of the rows for screen readers; on the screen the rows have no captions.
 void nameRows(FrmMain& form) {
-    struct Row {
-        const char* japanese;
-        const char* english;
-    };
-    constexpr std::array names{Row{"アンプ", "Amplifier"}, Row{"インターフェースユニット", "Interface unit"},
-                               Row{"ファイル", "File"}};
+    constexpr std::array names{textId::amplifier, textId::interfaceUnit, textId::file};
     for (std::size_t row = 0; row < names.size(); ++row) {
-        const std::string name = japaneseSelected() ? names[row].japanese : names[row].english;
-        form.lblTitle[row].accessibleName = name + (japaneseSelected() ? " 型式" : " model");
-        form.lblVersion[row].accessibleName = name + (japaneseSelected() ? " バージョン" : " version");
+        const std::string name = selectedText(names[row]);
+        form.lblTitle[row].accessibleName = name + selectedText(textId::model);
+        form.lblVersion[row].accessibleName = name + selectedText(textId::version);
         if (row < form.optPresent.size()) {
             form.optPresent[row].accessibleName = name;
         }
@@ -46,32 +42,31 @@ void nameRows(FrmMain& form) {
 }
 
 std::string waitText(const std::string& model, const std::string& version) {
-    return japaneseSelected() ? model + " のソフトウェアを ver" + version + " にアップデート中です。"
-                              : model + " is under updating to ver" + version + ".";
+    return model + selectedText(textId::updating1) + version + selectedText(textId::updating2);
 }
 
 } // namespace
 
 void subSetFormText(std::string_view formName) {
     try {
-        const std::int32_t languageOffset = japaneseSelected() ? 0 : englishOffset;
+        const std::int32_t offset = languageOffset();
         if (formName == "frmMain") {
-            subSetMainText(languageOffset);
+            subSetMainText(offset);
         } else if (formName == "frmStartUp") {
-            subSetStartUpText(languageOffset);
+            subSetStartUpText(offset);
         } else if (formName == "frmWait") {
-            subSetWaitText(languageOffset);
+            subSetWaitText(offset);
         }
     } catch (const std::exception&) {
         subReportError();
     }
 }
 
-void subSetMainText(std::int32_t languageOffset) {
+void subSetMainText(std::int32_t offset) {
     try {
         FrmMain& form = frmMain();
-        shared.screenFontName = loadText(textId::fontName + languageOffset);
-        shared.binFileFilter = loadText(textId::binFileFilter + languageOffset);
+        shared.screenFontName = loadText(textId::fontName + offset);
+        shared.binFileFilter = loadText(textId::binFileFilter + offset);
         form.title = loadText(textId::mainTitle);
         setCaptions({{form.lblPresent, textId::presentHeading},
                      {form.lblRewriting, textId::rewritingHeading},
@@ -79,39 +74,39 @@ void subSetMainText(std::int32_t languageOffset) {
                      {form.cmdPresent, textId::savePresent},
                      {form.cmdUpgrade, textId::startUpgrade},
                      {form.cmdEnd, textId::end}},
-                    languageOffset);
+                    offset);
         nameRows(form);
     } catch (const std::exception&) {
         subReportError();
     }
 }
 
-void subSetStartUpText(std::int32_t languageOffset) {
+void subSetStartUpText(std::int32_t offset) {
     try {
         FrmStartUp& form = frmStartUp();
-        shared.screenFontName = loadText(textId::fontName + languageOffset);
+        shared.screenFontName = loadText(textId::fontName + offset);
         subLoadMessageTexts();
         setCaptions({{form.lblBPS, textId::speed},
                      {form.lblCom, textId::port},
                      {form.cmdEnd, textId::cancelStart},
                      {form.cmdTest, textId::setPort}},
-                    languageOffset);
+                    offset);
         form.imgLogo.picture = art::logo;
     } catch (const std::exception&) {
         subReportError();
     }
 }
 
-void subSetWaitText(std::int32_t languageOffset) {
+void subSetWaitText(std::int32_t offset) {
     try {
         FrmWait& form = frmWait();
-        shared.screenFontName = loadText(textId::fontName + languageOffset);
+        shared.screenFontName = loadText(textId::fontName + offset);
         subLoadMessageTexts();
-        form.title = loadText(textId::waitTitle + languageOffset);
+        form.title = loadText(textId::waitTitle + offset);
         form.lblMsg.caption = trim(waitText(frmMain().lblTitle[2].caption, frmMain().lblVersion[2].caption));
         form.lblMsg.font.name = shared.screenFontName;
-        form.prbComm.accessibleName = japaneseSelected() ? "進行状況" : "Progress";
-        setCaptions({{form.cmdCancel, textId::cancelWait}}, languageOffset);
+        form.prbComm.accessibleName = selectedText(textId::progress);
+        setCaptions({{form.cmdCancel, textId::cancelWait}}, offset);
     } catch (const std::exception&) {
         subReportError();
     }
@@ -119,7 +114,7 @@ void subSetWaitText(std::int32_t languageOffset) {
 
 void subLoadMessageTexts() {
     try {
-        shared.portSetupText = loadText(textId::portSetup + (englishSelected() ? englishOffset : 0));
+        shared.portSetupText = selectedText(textId::portSetup);
     } catch (const std::exception&) {
         subReportError();
     }
@@ -127,7 +122,8 @@ void subLoadMessageTexts() {
 
 void optLanguage_Click() {
     try {
-        frmMain().chkVerify.caption = japaneseSelected() ? "ベリファイ実行" : "Verification";
+        shared.language = frmMain().optLanguage[0].value == 1 ? Language::japanese : Language::english;
+        frmMain().chkVerify.caption = selectedText(textId::verification);
         subSetFormText("frmMain");
     } catch (const std::exception&) {
         subReportError();

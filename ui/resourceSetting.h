@@ -9,14 +9,14 @@ namespace ResourceSetting {
 // Sets the texts of "frmMain", "frmStartUp" or "frmWait"; any other name changes nothing.
 void subSetFormText(std::string_view formName);
 
-void subSetMainText(std::int32_t languageOffset);
-void subSetStartUpText(std::int32_t languageOffset);
-void subSetWaitText(std::int32_t languageOffset);
+void subSetMainText(std::int32_t offset);
+void subSetStartUpText(std::int32_t offset);
+void subSetWaitText(std::int32_t offset);
 
 // Sets shared.portSetupText.
 void subLoadMessageTexts();
 
-// The click of both language options: sets the texts of the main window.
+// The click of both language options: selects the language and sets the texts of the main window.
 void optLanguage_Click();
 
 } // namespace ResourceSetting

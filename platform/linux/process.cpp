@@ -1,4 +1,4 @@
-// The instance lock, the sleep lock, and the end of the process.
+// The instance lock, the sleep lock, the folder of the program, and the end of the process.
 #include "base/version.h"
 #include "platform/system.h"
 
@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <spawn.h>
 #include <sys/file.h>
 #include <sys/wait.h>
@@ -104,8 +105,13 @@ void setEnglishErrors() {
     std::setlocale(LC_MESSAGES, "C");
 }
 
-void stopProcess() {
-    ::_exit(0);
+std::string programDirectory() {
+    std::error_code failed;
+    return std::filesystem::read_symlink("/proc/self/exe", failed).parent_path().string() + '/';
+}
+
+void stopProcess(int exitCode) {
+    ::_exit(exitCode);
 }
 
 } // namespace platform

@@ -1,6 +1,5 @@
 #include "platform/qt/messageBox.h"
 
-#include "platform/host.h"
 #include "platform/qt/stacking.h"
 #include "platform/qt/text.h"
 
@@ -73,15 +72,15 @@ void widenForTitle(QMessageBox& box) {
 
 } // namespace
 
-int showMessageBox(const std::string& text, int style, const std::string& title) {
+int showMessageBox(const Message& message) {
     QMessageBox box;
     box.setTextFormat(Qt::PlainText);
-    box.setWindowTitle(fromUtf8(title));
-    box.setIcon(iconOfStyle(style));
-    box.setText(shownText(text, box.font()));
+    box.setWindowTitle(fromUtf8(message.title));
+    box.setIcon(iconOfStyle(message.style));
+    box.setText(shownText(message.text, box.font()));
     box.setDefaultButton(box.addButton("OK", QMessageBox::AcceptRole));
     QPushButton* cancel = nullptr;
-    if (style % 16 == boxStyle::okCancel) {
+    if (message.style % 16 == boxStyle::okCancel) {
         cancel = box.addButton("Cancel", QMessageBox::RejectRole);
         box.setEscapeButton(cancel);
     }

@@ -1,11 +1,11 @@
 // The modal message box.
 #pragma once
 
-#include <string>
+#include "platform/host.h"
 
 namespace platform {
 
 // Shows the box and gives boxAnswer::ok or boxAnswer::cancel. The toolkit's event loop runs meanwhile.
-int showMessageBox(const std::string& text, int style, const std::string& title);
+int showMessageBox(const Message& message);
 
 } // namespace platform

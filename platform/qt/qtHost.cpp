@@ -1,15 +1,12 @@
 #include "platform/qt/qtHost.h"
 
+#include "base/exitCode.h"
 #include "base/version.h"
-#include "platform/clock.h"
-#include "platform/profile.h"
 #include "platform/qt/drawing.h"
 #include "platform/qt/fileDialogs.h"
 #include "platform/qt/messageBox.h"
 #include "platform/qt/text.h"
-#include "platform/system.h"
 
-#include <QDateTime>
 #include <QScreen>
 #include <QStyleFactory>
 #include <QThread>
@@ -30,22 +27,10 @@ char programName[] = "TarnBeacon";
 char* argv[] = {programName, nullptr};
 int argc = 1;
 
-// Path of the device of a COM port: from Setting.INI, else the default of the system.
-std::string portDevice(Files& files, const std::string& iniPath, int number) {
-    const std::string key = "COM" + std::to_string(number);
-    const std::string device = cleanedValue(getPrivateProfileString(files, "DEVICE", key, iniPath));
-    return device.empty() ? defaultDevice(number) : device;
-}
-
 } // namespace
 
-QtHost::QtHost()
-    : application_(argc, argv), files_(makeFiles()),
-      port_(makeLineDevice(),
-            [this](int number) { return portDevice(*files_, programDirectory() + "Setting.INI", number); }),
-      timers_([this](const Handler& tick) { deliver(tick); }) {
-    // Numbers and causes of failures are the same in every locale.
-    std::setlocale(LC_NUMERIC, "C");
+QtHost::QtHost() : application_(argc, argv), timers_([this](const Handler& tick) { deliver(tick); }) {
+    std::setlocale(LC_NUMERIC, "C"); // the toolkit has set the user's
     setEnglishErrors();
     QCoreApplication::setApplicationName(program::name);
     QCoreApplication::setApplicationVersion(QString("%1.%2").arg(program::major).arg(program::minor));
@@ -63,7 +48,7 @@ QtHost::QtHost()
 // While a program holds the old device, the system gives an adapter that is plugged in again another name.
 void QtHost::watchPort() {
     constexpr std::chrono::milliseconds interval{500}; // shorter than it takes to plug an adapter in again
-    QObject::connect(&portCheck_, &QTimer::timeout, [this] { port_.checkDevice(); });
+    QObject::connect(&portCheck_, &QTimer::timeout, [this] { port().checkDevice(); });
     portCheck_.start(interval);
 }
 
@@ -79,14 +64,6 @@ void QtHost::run() {
     QApplication::exec();
 }
 
-std::int64_t QtHost::timeGetTime() {
-    return clockMicros() / 1000;
-}
-
-std::string QtHost::dateAndTime() {
-    return toUtf8(QDateTime::currentDateTime().toString("yyyy/MM/dd HH:mm:ss"));
-}
-
 void QtHost::sleep(int milliseconds) {
     sync();
     paintChanges();
@@ -96,7 +73,7 @@ void QtHost::sleep(int milliseconds) {
 void QtHost::waitForBytes(std::int64_t until) {
     sync();
     paintChanges();
-    port_.waitForInput(fromMilliseconds(until));
+    port().waitForInput(fromMilliseconds(until));
 }
 
 void QtHost::doEvents() {
@@ -115,7 +92,7 @@ void QtHost::waitForEvents(std::int64_t until) {
     constexpr Micros longest = 20'000;
     timers_.readSettings();
     const Micros events = eventsAt_ + longest;
-    if (clockMicros() >= events || !port_.waitForInput(std::min({fromMilliseconds(until), timers_.due(), events}))) {
+    if (clockMicros() >= events || !port().waitForInput(std::min({fromMilliseconds(until), timers_.due(), events}))) {
         sync();
         QCoreApplication::processEvents(QEventLoop::AllEvents);
         timers_.tickDue();
@@ -123,9 +100,9 @@ void QtHost::waitForEvents(std::int64_t until) {
     }
 }
 
-int QtHost::msgBox(const std::string& text, int style, const std::string& title) {
+int QtHost::msgBox(const Message& message) {
     sync();
-    return showMessageBox(text, style, title);
+    return showMessageBox(message);
 }
 
 void QtHost::showOpen(FileDialog& dialog) {
@@ -169,23 +146,6 @@ Size QtHost::screenSize() {
     return {size.width() * twipsPerPixel, size.height() * twipsPerPixel};
 }
 
-std::string QtHost::programDirectory() {
-    return toUtf8(QCoreApplication::applicationDirPath()) + '/';
-}
-
-void QtHost::keepAwake(bool on) {
-    platform::keepAwake(on);
-}
-
-bool QtHost::previousInstance() {
-    return !takeInstanceLock();
-}
-
-void QtHost::endProgram() {
-    port_.releaseDevice();
-    stopProcess();
-}
-
 // Applies what the program has changed since the last call to windows and timers.
 void QtHost::sync() {
     for (const auto& [form, window] : windows_) {
@@ -216,8 +176,8 @@ void QtHost::deliver(const Handler& handler) {
 
 // A failure that no handler caught must not pass through the toolkit, and the state of the program is unknown after it.
 void QtHost::endUnhandled(const std::string& description) {
-    msgBox(description, boxStyle::critical, program::name);
-    endProgram();
+    msgBox({.text = description, .style = boxStyle::critical, .title = program::name});
+    endProgram(exitCode::failed);
 }
 
 } // namespace platform

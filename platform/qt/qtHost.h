@@ -1,10 +1,9 @@
-// The real host: windows, timers and dialogs of Qt 6 Widgets; port, disk and locks of the system.
+// The host with windows on the screen: windows, timers and dialogs of Qt 6 Widgets.
 #pragma once
 
-#include "platform/devicePort.h"
-#include "platform/host.h"
 #include "platform/qt/formWindow.h"
 #include "platform/qt/timerQueue.h"
+#include "platform/system/systemHost.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -13,7 +12,7 @@
 
 namespace platform {
 
-class QtHost final : public Host {
+class QtHost final : public SystemHost {
   public:
     // Creates the toolkit's application. There is one host in a process.
     QtHost();
@@ -22,13 +21,11 @@ class QtHost final : public Host {
     // Runs the windows until the program ends the process.
     void run();
 
-    std::int64_t timeGetTime() override;
-    std::string dateAndTime() override;
     void sleep(int milliseconds) override;
     void waitForBytes(std::int64_t until) override;
     void doEvents() override;
     void waitForEvents(std::int64_t until) override;
-    int msgBox(const std::string& text, int style, const std::string& title) override;
+    int msgBox(const Message& message) override;
     void showOpen(FileDialog& dialog) override;
     void showSave(FileDialog& dialog) override;
     void load(Form& form) override;
@@ -36,12 +33,6 @@ class QtHost final : public Host {
     void hide(Form& form) override;
     void unload(Form& form) override;
     Size screenSize() override;
-    void keepAwake(bool on) override;
-    SerialPort& commPort() override { return port_; }
-    Files& files() override { return *files_; }
-    std::string programDirectory() override;
-    bool previousInstance() override;
-    [[noreturn]] void endProgram() override;
 
   private:
     void watchPort();
@@ -52,8 +43,6 @@ class QtHost final : public Host {
     [[noreturn]] void endUnhandled(const std::string& description);
 
     QApplication application_;
-    std::unique_ptr<Files> files_;
-    DevicePort port_;
     QTimer portCheck_;
     TimerQueue timers_;
     Micros eventsAt_ = 0;                  // time of the last run of window events

@@ -9,10 +9,7 @@
 
 namespace platform {
 
-struct Box {
-    std::string text;
-    int style = 0;
-    std::string title;
+struct Box : Message {
     Micros at = 0;
     int answer = 0; // 0 while it is open
 

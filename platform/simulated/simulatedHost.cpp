@@ -175,8 +175,9 @@ RunEnd SimulatedHost::run(const Handler& entry) {
     }
 }
 
-void SimulatedHost::endProgram() {
+void SimulatedHost::endProgram(int exitCode) {
     ended_ = true;
+    exitCode_ = exitCode;
     throw ProgramEnd{};
 }
 
@@ -189,11 +190,11 @@ void SimulatedHost::waitForOperator() {
     }
 }
 
-int SimulatedHost::msgBox(const std::string& text, int style, const std::string& title) {
+int SimulatedHost::msgBox(const Message& message) {
     enter();
     clock_.countPoll();
     const Counted modal(modalDepth_);
-    Box& box = boxes_.emplace_back(Box{text, style, title, clock_.now()});
+    Box& box = boxes_.emplace_back(Box{message, clock_.now()});
     if (boxOpened) {
         boxOpened(box);
     }

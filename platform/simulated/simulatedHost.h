@@ -34,6 +34,7 @@ class SimulatedHost : public Host {
     RunEnd run(const Handler& entry);
     const std::string& stuckReason() const { return stuckReason_; }
     bool ended() const { return ended_; }
+    int exitCode() const { return exitCode_; } // once it has ended
 
     // Adds a window event of the operator or of a test.
     void schedule(Micros moment, Handler handler);
@@ -74,7 +75,7 @@ class SimulatedHost : public Host {
     void waitForBytes(std::int64_t until) override;
     void doEvents() override;
     void waitForEvents(std::int64_t until) override;
-    int msgBox(const std::string& text, int style, const std::string& title) override;
+    int msgBox(const Message& message) override;
     void showOpen(FileDialog& dialog) override { askForFile(dialog, false); }
     void showSave(FileDialog& dialog) override { askForFile(dialog, true); }
     void load(Form& form) override;
@@ -87,7 +88,7 @@ class SimulatedHost : public Host {
     Files& files() override { return files_; }
     std::string programDirectory() override { return directory; }
     bool previousInstance() override { return otherInstance; }
-    [[noreturn]] void endProgram() override;
+    [[noreturn]] void endProgram(int exitCode) override;
 
   private:
     void enter(); // first in each operation that the program calls
@@ -113,6 +114,7 @@ class SimulatedHost : public Host {
     int eventDepth_ = 0;
     bool keptAwake_ = false;
     bool ended_ = false;
+    int exitCode_ = 0;
     std::string stuckReason_;
 };
 

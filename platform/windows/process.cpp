@@ -1,8 +1,9 @@
-// The instance lock, the sleep lock, and the end of the process.
+// The instance lock, the sleep lock, the folder of the program, and the end of the process.
 #include "base/version.h"
 #include "platform/system.h"
 #include "platform/windows/systemText.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <windows.h>
 
@@ -31,8 +32,20 @@ void keepAwake(bool on) {
 
 void setEnglishErrors() {} // causeText() requests English
 
-void stopProcess() {
-    ::TerminateProcess(::GetCurrentProcess(), 0);
+std::string programDirectory() {
+    std::wstring path(MAX_PATH, L'\0');
+    DWORD length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    while (length == path.size()) { // cut
+        path.resize(2 * path.size());
+        length = ::GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    }
+    std::string folder = fromWide(std::wstring_view(path).substr(0, path.find_last_of(L"\\", length) + 1));
+    std::ranges::replace(folder, '\\', '/');
+    return folder;
+}
+
+void stopProcess(int exitCode) {
+    ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(exitCode));
     std::abort(); // not reached
 }
 

@@ -4,14 +4,21 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace Common {
+
+struct IniState {
+    std::string iniFilePath;          // the INI file being read
+    std::vector<std::string> iniList; // items of the comma list last split
+};
+extern IniState ini;
 
 // The value of `key` in `section` of the file, up to the first apostrophe; tabs become blanks, blanks at both ends are
 // removed. Empty when there is none.
 std::string fncGetIniString(const std::string& section, const std::string& key, const std::string& path);
 
-// Splits `text` at its commas into shared.iniList, blanks at the ends of the items removed, and gives the number of items:
+// Splits `text` at its commas into ini.iniList, blanks at the ends of the items removed, and gives the number of items:
 // at least 1, at most 101; the rest is ignored. Tabs in `text` become blanks.
 std::int16_t fncSplitList(std::string& text);
 

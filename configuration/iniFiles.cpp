@@ -1,15 +1,17 @@
-#include "startup/configuration.h"
+#include "configuration/iniFiles.h"
 
 #include "base/checked.h"
 #include "base/text.h"
 #include "platform/host.h"
 #include "platform/profile.h"
 #include "state/variables.h"
-#include "ui/messages.h"
+#include "texts/messages.h"
 
 using platform::host;
 
 namespace Common {
+
+IniState ini;
 
 namespace {
 
@@ -21,14 +23,14 @@ std::string iniPath(const char* fileName) {
 }
 
 std::string typeValue(const std::string& section, const std::string& key) {
-    shared.iniFilePath = iniPath("TYPE.INI");
-    return fncGetIniString(section, key, shared.iniFilePath);
+    ini.iniFilePath = iniPath("TYPE.INI");
+    return fncGetIniString(section, key, ini.iniFilePath);
 }
 
-// Uses the range whose base is item `base` of shared.iniList; the model name is the next item.
+// Uses the range whose base is item `base` of ini.iniList; the model name is the next item.
 bool takeRange(std::int32_t base, std::int32_t rawVersion, std::string& typeName, std::int32_t& version) {
-    version = roundToWhole(rawVersion - leadingNumber(at(shared.iniList, base)));
-    typeName = at(shared.iniList, base + 1);
+    version = roundToWhole(rawVersion - leadingNumber(at(ini.iniList, base)));
+    typeName = at(ini.iniList, base + 1);
     return version >= 0 && version <= highestVersion;
 }
 
@@ -40,17 +42,17 @@ std::string fncGetIniString(const std::string& section, const std::string& key, 
 
 std::int16_t fncSplitList(std::string& text) {
     text = replaceAll(text, '\t', ' ');
-    shared.iniList.clear();
+    ini.iniList.clear();
     std::size_t start = 0;
-    while (shared.iniList.size() < maxItems) {
+    while (ini.iniList.size() < maxItems) {
         const std::size_t comma = text.find(',', start);
-        shared.iniList.push_back(trim(std::string_view(text).substr(start, comma - start)));
+        ini.iniList.push_back(trim(std::string_view(text).substr(start, comma - start)));
         if (comma == std::string::npos) {
             break;
         }
         start = comma + 1;
     }
-    return static_cast<std::int16_t>(shared.iniList.size());
+    return static_cast<std::int16_t>(ini.iniList.size());
 }
 
 bool fncGetAmpType(const std::string& key, std::int32_t rawVersion, std::string& typeName, std::int32_t& version) {
@@ -76,7 +78,7 @@ std::string fncGetIfuType(const std::string& key, const std::string& section) {
         return {};
     }
     fncSplitList(value);
-    return typeValue("IFU_DEFINE", at(shared.iniList, 0));
+    return typeValue("IFU_DEFINE", at(ini.iniList, 0));
 }
 
 std::string fncGetAmpBinType(const std::string& typeText) {
@@ -86,10 +88,10 @@ std::string fncGetAmpBinType(const std::string& typeText) {
 bool fncReadSetting() {
     try {
         shared.targetUnit = 1;
-        shared.iniFilePath = iniPath("Setting.INI");
+        ini.iniFilePath = iniPath("Setting.INI");
         shared.bpsText = "38400";
         shared.comPortNumber = 1;
-        if (const auto number = parseNumber(fncGetIniString("IFU", "COM", shared.iniFilePath))) {
+        if (const auto number = parseNumber(fncGetIniString("IFU", "COM", ini.iniFilePath))) {
             shared.comPortNumber = narrow<std::int16_t>(roundToWhole(*number));
         }
         shared.loadFilePath.clear();

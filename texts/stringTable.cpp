@@ -1,4 +1,4 @@
-#include "ui/stringTable.h"
+#include "texts/stringTable.h"
 
 #include "base/failure.h"
 
@@ -14,7 +14,7 @@ struct Row {
     const char* english;
 };
 
-// The texts are those of the product and are kept unchanged, spelling errors included.
+// The texts below 4000 are those of the product and are kept unchanged, spelling errors included.
 constexpr std::array rows{
     Row{textId::fontName, "IDS_FONTNAME", "ＭＳ Ｐゴシック", "Arial"},
     Row{textId::binFileFilter, "IDS_FILTER_BINFILE", "Binファイル (*.bin)|*.bin||", "Bin File (*.bin)|*.bin||"},
@@ -74,6 +74,34 @@ constexpr std::array rows{
     Row{textId::portNotEffective1, "IDS_MSGDATA_COMM_PORT", "現在の通信ポート(COM",
         "The present communication port(COM"},
     Row{textId::portNotEffective2, "IDS_MSGDATA_COMM_PORT2", ")は有効ではありません", ")is not effective."},
+
+    Row{textId::succeed, "IDS_RESULT_SUCCEED", "正常終了", "Succeed"},
+    Row{textId::failed, "IDS_RESULT_FAILED", "異常終了", "Failed"},
+    Row{textId::verifyFailed, "IDS_RESULT_VERIFY_FAILED", "ベリファイ失敗", "Failed"},
+    Row{textId::formatTest, "IDS_RESULT_FORMAT_TEST", "形式認識テストです　書込み処理はスキップします。",
+        "形式認識テストです　書込み処理はスキップします。"},
+    Row{textId::rawWriteFailed, "IDS_RESULT_RAW_WRITE_FAILED", "エラー", "エラー"},
+
+    Row{textId::silentNothingSaved, "IDS_READ_SILENT_SAVE",
+        "ユニットからの送信が止まりました。何も保存されていません。", "The unit stopped sending. Nothing was saved."},
+    Row{textId::silentNotVerified, "IDS_READ_SILENT_VERIFY",
+        "ユニットからの送信が止まりました。ファームウェアを確認できません。",
+        "The unit stopped sending. Its firmware could not be read back."},
+    Row{textId::lostNothingSaved, "IDS_READ_LOST_SAVE", "受信できなかったデータがあります。何も保存されていません。",
+        "A part of the firmware was lost on the way. Nothing was saved."},
+    Row{textId::lostNotVerified, "IDS_READ_LOST_VERIFY", "受信できなかったデータがあります。",
+        "A part of the firmware was lost on the way back."},
+
+    Row{textId::verification, "IDS_SCREEN_VERIFICATION", "ベリファイ実行", "Verification"},
+    Row{textId::verificationRuns, "IDS_SCREEN_VERIFICATION_RUNS", "ベリファイ中...", "Verification..."},
+    Row{textId::updating1, "IDS_SCREEN_UPDATING_1", " のソフトウェアを ver", " is under updating to ver"},
+    Row{textId::updating2, "IDS_SCREEN_UPDATING_2", " にアップデート中です。", "."},
+    Row{textId::amplifier, "IDS_SCREEN_AMPLIFIER", "アンプ", "Amplifier"},
+    Row{textId::interfaceUnit, "IDS_SCREEN_INTERFACE_UNIT", "インターフェースユニット", "Interface unit"},
+    Row{textId::file, "IDS_SCREEN_FILE", "ファイル", "File"},
+    Row{textId::model, "IDS_SCREEN_MODEL", " 型式", " model"},
+    Row{textId::version, "IDS_SCREEN_VERSION", " バージョン", " version"},
+    Row{textId::progress, "IDS_SCREEN_PROGRESS", "進行状況", "Progress"},
 };
 
 } // namespace

@@ -4,23 +4,17 @@
 #include <cstdint>
 #include <string>
 
-// Texts that are not in the string table.
 namespace messageText {
-constexpr const char* title = "Tarn Beacon";
-constexpr const char* japaneseTitle = "ターンビーコン"; // of the Japanese transfer notices
-constexpr const char* linkErrorTitle = "エラー";        // of failed writes of raw bytes, in both languages
-constexpr const char* succeedJapanese = "正常終了";
-constexpr const char* succeed = "Succeed";
-constexpr const char* failedJapanese = "異常終了";
-constexpr const char* failed = "Failed";
-constexpr const char* verifyFailedJapanese = "ベリファイ失敗";
-constexpr const char* formatTest = "形式認識テストです　書込み処理はスキップします。";
+constexpr const char* title = "Tarn Beacon"; // of nearly every box
 } // namespace messageText
 
 // Shows the text of `id` under the title "Tarn Beacon"; with English selected, the English text of a Japanese `id`. `msg1`
 // goes in front of receiveTimeout and shutDownByCancel, after applicationError and into portNotEffective1. Gives 1 for OK,
 // 2 for Cancel; 0 after a failure of its own, which it has shown in a box.
 int fncMsgBox(std::int32_t id, std::int32_t style, const std::string& msg1 = {});
+
+// The same under another title.
+int showMessage(std::int32_t id, std::int32_t style, const std::string& title, const std::string& msg1 = {});
 
 // Shows applicationError and the description of the current exception, which is empty when there is none. An exception
 // other than Failure counts as unexpected and ends the program after the box.

@@ -1,10 +1,10 @@
-#include "firmware/fileDialog.h"
+#include "transfer/fileDialog.h"
 
 #include "base/failure.h"
 #include "platform/host.h"
 #include "state/variables.h"
+#include "texts/messages.h"
 #include "ui/forms.h"
-#include "ui/messages.h"
 
 using platform::host;
 

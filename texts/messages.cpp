@@ -1,9 +1,10 @@
-#include "ui/messages.h"
+#include "texts/messages.h"
 
+#include "base/exitCode.h"
 #include "base/failure.h"
 #include "platform/host.h"
-#include "ui/language.h"
-#include "ui/stringTable.h"
+#include "texts/language.h"
+#include "texts/stringTable.h"
 
 #include <exception>
 
@@ -11,13 +12,18 @@ using platform::host;
 
 namespace {
 
-constexpr std::int32_t languageRow(std::int32_t id, bool english) {
-    return english && id % 1000 < englishOffset ? id + englishOffset : id;
+// The English row of a Japanese id with English selected; an English id stays.
+std::int32_t languageRow(std::int32_t id) {
+    return id % 1000 < englishOffset ? id + languageOffset() : id;
+}
+
+constexpr std::int32_t japaneseRow(std::int32_t row) {
+    return row % 1000 < englishOffset ? row : row - englishOffset;
 }
 
 std::string boxText(std::int32_t row, const std::string& msg1) {
     const std::string text = loadText(row);
-    switch (row % 1000 < englishOffset ? row : row - englishOffset) {
+    switch (japaneseRow(row)) {
     case textId::receiveTimeout:
     case textId::shutDownByCancel: return msg1 + text;
     case textId::applicationError: return text + msg1;
@@ -30,12 +36,17 @@ std::string boxText(std::int32_t row, const std::string& msg1) {
 } // namespace
 
 int fncMsgBox(std::int32_t id, std::int32_t style, const std::string& msg1) {
+    return showMessage(id, style, messageText::title, msg1);
+}
+
+int showMessage(std::int32_t id, std::int32_t style, const std::string& title, const std::string& msg1) {
     try {
-        return host().msgBox(boxText(languageRow(id, englishSelected()), msg1), style, messageText::title);
+        return host().msgBox({japaneseRow(id), boxText(languageRow(id), msg1), style, title});
     } catch (const std::exception&) {
         const FailureReport failure = currentFailure();
-        host().msgBox("番号 : " + std::to_string(failure.number) + "\r\n内容 : " + failure.description,
-                      platform::boxStyle::ok, "fncMsgBox関数のエラー");
+        host().msgBox({japaneseRow(id),
+                       "番号 : " + std::to_string(failure.number) + "\r\n内容 : " + failure.description,
+                       platform::boxStyle::ok, "fncMsgBox関数のエラー"});
         return 0;
     }
 }
@@ -44,7 +55,7 @@ void subReportError() {
     const std::string description = currentFailure().description;
     fncMsgBox(textId::applicationError, platform::boxStyle::critical, description);
     if (description == loadText(textId::unexpected)) {
-        host().endProgram();
+        host().endProgram(exitCode::failed);
     }
 }
 

@@ -43,6 +43,28 @@ constexpr std::int32_t unitNotConnected = 2021;
 constexpr std::int32_t alreadyStarted = 3023;
 constexpr std::int32_t portNotEffective1 = 3031;
 constexpr std::int32_t portNotEffective2 = 3032;
+// Results of a transfer.
+constexpr std::int32_t succeed = 4001;
+constexpr std::int32_t failed = 4002;
+constexpr std::int32_t verifyFailed = 4003;
+constexpr std::int32_t formatTest = 4004;
+constexpr std::int32_t rawWriteFailed = 4005; // title of the box that shows the failure's description
+// Notices of a read.
+constexpr std::int32_t silentNothingSaved = 4011;
+constexpr std::int32_t silentNotVerified = 4012;
+constexpr std::int32_t lostNothingSaved = 4013;
+constexpr std::int32_t lostNotVerified = 4014;
+// Captions and names for screen readers that have no number in the windows' own groups.
+constexpr std::int32_t verification = 4101;
+constexpr std::int32_t verificationRuns = 4102;
+constexpr std::int32_t updating1 = 4103;
+constexpr std::int32_t updating2 = 4104;
+constexpr std::int32_t amplifier = 4105;
+constexpr std::int32_t interfaceUnit = 4106;
+constexpr std::int32_t file = 4107;
+constexpr std::int32_t model = 4108;
+constexpr std::int32_t version = 4109;
+constexpr std::int32_t progress = 4110;
 } // namespace textId
 
 constexpr std::int32_t englishOffset = 500;
