@@ -88,17 +88,12 @@ void subClosePort() {
     shared.serialPort = nullptr;
 }
 
-void subClearInput() {
-    tryStep([] { serialPort().clearReceived(); });
+void subReopenPort() {
+    tryStep([] { serialPort().reopenIfLost(); });
 }
 
-bool linkAlive() {
-    try {
-        serialPort().countReceived(); // fails when the device is gone
-        return serialPort().isOpen();
-    } catch (const Failure&) {
-        return false;
-    }
+void subClearInput() {
+    tryStep([] { serialPort().clearReceived(); });
 }
 
 } // namespace CommonComm

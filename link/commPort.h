@@ -18,10 +18,10 @@ bool fncOpenPort(std::int16_t portNumber, const std::string& settings);
 // Closes the port if it is open and drops the reference to it. Never fails.
 void subClosePort();
 
+// Opens the device of the open port again if it was pulled out and is back. Never fails.
+void subReopenPort();
+
 // Discards pending input. Never fails.
 void subClearInput();
-
-// True when the port is open and its device present.
-bool linkAlive();
 
 } // namespace CommonComm

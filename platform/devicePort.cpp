@@ -39,7 +39,7 @@ void DevicePort::open() {
 
 void DevicePort::close() {
     releaseDevice();
-    open_ = lost_ = lossRaised_ = false;
+    open_ = lost_ = false;
     received_.clear();
     unsent_.clear();
 }
@@ -56,15 +56,20 @@ void DevicePort::use() {
     if (!open_) {
         throw Failure(failureNumber::portNotOpen, name() + ": the port is not open");
     }
-    if (lossRaised_) {
-        reopen();
-    }
 }
 
-void DevicePort::reopen() {
+void DevicePort::reopenIfLost() {
+    reportDue_ = true;
+    while (fetch() > 0) { // a device reports that it is gone when its received bytes have been taken
+        received_.clear();
+    }
+    if (!lost_) {
+        return;
+    }
+    received_.clear();
     try {
         device_->open(path_, openSettings_);
-        lost_ = lossRaised_ = false;
+        lost_ = false;
     } catch (const Failure&) {
         return; // still lost
     }
@@ -79,7 +84,6 @@ void DevicePort::lose(const std::string& cause) {
 }
 
 void DevicePort::raiseLost() {
-    lossRaised_ = true;
     throw Failure(failureNumber::portLost, name() + ": " + lostCause_);
 }
 

@@ -1,5 +1,5 @@
-// The serial port of the program, on a line device of any system. It holds the buffers and the read limit, and reopens a
-// device that was pulled out.
+// The serial port of the program, on a line device of any system. It holds the buffers and the read limit, and notices
+// when the device has been pulled out.
 #pragma once
 
 #include "platform/lineDevice.h"
@@ -10,8 +10,8 @@
 
 namespace platform {
 
-// A device that fails is lost: the bytes received before can still be read, then a use raises portLost. From then on each
-// use first tries to open the same device again with the same settings; if that fails, it raises portLost again.
+// A device that fails once is lost until close() or reopenIfLost(), even if it is plugged in again meanwhile. The bytes
+// received before the loss can still be read. All other uses of the port raise portLost.
 class DevicePort : public SerialPort {
   public:
     // Gives the path of the device of a COM port; empty: there is none.
@@ -24,6 +24,7 @@ class DevicePort : public SerialPort {
     void setSettings(const std::string& settings) override { settings_ = parseLineSettings(settings); }
     void open() override;
     void close() override;
+    void reopenIfLost() override;
     void setBufferSizes(int input, int output) override;
     std::int16_t countReceived() override;
     void clearReceived() override;
@@ -32,9 +33,9 @@ class DevicePort : public SerialPort {
     Bytes read() override;
     void write(std::span<const std::uint8_t> bytes) override;
 
-    // Input is received bytes or the loss of the device. It is reported once, and again after the port has been used or
-    // more bytes have arrived; otherwise a wait would be a busy loop while the program does not read.
-    // Sleeps until there is input or the clock has reached `until`; true when there is input.
+    // Sleeps until there is input or the clock has reached `until`; true when there is input. Input is received bytes or
+    // the loss of the device. After it has been reported, a wait ignores it until the program uses the port or more bytes
+    // arrive; otherwise the waits of a program that does not read would return at once, each time.
     bool waitForInput(Micros until);
     // Checks the device without waiting; true when there is input.
     bool pollInput();
@@ -47,7 +48,6 @@ class DevicePort : public SerialPort {
   private:
     std::string name() const;
     void use();
-    void reopen();
     void lose(const std::string& cause);
     [[noreturn]] void raiseLost();
     std::size_t fetch();
@@ -65,7 +65,6 @@ class DevicePort : public SerialPort {
     LineSettings openSettings_;
     bool open_ = false;
     bool lost_ = false;
-    bool lossRaised_ = false;
     std::string lostCause_;
     Bytes received_;
     Bytes unsent_;

@@ -32,6 +32,10 @@ class SerialPort {
 
     virtual void close() = 0;
 
+    // Opens the device again, with the settings of the last open, if it is gone; received bytes are then lost. Does
+    // nothing if the device is there or the port is not open. If the device cannot be opened, it stays gone.
+    virtual void reopenIfLost() = 0;
+
     // Sizes of the receive and the transmit queue in bytes.
     virtual void setBufferSizes(int input, int output) = 0;
 

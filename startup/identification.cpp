@@ -59,8 +59,8 @@ void takeAmplifier(std::int32_t rawVersion, const Bytes& typeReply) {
 }
 
 void takeInterfaceUnit(const Bytes& reply) {
-    const std::string idText(reply.begin() + replyData, reply.end());
-    const std::string model = replaceAll(std::string_view(idText).substr(0, modelLength), '\0', ' ');
+    const std::string idText = replaceAll(std::string(reply.begin() + replyData, reply.end()), '\0', ' ');
+    const std::string_view model = std::string_view(idText).substr(0, modelLength);
     shared.ifuTypeName = trim(Common::fncGetIfuType(trim(latin1ToUtf8(model)), "IFU_TYPE"));
     const std::size_t v = idText.find('V', modelLength - 1);
     if (v != std::string::npos) {

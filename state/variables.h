@@ -18,6 +18,16 @@ namespace platform {
 class SerialPort;
 }
 
+// How an operation of the operator has ended: a write, a save, or a write with verification.
+enum class Outcome {
+    none,      // not yet
+    succeeded, // the unit holds the file, and a verification has read it back; or the saved file holds the unit's image
+    failed,    // it broke off, or what arrived is not the whole image or not the same one
+    refused,   // it did not begin: another model, or the unit refused the start
+    cancelled, // by the operator
+    portLost,  // the serial port failed
+};
+
 struct SharedVariables {
     // The device link, written by link/.
     platform::SerialPort* serialPort = nullptr; // the one serial port, from fncOpenPort to subClosePort
@@ -44,12 +54,14 @@ struct SharedVariables {
     std::int32_t readBackCount = 0;             // how many; transfer/
 
     // The transfer procedures, written by transfer/.
-    std::int16_t commRetry = 0; // number of the present try of an operation; from 3 on, the result "1234" is reported
+    std::int16_t commRetry = 0; // number of the present try of an operation; from 3 on, the unit's result code "1234"
+                                // has a box
     std::int32_t programState = 0; // state of the procedures, see transfer/programState.h
     bool stepBusy = false;         // a step function is running
     bool waitTimedOut = false;     // the present wait for a byte has timed out
     bool verifying = false;        // the write is followed by a verification; the main window stays disabled
-    bool readFailed = false;       // the present read was refused or lost its port
+    Outcome outcome = Outcome::none; // of the present operation, or the last one
+    bool lossShown = false;          // a box has named the failure of the port in this operation
 
     // The receiver, written by transfer/.
     Bytes blockBuffer = Bytes(1025); // bytes of the latest poll that found block data

@@ -240,6 +240,7 @@ class Player {
         {"firmware", [this] { makeFirmware(next<std::uint16_t>()); }},
         // the line
         {"pull", [this] { world_.port.comPort(defaultComPort).pulledAt = moment(); }},
+        {"plug", [this] { world_.port.comPort(defaultComPort).backAt = moment(); }},
         {"missing", [this] { world_.port.removeComPort(next<int>()); }},
         {"held", [this] { world_.port.comPort(next<int>()).state = ComPort::State::held; }},
         {"connect", [this] { world_.port.comPort(next<int>()).line = &world_.line; }},

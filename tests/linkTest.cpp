@@ -230,10 +230,11 @@ TEST_F(Link, DoesNotReopenAnOpenPort) {
     EXPECT_FALSE(fncOpenPort(5, "38400,n,8,1"));
     EXPECT_EQ(session.boxes(), "Tarn Beacon|通信ポートが開けません。通信ポートを使用するアプリケーションを終了して"
                                "再度起動して下さい。|16>1\n");
-    EXPECT_TRUE(world.port.isOpen() && linkAlive());
+    EXPECT_TRUE(world.port.isOpen());
     subClosePort();
     subClosePort();
-    EXPECT_FALSE(world.port.isOpen() || linkAlive());
+    subReopenPort();
+    EXPECT_FALSE(world.port.isOpen());
 }
 
 } // namespace

@@ -190,6 +190,7 @@ inline Fixture::Fixture(Host& host, Text place) : desk(host), folder(place) {
     commands["choosePort"] = [this](Text number) { port.choosePort(static_cast<std::int16_t>(std::stoi(number))); };
     commands["open"] = [this](Text) { port.open(); };
     commands["close"] = [this](Text) { port.close(); };
+    commands["reopen"] = [this](Text) { port.reopenIfLost(); };
     commands["isOpen"] = [this](Text) { add(port.isOpen() ? "yes" : "no"); };
     commands["settings"] = [this](Text settings) { port.setSettings(settings); };
     commands["sizes"] = [this](Text input) { port.setBufferSizes(std::stoi(input), 512); };

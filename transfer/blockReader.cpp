@@ -7,6 +7,7 @@
 #include "texts/language.h"
 #include "texts/messages.h"
 #include "texts/stringTable.h"
+#include "transfer/outcome.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
@@ -50,6 +51,7 @@ std::int32_t checkSilence(std::int64_t now) {
     if (now - shared.lastActivityAt < silenceLimit) {
         return shared.blockLength > 0 ? found::noBlock : found::nothing;
     }
+    endWith(Outcome::failed);
     showError(verificationSelected() ? textId::silentNotVerified : textId::silentNothingSaved);
     return found::end;
 }
@@ -131,7 +133,7 @@ void waitForWholeBlock() {
             }
         }
     } catch (const std::exception&) {
-        return; // the poll meets the same failure and reports it
+        return; // the next call meets the same failure and reports it
     }
 }
 
@@ -147,8 +149,7 @@ std::int32_t fncReadBlock() {
         shared.lastActivityAt = now;
         return takePoll(bytes);
     } catch (const std::exception&) {
-        subReportError();
-        shared.readFailed = true;
+        reportFailure();
         return found::end;
     }
 }
@@ -167,8 +168,13 @@ void subStoreBlock() {
     }
 }
 
+// After the last block, a part of a block is noise.
 bool imageIncomplete() {
-    return shared.cutBlocks.damaged || shared.cutBlocks.lost;
+    return shared.cutBlocks.damaged || (shared.cutBlocks.lost && shared.readBackCount < imageSize);
+}
+
+bool imageArrived() {
+    return shared.readBackCount == imageSize && !imageIncomplete();
 }
 
 void reportLostBlocks() {

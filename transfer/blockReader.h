@@ -31,7 +31,10 @@ void subStoreBlock();
 // True when the image lacks bytes of blocks that a poll has cut.
 bool imageIncomplete();
 
-// Shows a message if it does.
+// True when 1,920 whole blocks have arrived, no more and no fewer.
+bool imageArrived();
+
+// Shows a message if the image is incomplete.
 void reportLostBlocks();
 
 // Clears image and state of an earlier transfer. shared.blockBuffer and shared.blockLength stay.

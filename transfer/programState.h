@@ -5,7 +5,7 @@
 
 namespace FirmComm {
 
-// 3 and 8 to 11 are not used.
+// A read has the numbers 1 to 5, a write 6 to 12. They need no states 3 and 8 to 11: state 7 is the whole transfer.
 namespace state {
 constexpr std::int32_t idle = 0; // at program start, and after a read
 constexpr std::int32_t readStart = 1;

@@ -6,6 +6,8 @@
 #include "texts/language.h"
 #include "texts/messages.h"
 
+#include <utility>
+
 std::int32_t writeShowingFailure(const Bytes& bytes) {
     try {
         CommonComm::serialPort().clearReceived();
@@ -13,8 +15,10 @@ std::int32_t writeShowingFailure(const Bytes& bytes) {
         return 0;
     } catch (const std::exception&) {
         const FailureReport failure = currentFailure();
-        platform::host().msgBox({textId::rawWriteFailed, failure.description, platform::boxStyle::critical,
-                                 selectedText(textId::rawWriteFailed)});
+        if (!std::exchange(shared.lossShown, true)) {
+            platform::host().msgBox({textId::rawWriteFailed, failure.description, platform::boxStyle::critical,
+                                     selectedText(textId::rawWriteFailed)});
+        }
         return failure.number;
     }
 }

@@ -8,6 +8,7 @@
 #include "texts/messages.h"
 #include "texts/stringTable.h"
 #include "transfer/blockReader.h"
+#include "transfer/outcome.h"
 #include "transfer/programState.h"
 #include "transfer/rawWrite.h"
 #include "transfer/transferMode.h"
@@ -18,38 +19,54 @@ namespace FirmComm {
 namespace {
 
 std::int32_t startRead() {
-    shared.readFailed = !succeeded(fncStartTransfer("52"));
-    return shared.readFailed ? state::readClosing : state::readBlocks;
+    if (!succeeded(fncStartTransfer("52"))) {
+        endWith(Outcome::refused);
+        return state::readClosing;
+    }
+    return state::readBlocks;
+}
+
+// Sends a control byte. If it cannot go out, the read ends here: the unit would send the last block again.
+std::int32_t answer(std::uint8_t controlByte, std::int32_t next) {
+    if (subSendRaw(controlByte) == 0) {
+        return next;
+    }
+    endWith(Outcome::portLost);
+    return state::readClosing;
 }
 
 std::int32_t readBlock() {
     waitForWholeBlock();
     switch (fncReadBlock()) {
-    case found::block:
-        subStoreBlock();
-        subSendRaw(xModem::ack);
-        return state::readBlocks;
-    case found::eot: subSendRaw(xModem::nak); return state::readEnd;
+    case found::block: subStoreBlock(); return answer(xModem::ack, state::readBlocks);
+    case found::eot: return answer(xModem::nak, state::readEnd);
     case found::end: return state::readClosing;
     default: return state::readBlocks;
     }
 }
 
-void saveImage() {
-    if (!imageIncomplete()) {
-        fncBinaryFile(shared.saveFilePath, shared.readBackImage, FileMode::write);
+// A read with verification selected that no write precedes keeps nothing.
+bool useImage() {
+    if (shared.verifying) {
+        return fncCompareImage() == 0;
     }
+    return verificationSelected() ||
+           fncBinaryFile(shared.saveFilePath, shared.readBackImage, FileMode::write) == imageSize;
+}
+
+std::int32_t takeEnd() {
+    const std::int32_t next = answer(xModem::ack, state::readClosing);
+    if (shared.outcome == Outcome::none) {
+        reportLostBlocks();
+        const bool used = !imageIncomplete() && useImage();
+        endWith(used && imageArrived() ? Outcome::succeeded : Outcome::failed);
+    }
+    return next;
 }
 
 std::int32_t awaitSecondEnd() {
     switch (fncReadBlock()) {
-    case found::eot:
-        subSendRaw(xModem::ack);
-        reportLostBlocks();
-        if (!verificationSelected()) {
-            saveImage();
-        }
-        return state::readClosing;
+    case found::eot: return takeEnd();
     case found::end: return state::readClosing;
     default: return state::readEnd;
     }
@@ -61,12 +78,17 @@ std::int32_t closeRead() {
         setCommTimer(false);
     }
     if (!verificationSelected()) {
-        showReadNotice(shared.readFailed ? textId::failed : textId::succeed, platform::boxStyle::information);
+        const bool failed = shared.outcome == Outcome::portLost || shared.outcome == Outcome::refused;
+        showReadNotice(failed ? textId::failed : textId::succeed, platform::boxStyle::information);
     }
     return state::idle;
 }
 
 } // namespace
+
+std::int32_t fncCompareImage() {
+    return shared.readBackImage == shared.firmwareImage ? 0 : 1;
+}
 
 std::int32_t fncReadStep(std::int32_t state) {
     if (shared.stepBusy) {
@@ -82,8 +104,8 @@ std::int32_t fncReadStep(std::int32_t state) {
         default: return state;
         }
     } catch (const std::exception&) {
-        subReportError();
-        shared.readFailed = true;
+        reportFailure();
+        endWith(Outcome::failed);
         return state == state::readClosing ? state::idle : state::readClosing;
     }
 }

@@ -9,6 +9,7 @@
 #include "texts/messages.h"
 #include "texts/stringTable.h"
 #include "transfer/fileDialog.h"
+#include "transfer/outcome.h"
 #include "transfer/programState.h"
 #include "transfer/rawWrite.h"
 #include "transfer/readProcedure.h"
@@ -46,10 +47,13 @@ bool operatorContinues() {
 
 void upgrade(FrmMain& form) {
     if (!operatorContinues()) {
+        FirmComm::endWith(Outcome::cancelled);
+        FirmComm::portStands(); // the check was without a port: say so
         enableWindow(form);
         return;
     }
     if (form.LabelWriteProtect.visible) {
+        FirmComm::endWith(Outcome::refused);
         showMessage(textId::formatTest, boxStyle::ok, program::name);
         enableWindow(form);
         return;
@@ -63,7 +67,9 @@ void upgrade(FrmMain& form) {
 void cmdUpgrade_Click() {
     FrmMain& form = frmMain();
     try {
+        FirmComm::beginOperation();
         if (!fileFitsSelectedRow(form)) {
+            FirmComm::endWith(Outcome::refused);
             fncMsgBox(textId::fileNotAdapted, boxStyle::ok);
             return;
         }
@@ -71,14 +77,16 @@ void cmdUpgrade_Click() {
         form.mousePointer = MousePointer::hourglass;
         upgrade(form);
     } catch (const std::exception&) {
-        subReportError();
+        FirmComm::reportFailure();
         shared.programState = FirmComm::endFailedWrite();
     }
 }
 
 void cmdPresent_Click() {
     try {
+        shared.outcome = Outcome::cancelled; // if the dialog is
         askForPath(DialogKind::save, shared.saveFilePath);
+        FirmComm::beginOperation();
         frmMain().enabled = false;
         shared.programState = FirmComm::fncReadStep(state::readStart);
         if (shared.programState == state::readClosing) {
@@ -126,15 +134,14 @@ void Form_Load() {
 
 void cmdCancel_Click() {
     constexpr int cancelCount = 10;
+    // While the box of a failure is open, a tick may close the read.
+    for (int sent = 0; sent < cancelCount && readUnderWay() && FirmComm::portStands(); ++sent) {
+        FirmComm::endWith(Outcome::cancelled);
+        CommonComm::subClearInput();
+        FirmComm::subSendRaw(xModem::can);
+    }
     if (readUnderWay()) {
-        int failure = CommonComm::linkAlive() ? 0 : failureNumber::portLost;
-        for (int sent = 0; sent < cancelCount && failure == 0; ++sent) {
-            CommonComm::subClearInput();
-            failure = FirmComm::subSendRaw(xModem::can);
-        }
-        if (readUnderWay()) { // while the box of a failure is open, a tick may close the read
-            shared.programState = state::readClosing;
-        }
+        shared.programState = state::readClosing;
     }
     if (frmWaitLoaded()) {
         host().hide(frmWait());

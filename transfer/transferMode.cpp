@@ -8,6 +8,7 @@
 #include "texts/language.h"
 #include "texts/messages.h"
 #include "transfer/blockReader.h"
+#include "transfer/outcome.h"
 #include "transfer/rawWrite.h"
 #include "transfer/xModem.h"
 #include "ui/forms.h"
@@ -22,7 +23,11 @@ constexpr int tickInterval = 100; // milliseconds
 constexpr std::int16_t lastTry = 3;
 
 std::string operate(const std::string& operation) {
-    return Common::fncOperation(operation, shared.targetUnit);
+    const std::string code = Common::fncOperation(operation, shared.targetUnit);
+    if (!succeeded(code)) {
+        portStands(); // the box of a time-out does not say that the port is gone
+    }
+    return code;
 }
 
 // Sends an operation until it succeeds, up to three times, and stops at once when the port is gone. shared.commRetry
@@ -32,7 +37,7 @@ std::string operateUpToThreeTimes(const std::string& operation) {
     if (succeeded(code)) {
         return code;
     }
-    for (shared.commRetry = 2; shared.commRetry <= lastTry && CommonComm::linkAlive(); ++shared.commRetry) {
+    for (shared.commRetry = 2; shared.commRetry <= lastTry && portStands(); ++shared.commRetry) {
         code = operate(operation);
         if (succeeded(code)) {
             break;
@@ -62,11 +67,14 @@ std::string startTransfer(const std::string& operation) {
     }
     const std::string code = operateUpToThreeTimes(operation);
     if (!succeeded(code)) {
-        subReportError();
+        if (portStands()) {
+            subReportError();
+        }
         return {};
     }
-    if (operation == "52") {
-        subSendRaw(xModem::nak);
+    if (operation == "52" && subSendRaw(xModem::nak) != 0) {
+        endWith(Outcome::portLost);
+        return {};
     }
     showProgress();
     setCommTimer(true);
@@ -80,7 +88,7 @@ std::string fncStartTransfer(const std::string& operation) {
         host().keepAwake(true);
         return startTransfer(operation);
     } catch (const std::exception&) {
-        subReportError();
+        reportFailure();
         return {};
     }
 }
@@ -102,7 +110,7 @@ void subEndTransfer() {
 }
 
 void closeTransferMode(const std::string& operation) {
-    if (CommonComm::linkAlive()) { // otherwise a message has been shown
+    if (portStands()) {
         operate(operation);
     }
 }

@@ -11,12 +11,13 @@ namespace FirmComm {
 // Returns the last result code, or an empty text if the failure has been reported.
 std::string fncStartTransfer(const std::string& operation);
 
-// Tells the unit that the transfer is over, unless the port is gone: "54", and "53" unless a verification is selected.
+// Tells the unit that the transfer is over: "54", and "53" unless a verification is selected. They are left out when the
+// port is gone; the operator has then seen why.
 // Unloads the progress dialog. Unless a verification follows, lets the computer sleep again and enables the main
 // window.
 void subEndTransfer();
 
-// Sends "54" or "53" if there is a port; the result is ignored.
+// Sends "54" or "53", or reports that the port is gone; the result is ignored.
 void closeTransferMode(const std::string& operation);
 
 // Starts or stops the ticks of CommTimer.

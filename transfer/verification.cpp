@@ -5,6 +5,7 @@
 #include "state/variables.h"
 #include "texts/language.h"
 #include "texts/messages.h"
+#include "transfer/blockReader.h"
 #include "transfer/programState.h"
 #include "transfer/readProcedure.h"
 #include "transfer/transferMode.h"
@@ -33,8 +34,13 @@ void readBack() {
     host().keepAwake(false);
 }
 
+// Silence and Cancel leave the comparison to decide; the loss of the port or of a part does not.
 void showComparison() {
-    if (fncCompareImage() == 0) {
+    const bool equal = shared.outcome != Outcome::portLost && !imageIncomplete() && fncCompareImage() == 0;
+    if (shared.outcome != Outcome::portLost && shared.outcome != Outcome::cancelled) {
+        shared.outcome = equal && imageArrived() ? Outcome::succeeded : Outcome::failed;
+    }
+    if (equal) {
         showReadNotice(textId::succeed, platform::boxStyle::information);
     } else {
         showReadNotice(textId::verifyFailed, platform::boxStyle::critical);
@@ -42,10 +48,6 @@ void showComparison() {
 }
 
 } // namespace
-
-std::int32_t fncCompareImage() {
-    return shared.readBackImage == shared.firmwareImage ? 0 : 1;
-}
 
 void runVerification() {
     readBack();

@@ -6,6 +6,7 @@
 #include "state/variables.h"
 #include "texts/language.h"
 #include "texts/messages.h"
+#include "transfer/outcome.h"
 #include "transfer/programState.h"
 #include "transfer/transferMode.h"
 #include "transfer/xModem.h"
@@ -20,6 +21,7 @@ namespace {
 
 std::int32_t transferImage() {
     if (!succeeded(fncStartTransfer("51"))) {
+        endWith(Outcome::refused);
         return endFailedWrite();
     }
     if (xModem::xModemS() != 0) {
@@ -36,6 +38,9 @@ void showSuccess() {
 
 std::int32_t closeWrite() {
     shared.verifying = verificationSelected();
+    if (!shared.verifying) {
+        endWith(Outcome::succeeded);
+    }
     subEndTransfer();
     if (shared.verifying) {
         return state::verificationDue;
@@ -61,12 +66,13 @@ std::int32_t fncWriteStep(std::int32_t state) {
         default: return state;
         }
     } catch (const std::exception&) {
-        subReportError();
+        reportFailure();
         return endFailedWrite();
     }
 }
 
 std::int32_t endFailedWrite() {
+    endWith(Outcome::failed);
     shared.verifying = false;
     subEndTransfer();
     setCommTimer(false);

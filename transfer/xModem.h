@@ -15,7 +15,8 @@ constexpr std::uint8_t nak = 0x15;
 constexpr std::uint8_t can = 0x18;
 constexpr std::uint8_t crcRequest = 'C';
 
-// Results of a transfer. Any other value but 0 is the number of a failure of the port.
+// Results of a transfer that has failed; 0 is success. A transfer that ends with a failure of the port has the number of
+// that failure.
 constexpr std::int32_t tooManyRetries = 0x1001;
 constexpr std::int32_t timedOut = 0x1002;
 constexpr std::int32_t cancelled = 0x1003;

@@ -15,6 +15,7 @@ enum class Operation {
     setSettings,
     openPort,
     closePort,
+    reopenPort,
     setBufferSizes,
     countReceived,
     clearReceived,

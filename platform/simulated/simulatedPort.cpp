@@ -31,6 +31,11 @@ void SimulatedPort::close() {
     DevicePort::close();
 }
 
+void SimulatedPort::reopenIfLost() {
+    pass(Operation::reopenPort);
+    DevicePort::reopenIfLost();
+}
+
 void SimulatedPort::setBufferSizes(int input, int output) {
     pass(Operation::setBufferSizes);
     DevicePort::setBufferSizes(input, output);

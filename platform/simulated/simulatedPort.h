@@ -22,6 +22,7 @@ class SimulatedPort : public DevicePort {
     void setSettings(const std::string& settings) override;
     void open() override;
     void close() override;
+    void reopenIfLost() override;
     void setBufferSizes(int input, int output) override;
     std::int16_t countReceived() override;
     void clearReceived() override;
