@@ -99,8 +99,11 @@ std::int64_t differences(const Bytes& image, const Bytes& other) {
 Monitor::Monitor(World& world) : world_(world) {
     world.line.addHook([this](const Transmission& transmission) { transmitted(transmission); });
     world.port.bytesTaken = [this](std::span<const std::uint8_t> bytes) { byteRead(bytes.front()); };
-    world.port.operations().add(
-        [this](const OperationCall& call) { before_ = std::exchange(latest_, call.operation); });
+    world.port.operations().add([this](const OperationCall& call) {
+        before_ = std::exchange(latest_, call.operation);
+        reopenedAt_ = call.operation == Operation::reopenPort ? call.at : reopenedAt_;
+        writtenAt_ = call.operation == Operation::writePort ? call.at : writtenAt_;
+    });
     world.host.boxOpened = [this](const Box& box) { boxOpened(box); };
     world.host.eventRan = [this] { eventRan(); };
 }
@@ -213,6 +216,8 @@ void Monitor::actionBegins(const Action& action) {
     firstBox_ = world_.host.boxes().size();
     portFailures_ = world_.port.operations().failed();
     fileWrites_ = world_.files.operations().passed(Operation::writeFile);
+    fileFailures_ = world_.files.operations().failed();
+    reopenedAt_ = writtenAt_ = -1;
     begunBefore_ = messages_.empty() ? begunBefore_ : begun_; // an operation that sends nothing does not notice a loss
     begun_ = action_ == "cmdLoading" ? begun_ : world_.clock.now();
     messages_.clear();
@@ -270,9 +275,14 @@ void Monitor::endOperation() {
         violation("the tool sends \"" + messages_ + "\"");
     }
     const Box* box = boxes() == 0 ? nullptr : &world_.host.boxes().back();
-    if (operation_ == "cmdPresent" && !verifying_ && !cancelled_ && box != nullptr && boxes() == 1 && isSuccess(*box)) {
-        checkSaved();
+    const bool success = box != nullptr && isSuccess(*box);
+    if (operation_ == "cmdPresent" && !verifying_) {
+        checkSaved(success);
+    } else if (operation_ == "cmdUpgrade" && success != (shared.outcome == Outcome::succeeded) &&
+               !(verifying_ && success)) {
+        violation("the outcome of the write is not that of its box");
     }
+    checkLoss();
     const bool needsNotice =
         operation_ == "cmdUpgrade" ? messages_.size() > 1 : messages_.starts_with('r') && !verifying_;
     if (needsNotice && (box == nullptr || (!isSuccess(*box) && !isFailure(*box)))) {
@@ -281,21 +291,44 @@ void Monitor::endOperation() {
     ++counts[pattern + (box == nullptr ? "" : ": " + box->text.substr(0, box->text.find('\r')))];
 }
 
+bool Monitor::shown(const std::string& text) const {
+    const auto& all = world_.host.boxes();
+    return std::any_of(all.begin() + static_cast<std::ptrdiff_t>(firstBox_), all.end(),
+                       [&](const Box& box) { return box.text.find(text) != std::string::npos; });
+}
+
+// A write to a device that was gone has met its loss.
+void Monitor::checkLoss() {
+    const bool lost = comPort_.pulledAt > reopenedAt_ || comPort_.backAt > reopenedAt_;
+    if (reopenedAt_ >= 0 && portWasOpen_ && lost && writtenAt_ >= std::max(comPort_.pulledAt, reopenedAt_) &&
+        !shown(deviceGone)) {
+        violation("no box names the loss of the port");
+    }
+}
+
 // The line was not disturbed, and the unit has sent each packet once.
 bool Monitor::readClean() const {
     const simulator::Journal& now = world_.unit.journal();
     constexpr int ends = 2;
-    return disturbedUntil_ < begun_ && !portBad() &&
+    return disturbedUntil_ < begun_ &&
            now.packetsSent - journal_.packetsSent == now.blocksSent - journal_.blocksSent + ends;
 }
 
-void Monitor::checkSaved() {
-    const SimulatedFile* file = world_.files.find(world_.host.fileRequests().back().path.value_or(""));
-    const bool written = world_.files.operations().passed(Operation::writeFile) > fileWrites_;
-    const std::string content = written && file != nullptr ? file->content.substr(0, imageSize) : "";
+// A file that is written is the unit's image, whatever happened; after a loss there is no success without it.
+void Monitor::checkSaved(bool success) {
+    const std::string path = world_.host.fileRequests().back().path.value_or("");
+    const SimulatedFile* file = world_.files.find(path);
+    const OperationGate& disk = world_.files.operations();
+    const bool diskFailed = disk.failed() > fileFailures_ || (!path.empty() && shown(path));
+    const bool written = disk.passed(Operation::writeFile) > fileWrites_ && file != nullptr && !diskFailed;
+    const std::string content = written ? file->content.substr(0, imageSize) : "";
     succeeded = std::ranges::equal(content, unitImage(world_), {}, [](char c) { return static_cast<std::uint8_t>(c); });
-    if (content.size() != imageSize || (!succeeded && readClean())) {
-        violation("success, and the file is not what the unit sent");
+    if (written && (content.size() != imageSize || (!succeeded && readClean()))) {
+        violation("the file is not what the unit sent");
+    }
+    const bool mustBeWritten = success && (shown(deviceGone) || (boxes() == 1 && !cancelled_));
+    if (!written && (mustBeWritten || shared.outcome == Outcome::succeeded)) {
+        violation("success without a file");
     }
 }
 
@@ -306,7 +339,9 @@ void Monitor::checkWritten(bool equal) {
     succeeded = equal && different == 0;
     if (verifying_) {
         const bool cleanAndQuiet = readClean() && boxes() == 1;
-        if (equal != (imageOf(shared.readBackImage) == loaded) || (cleanAndQuiet && equal != (different == 0))) {
+        const bool readBack = imageOf(shared.readBackImage) == loaded;
+        if ((equal && !readBack) || (readBack && !equal && shared.outcome != Outcome::portLost) ||
+            (cleanAndQuiet && equal != (different == 0))) {
             violation("the verification is wrong");
         }
     } else if (!falseAck_ && different > faultsApplied_) { // each may damage a block without changing its check bytes

@@ -39,7 +39,9 @@ class Monitor {
     void boxOpened(const platform::Box& box);
     void eventRan();
     void endOperation();
-    void checkSaved();
+    void checkSaved(bool success);
+    void checkLoss();
+    bool shown(const std::string& text) const;
     void checkWritten(bool equal);
     void countLineFaults();
     bool portBad() const;
@@ -52,11 +54,11 @@ class Monitor {
     std::string action_, operation_; // by their controls
     bool running_ = false, cancelled_ = false, verifying_ = false, portWasOpen_ = true;
     std::size_t firstBox_ = 0;
-    std::int64_t portFailures_ = 0, fileWrites_ = 0, faultsApplied_ = 0;
-    Micros begun_ = 0, begunBefore_ = 0;
-    std::string messages_;       // a letter for each message
-    simulator::Journal journal_; // when its transfer began
-    std::size_t blocks_ = 0;     // sent, each once
+    std::int64_t portFailures_ = 0, fileWrites_ = 0, fileFailures_ = 0, faultsApplied_ = 0;
+    Micros begun_ = 0, begunBefore_ = 0, reopenedAt_ = -1, writtenAt_ = -1; // the last two by its calls of the port
+    std::string messages_;                                                  // a letter for each message
+    simulator::Journal journal_;                                            // when its transfer began
+    std::size_t blocks_ = 0;                                                // sent, each once
     std::uint8_t answer_ = 0;
     bool repeated_ = false, falseAck_ = false; // packets; an ACK
     // The session.

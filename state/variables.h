@@ -56,10 +56,10 @@ struct SharedVariables {
     // The transfer procedures, written by transfer/.
     std::int16_t commRetry = 0; // number of the present try of an operation; from 3 on, the unit's result code "1234"
                                 // has a box
-    std::int32_t programState = 0; // state of the procedures, see transfer/programState.h
-    bool stepBusy = false;         // a step function is running
-    bool waitTimedOut = false;     // the present wait for a byte has timed out
-    bool verifying = false;        // the write is followed by a verification; the main window stays disabled
+    std::int32_t programState = 0;   // state of the procedures, see transfer/programState.h
+    bool stepBusy = false;           // a step function is running
+    bool waitTimedOut = false;       // the present wait for a byte has timed out
+    bool verifying = false;          // the write is followed by a verification; the main window stays disabled
     Outcome outcome = Outcome::none; // of the present operation, or the last one
     bool lossShown = false;          // a box has named the failure of the port in this operation
 

@@ -144,4 +144,63 @@ TEST_P(EachOperation, LeavesTheProgramUsable) {
 
 INSTANTIATE_TEST_SUITE_P(Sweep, EachOperation, testing::Range(0, 4));
 
+// The adapter is pulled and plugged in at once, at one call of the port in a write, a save or a verification. The loss has
+// one box, "Succeed" stands over a whole image only, and the next operation succeeds.
+class EachCall : public testing::TestWithParam<int> {
+  protected:
+    enum { write, save, verification };
+
+    // Runs the operation with a loss at a call, counted from its start; 0: without one. Returns the number of its calls.
+    static std::int64_t run(std::int64_t call) {
+        SCOPED_TRACE(call);
+        Session session;
+        session.load();
+        World& world = session.world;
+        world.unit.options().amplifierImage = simulator::makeSampleImage({.seed = 7});
+        const Bytes& held = world.unit.options().amplifierImage;
+        frmMain().cmdPresent.visible = true;
+        frmMain().chkVerify.value = GetParam() == verification ? 1 : 0;
+        OperationGate& gate = world.port.operations();
+        const std::int64_t before = gate.passed();
+        gate.add([&world, before, call](const OperationCall& made) {
+            if (made.number == before + call) {
+                auto& port = world.port.comPort(defaultComPort);
+                port.pulledAt = port.backAt = world.clock.now();
+            }
+        });
+        const char* control = GetParam() == save ? "cmdPresent" : "cmdUpgrade";
+        session.press(control);
+        const std::int64_t calls = gate.passed() - before;
+        EXPECT_TRUE(session.atRest());
+        const auto named = std::ranges::count_if(
+            world.host.boxes(), [](const Box& box) { return box.text.find(deviceGone) != std::string::npos; });
+        constexpr std::int64_t last = 60; // the last answer has been received, and is read byte by byte
+        EXPECT_TRUE(named == 1 || (named == 0 && (call <= 1 || call > calls - last))) << session.boxes();
+        const bool succeeded = session.boxes().find("|Succeed|") != std::string::npos;
+        EXPECT_EQ(succeeded, shared.outcome == Outcome::succeeded);
+        const SimulatedFile* file = world.files.find(World::savedPath);
+        const bool stored = file != nullptr && Bytes(file->content.begin(), file->content.end()) == held;
+        EXPECT_EQ(stored, file != nullptr);
+        EXPECT_TRUE(!succeeded || (GetParam() == save ? stored : held == world.image));
+        EXPECT_TRUE(call > 1 || succeeded);
+        if (GetParam() != verification) {
+            session.press(control);
+            EXPECT_TRUE(shared.outcome == Outcome::succeeded) << session.boxes();
+        }
+        return calls;
+    }
+};
+
+TEST_P(EachCall, TellsTheTruthAfterALoss) {
+    const std::int64_t calls = run(0);
+    const std::int64_t edge = 40;
+    for (std::int64_t call = 1; call <= calls && !HasFailure(); ++call) {
+        if (call <= edge || call > calls - edge || call % (THINNED ? 1009 : 101) == 0) {
+            run(call);
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Sweep, EachCall, testing::Range(0, 3));
+
 } // namespace
