@@ -28,7 +28,7 @@ int runAll(std::uint64_t sessions, std::uint64_t first) {
         if (!result.violations.empty()) {
             ++violated;
             std::cout << "Seed " << seed << ": " << result.violations.front() << ": tarnbeacon-soak --trace " << seed
-                      << '\n';
+                      << std::endl; // seen also when the run is stopped
         }
     }
     for (const auto& [what, count] : counts) {
