@@ -8,7 +8,7 @@
 
 namespace platform {
 
-// A file opened for binary access; destroying it closes it and ignores failures.
+// A file opened for binary access; destroying it closes it and discards what was written since it was opened.
 class BinaryFile {
   public:
     BinaryFile() = default;
@@ -22,7 +22,7 @@ class BinaryFile {
     // Writes `bytes` from the file offset on; nothing else of the file changes.
     virtual void write(std::int64_t offset, std::span<const std::uint8_t> bytes) = 0;
 
-    // Closes the file. Fails when bytes written before did not reach the disk.
+    // Closes the file. Fails when bytes written before did not reach the disk; the file on the disk is then as it was.
     virtual void close() = 0;
 };
 
@@ -40,7 +40,10 @@ class Files {
     // Length in bytes; fails for a file that does not exist or is not accessible.
     virtual std::int64_t length(const std::string& path) = 0;
 
-    // Opens for reading, or for writing: then creates a missing file and does not shorten an existing one.
+    // Opens for reading, or for writing: then creates a missing file and does not shorten an existing one. The bytes go
+    // to a copy in the same folder, which replaces the file when it is closed. They go into the file itself, with no way
+    // back, where the operator may not create a copy, and where a copy would lose something: another name of the file,
+    // another owner, an access list, or a device.
     virtual std::unique_ptr<BinaryFile> openBinary(const std::string& path, FileAccess access) = 0;
 
     // The bytes of the whole file. If the system has a code page other than UTF-8, a file that is neither UTF-8 nor

@@ -1,6 +1,7 @@
 #include "platform/simulated/simulatedFiles.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace platform {
 
@@ -19,10 +20,18 @@ std::string_view readablePart(const std::string& path, const SimulatedFile& file
 
 } // namespace
 
+// A file opened for reading, or a copy opened for writing.
 class OpenSimulatedFile : public BinaryFile {
   public:
-    OpenSimulatedFile(SimulatedFiles& disk, std::string path, std::shared_ptr<SimulatedFile> file)
-        : disk_(disk), path_(std::move(path)), file_(std::move(file)) {}
+    OpenSimulatedFile(SimulatedFiles& disk, std::string path, std::shared_ptr<SimulatedFile> file, FileAccess access)
+        : disk_(disk), path_(std::move(path)), file_(std::move(file)), sizeBefore_(file_->content.size()),
+          isCopy_(access == FileAccess::write) {}
+
+    ~OpenSimulatedFile() override {
+        if (file_ != nullptr) {
+            release();
+        }
+    }
 
     void read(std::int64_t offset, std::span<std::uint8_t> bytes) override {
         disk_.operations_.pass(Operation::readFile);
@@ -36,16 +45,25 @@ class OpenSimulatedFile : public BinaryFile {
     }
 
     void write(std::int64_t offset, std::span<const std::uint8_t> bytes) override {
+        complete_ = false;
         disk_.operations_.pass(Operation::writeFile);
         requireOpen();
         const std::string text(bytes.begin(), bytes.end());
         disk_.store(path_, *file_, static_cast<std::size_t>(offset), text);
+        complete_ = true;
     }
 
     void close() override {
         requireOpen();
-        file_.reset();
+        const auto file = release();
         disk_.operations_.pass(Operation::closeFile);
+        if (!complete_) {
+            fail(failureNumber::fileBroken, path_, "not all bytes were written");
+        }
+        if (isCopy_) {
+            disk_.files_[path_] = file;
+            disk_.takeRoom(file->content.size() - sizeBefore_);
+        }
     }
 
   private:
@@ -55,9 +73,18 @@ class OpenSimulatedFile : public BinaryFile {
         }
     }
 
+    // Gives back the room that the copy takes.
+    std::shared_ptr<SimulatedFile> release() {
+        disk_.takeRoom(sizeBefore_ - file_->content.size());
+        return std::exchange(file_, nullptr);
+    }
+
     SimulatedFiles& disk_;
     std::string path_;
-    std::shared_ptr<SimulatedFile> file_;
+    std::shared_ptr<SimulatedFile> file_; // nullptr after close()
+    std::size_t sizeBefore_;
+    bool isCopy_;
+    bool complete_ = true; // no write has failed
 };
 
 void SimulatedFiles::put(const std::string& path, std::string_view content) {
@@ -86,16 +113,19 @@ SimulatedFile& SimulatedFiles::required(const std::string& path) {
     return *file;
 }
 
-std::shared_ptr<SimulatedFile> SimulatedFiles::forWriting(const std::string& path) {
+SimulatedFile SimulatedFiles::copyOf(const std::string& path) {
     refuseFolder(path);
-    std::shared_ptr<SimulatedFile>& file = files_[path];
-    if (file == nullptr) {
-        file = std::make_shared<SimulatedFile>();
-    }
-    if (file->readOnly) {
+    const SimulatedFile* file = find(path);
+    if (file != nullptr && file->readOnly) {
         fail(failureNumber::fileRefused, path, "the file may not be written");
     }
-    return file;
+    return file == nullptr ? SimulatedFile() : *file;
+}
+
+void SimulatedFiles::takeRoom(std::size_t bytes) {
+    if (room_) {
+        *room_ -= bytes; // modulo: a negative number gives room back
+    }
 }
 
 void SimulatedFiles::store(const std::string& path, SimulatedFile& file, std::size_t offset, std::string_view bytes) {
@@ -106,9 +136,7 @@ void SimulatedFiles::store(const std::string& path, SimulatedFile& file, std::si
         end = present + *room_;
         bytes = bytes.substr(0, end > offset ? end - offset : 0);
     }
-    if (room_) {
-        *room_ -= end - present;
-    }
+    takeRoom(end - present);
     file.content.resize(end);
     std::ranges::copy(bytes, file.content.begin() + static_cast<std::ptrdiff_t>(std::min(offset, end)));
     if (!fits) {
@@ -130,9 +158,9 @@ std::unique_ptr<BinaryFile> SimulatedFiles::openBinary(const std::string& path, 
     operations_.pass(Operation::openFile);
     if (access == FileAccess::read) {
         readablePart(path, required(path));
-        return std::make_unique<OpenSimulatedFile>(*this, path, files_.at(path));
+        return std::make_unique<OpenSimulatedFile>(*this, path, files_.at(path), access);
     }
-    return std::make_unique<OpenSimulatedFile>(*this, path, forWriting(path));
+    return std::make_unique<OpenSimulatedFile>(*this, path, std::make_shared<SimulatedFile>(copyOf(path)), access);
 }
 
 std::string SimulatedFiles::readAll(const std::string& path) {
@@ -147,7 +175,11 @@ std::string SimulatedFiles::readAll(const std::string& path) {
 
 void SimulatedFiles::appendLine(const std::string& path, const std::string& text) {
     operations_.pass(Operation::appendLine);
-    const auto file = forWriting(path);
+    copyOf(path); // fails where the file may not be written
+    std::shared_ptr<SimulatedFile>& file = files_[path];
+    if (file == nullptr) {
+        file = std::make_shared<SimulatedFile>();
+    }
     store(path, *file, file->content.size(), text + '\n');
 }
 

@@ -40,7 +40,8 @@ class SimulatedFiles : public Files {
 
     void refuseFolder(const std::string& path) const;
     SimulatedFile& required(const std::string& path);
-    std::shared_ptr<SimulatedFile> forWriting(const std::string& path);
+    SimulatedFile copyOf(const std::string& path); // empty for a missing file
+    void takeRoom(std::size_t bytes);
     void store(const std::string& path, SimulatedFile& file, std::size_t offset, std::string_view bytes);
 
     OperationGate operations_;

@@ -22,7 +22,7 @@ inline struct {
     int error = 0; // of any read or write
     bool exclusive = false;
     int raised = 0;         // modem lines of the port
-    int openError = 0;      // of COM3
+    int openError = 0;      // of COM3, and of the copy of a file
     bool syncFails = false; // the next time
 } driver;
 
@@ -45,7 +45,8 @@ extern "C" int open(const char* file, int oflag, ...) {
     va_start(arguments, oflag);
     const mode_t mode = va_arg(arguments, mode_t);
     va_end(arguments);
-    const bool refused = driver.openError != 0 && std::string_view(file).ends_with("/unit");
+    const std::string_view name = file;
+    const bool refused = driver.openError != 0 && (name.ends_with("/unit") || name.ends_with(".part"));
     errno = driver.openError;
     return refused ? -1 : static_cast<int>(::syscall(SYS_openat, AT_FDCWD, file, oflag, mode));
 }

@@ -17,7 +17,7 @@ std::string utf8(const std::filesystem::path& path) {
     return {text.begin(), text.end()};
 }
 
-TEST(Disk, SupportsLongPathsAndSharesFilesForReading) {
+TEST(Disk, SupportsLongPathsAndKeepsAttributes) {
     const std::filesystem::path folder = makeTestFolder();
     std::filesystem::path deep = folder / u8"道具 😀";
     std::filesystem::create_directory(deep);
@@ -27,11 +27,20 @@ TEST(Disk, SupportsLongPathsAndSharesFilesForReading) {
     }
     const std::string path = utf8(deep) + "/../" + std::string(100, 'x') + "/鍵.bin";
     const auto files = makeFiles();
-    const auto file = files->openBinary(path, FileAccess::write);
-    file->write(0, Bytes{'a', 'b'});
-    EXPECT_EQ(files->readAll(path), "ab");
+    const auto write = [&](const Bytes& bytes) {
+        const auto file = files->openBinary(path, FileAccess::write);
+        file->write(0, bytes);
+        file->close();
+    };
+    const std::wstring name = LR"(\\?\)" + (deep / u8"鍵.bin").wstring();
+    write({'a', 'b'});
+    ::SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_HIDDEN);
+    write({'c'});
+    EXPECT_EQ(files->readAll(path), "cb");
+    EXPECT_TRUE((::GetFileAttributesW(name.c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
+    ::SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(failureOf([&] { files->openBinary(path, FileAccess::write); }), failureNumber::fileRefused);
-    file->close();
+    ::SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL);
     for (deep /= u8"鍵.bin"; deep != folder; deep = deep.parent_path()) {
         std::filesystem::remove(LR"(\\?\)" + deep.wstring()); // remove_all() does not support long paths
     }
