@@ -187,10 +187,10 @@ class Copy : public DiskFile {
     // ReplaceFileW keeps access list and attributes. A scanner may hold a file for a moment after it was closed.
     void replace() const {
         for (int tries = 10; tries > 0; --tries) {
-            if (replaces_ && tries > 1
-                    ? ::ReplaceFileW(target_.c_str(), name_.c_str(), nullptr, REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr,
-                                     nullptr)
-                    : ::MoveFileExW(name_.c_str(), target_.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+            if (replaces_ && tries > 1 ? ::ReplaceFileW(target_.c_str(), name_.c_str(), nullptr,
+                                                        REPLACEFILE_IGNORE_MERGE_ERRORS, nullptr, nullptr)
+                                       : ::MoveFileExW(name_.c_str(), target_.c_str(),
+                                                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
                 return;
             }
             ::Sleep(50);
