@@ -1,11 +1,13 @@
 #include "app/program.h"
 
 #include "configuration/iniFiles.h"
+#include "platform/host.h"
 #include "startup/startUpWindow.h"
 #include "state/variables.h"
 #include "texts/messages.h"
 #include "transfer/loadCommand.h"
 #include "transfer/transferCommands.h"
+#include "transfer/transferMode.h"
 #include "ui/forms.h"
 #include "ui/mainWindow.h"
 #include "ui/resourceSetting.h"
@@ -60,6 +62,7 @@ void bindWait(FrmWait& form) {
 
 void bindEvents() {
     setFormBinders({bindStartUp, bindMain, bindWait});
+    platform::host().endRequested = event(FirmComm::subBreakOff);
 }
 
 void start() {

@@ -8,6 +8,7 @@
 #include "platform/serialPort.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace platform {
@@ -92,9 +93,13 @@ class Host {
     virtual void unload(Form& form) = 0;
     virtual Size screenSize() = 0;
 
-    // While on, blocks idle suspend, sleep and lid suspend. Has no effect where the system offers no such lock. Never
-    // waits longer than 100 ms.
+    // While on, blocks idle suspend, sleep, lid suspend and the end of the session. Has no effect where the system offers
+    // no such lock. Never waits longer than 100 ms.
     virtual void keepAwake(bool on) = 0;
+
+    // Called once, as a window event, when the system ends the process nevertheless while keepAwake is on. From then on
+    // boxes are not shown; they answer Cancel.
+    std::function<void()> endRequested;
 
     virtual SerialPort& commPort() = 0;
     virtual Files& files() = 0;

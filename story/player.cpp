@@ -229,6 +229,7 @@ class Player {
         {"wait", [this] { world_.clock.advanceTo(moment()); }},
         {"instance", [this] { world_.host.otherInstance = true; }},
         {"fail", [this] { fail(); }},
+        {"endRequest", [this] { world_.host.endRequested(); }},
         // files
         {"put", [this] { put(next()); }},
         {"remove", [this] { world_.files.remove(next()); }},

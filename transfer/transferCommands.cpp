@@ -1,8 +1,6 @@
 #include "transfer/transferCommands.h"
 
-#include "base/failure.h"
 #include "base/version.h"
-#include "link/commPort.h"
 #include "link/unitCommands.h"
 #include "platform/host.h"
 #include "state/variables.h"
@@ -11,12 +9,10 @@
 #include "transfer/fileDialog.h"
 #include "transfer/outcome.h"
 #include "transfer/programState.h"
-#include "transfer/rawWrite.h"
 #include "transfer/readProcedure.h"
 #include "transfer/transferMode.h"
 #include "transfer/verification.h"
 #include "transfer/writeProcedure.h"
-#include "transfer/xModem.h"
 #include "ui/forms.h"
 #include "ui/resourceSetting.h"
 
@@ -133,12 +129,9 @@ void Form_Load() {
 }
 
 void cmdCancel_Click() {
-    constexpr int cancelCount = 10;
-    // While the box of a failure is open, a tick may close the read.
-    for (int sent = 0; sent < cancelCount && readUnderWay() && FirmComm::portStands(); ++sent) {
+    if (readUnderWay()) {
         FirmComm::endWith(Outcome::cancelled);
-        CommonComm::subClearInput();
-        FirmComm::subSendRaw(xModem::can);
+        FirmComm::subSendCancel(readUnderWay); // while the box of a failure is open, a tick may close the read
     }
     if (readUnderWay()) {
         shared.programState = state::readClosing;

@@ -1,5 +1,6 @@
 #include "transfer/transferMode.h"
 
+#include "base/exitCode.h"
 #include "link/commPort.h"
 #include "link/resultCodes.h"
 #include "link/unitCommands.h"
@@ -107,6 +108,26 @@ void subEndTransfer() {
     unloadFrmWait();
     host().keepAwake(shared.verifying);
     frmMain().enabled = !shared.verifying;
+}
+
+void subSendCancel(bool (*underWay)()) {
+    constexpr int cancelCount = 10;
+    for (int sent = 0; sent < cancelCount && underWay() && portStands(); ++sent) {
+        CommonComm::subClearInput();
+        subSendRaw(xModem::can);
+    }
+}
+
+void subBreakOff() {
+    constexpr int replyTime = 1000; // milliseconds
+    try {
+        host().waitForBytes(host().timeGetTime() + replyTime); // a block that is on its way must end before CAN
+        subSendCancel([] { return true; });
+        closeTransferMode("54");
+        closeTransferMode("53");
+    } catch (const std::exception&) { // the program ends in any case
+    }
+    host().endProgram(exitCode::failed);
 }
 
 void closeTransferMode(const std::string& operation) {

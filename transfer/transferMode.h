@@ -17,6 +17,12 @@ std::string fncStartTransfer(const std::string& operation);
 // window.
 void subEndTransfer();
 
+// Sends CAN ten times; stops when the port is gone or `underWay` gives false.
+void subSendCancel(bool (*underWay)());
+
+// Breaks off the transfer because the system ends the program: CAN, "54", "53". Then ends the program.
+void subBreakOff();
+
 // Sends "54" or "53", or reports that the port is gone; the result is ignored.
 void closeTransferMode(const std::string& operation);
 

@@ -2,8 +2,10 @@
 #include "base/version.h"
 #include "platform/system.h"
 
+#include <array>
 #include <cerrno>
 #include <clocale>
+#include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -29,7 +31,7 @@ std::string instanceLockPath() {
 constexpr const char* inhibitCommand =
     "exec 2>/dev/null; lock() { systemd-inhibit --what=$1 --who=TarnBeacon --mode=block "
     "--why='Firmware is moving between the computer and the unit' cat; }; "
-    "lock sleep:idle:handle-lid-switch || lock idle";
+    "lock shutdown:sleep:idle:handle-lid-switch || lock idle";
 
 class SleepLock {
   public:
@@ -86,6 +88,17 @@ class SleepLock {
 
 SleepLock sleepLock;
 
+constexpr std::array endSignals{SIGTERM, SIGHUP, SIGINT};
+volatile std::sig_atomic_t endSignal = 0; // that has come
+
+// The next signal of any kind has its usual effect.
+void noteEndSignal(int signal) {
+    endSignal = signal;
+    for (const int other : endSignals) {
+        std::signal(other, SIG_DFL);
+    }
+}
+
 } // namespace
 
 bool takeInstanceLock() {
@@ -99,6 +112,29 @@ bool takeInstanceLock() {
 
 void keepAwake(bool on) {
     on ? sleepLock.acquire() : sleepLock.release();
+}
+
+void holdTermination(bool on) {
+    for (const int signal : endSignals) {
+        struct sigaction before {};
+        ::sigaction(signal, nullptr, &before);
+        if (before.sa_handler != SIG_IGN) { // as for a program that nohup has started
+            std::signal(signal, on && endSignal == 0 ? noteEndSignal : SIG_DFL);
+        }
+    }
+    if (!on && endSignal != 0) {
+        std::raise(endSignal);
+    }
+}
+
+bool terminationRequested() {
+    return endSignal != 0;
+}
+
+void allowSlowWindows() {} // the window managers ask the operator
+
+bool beginsSystemLoop(const void* /*message*/) {
+    return false;
 }
 
 void setEnglishErrors() {

@@ -6,9 +6,11 @@
 #include "platform/qt/text.h"
 
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QHeaderView>
 #include <QLineEdit>
 #include <QScreen>
+#include <QStandardPaths>
 #include <QTreeView>
 
 namespace platform {
@@ -24,6 +26,24 @@ QStringList nameFilters(const std::string& filter) {
         filters += description + " (" + QString(parts[at + 1]).replace(';', ' ') + ')';
     }
     return filters;
+}
+
+bool isInHiddenFolder(const QString& path) {
+    const QFileInfo folder(path);
+    return !folder.isRoot() && (folder.isHidden() || isInHiddenFolder(folder.absolutePath()));
+}
+
+QString folderOfLastFile; // of this run
+
+// The dialog's folder. In place of one that the system hides from the operator, as it does that of an installation for
+// one user: the folder of the last file, or the operator's documents.
+QString firstFolder(const FileDialog& dialog) {
+    const QString folder = fromUtf8(dialog.initialDirectory);
+    if (!isInHiddenFolder(QFileInfo(folder).absoluteFilePath())) {
+        return folder;
+    }
+    return folderOfLastFile.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation)
+                                      : folderOfLastFile;
 }
 
 // Large enough for a path and the columns in the desktop's font, limited by the screen.
@@ -61,7 +81,7 @@ void showFileDialog(FileDialog& dialog, FileDialogKind kind) {
     shown.setAcceptMode(kind == FileDialogKind::open ? QFileDialog::AcceptOpen : QFileDialog::AcceptSave);
     shown.setWindowTitle(kind == FileDialogKind::open ? "Open" : "Save As");
     shown.setNameFilters(nameFilters(dialog.filter));
-    shown.setDirectory(fromUtf8(dialog.initialDirectory));
+    shown.setDirectory(firstFolder(dialog));
     if (!dialog.fileName.empty()) {
         shown.selectFile(fromUtf8(dialog.fileName));
     }
@@ -70,6 +90,7 @@ void showFileDialog(FileDialog& dialog, FileDialogKind kind) {
     setParentWindow(shown);
     if (shown.exec() == QDialog::Accepted) {
         dialog.fileName = toUtf8(shown.selectedFiles().value(0));
+        folderOfLastFile = shown.directory().absolutePath();
     } else if (dialog.cancelError) {
         throw Failure(failureNumber::dialogCancelled, "Cancel was selected");
     }

@@ -8,6 +8,7 @@
 #include "platform/qt/text.h"
 
 #include <QScreen>
+#include <QSessionManager>
 #include <QStyleFactory>
 #include <QThread>
 #if QT_CONFIG(settings) // Qt can be built without it
@@ -36,20 +37,49 @@ QtHost::QtHost() : application_(argc, argv), timers_([this](const Handler& tick)
     QCoreApplication::setApplicationVersion(QString("%1.%2").arg(program::major).arg(program::minor));
     QGuiApplication::setDesktopFileName("tarnbeacon"); // for desktops that do not take the icon from the window
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    QFont::insertSubstitutions("ＭＳ Ｐゴシック", {"IPAPGothic", "VL PGothic", "Noto Sans CJK JP"});
+    // The first is the same font where the system has it under its English name only.
+    QFont::insertSubstitutions("ＭＳ Ｐゴシック", {"MS PGothic", "IPAPGothic", "VL PGothic", "Noto Sans CJK JP"});
     QApplication::setStyle(QStyleFactory::create("Fusion")); // the layout of the controls fits its widgets
 #if QT_CONFIG(settings)
     // The toolkit's file dialog stores settings; this program must not write any.
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, "/dev/null");
 #endif
-    watchPort();
+    allowSlowWindows();
+    application_.installNativeEventFilter(this);
+    QObject::connect(&application_, &QGuiApplication::commitDataRequest, [this](QSessionManager& session) {
+        if (keptAwake_) {
+            session.cancel();
+        }
+    });
+    watchSystem();
 }
 
 // While a program holds the old device, the system gives an adapter that is plugged in again another name.
-void QtHost::watchPort() {
+void QtHost::watchSystem() {
     constexpr std::chrono::milliseconds interval{500}; // shorter than it takes to plug an adapter in again
-    QObject::connect(&portCheck_, &QTimer::timeout, [this] { port().checkDevice(); });
-    portCheck_.start(interval);
+    QObject::connect(&systemCheck_, &QTimer::timeout, [this] {
+        port().checkDevice();
+        endIfRequested();
+    });
+    systemCheck_.start(interval);
+}
+
+void QtHost::endIfRequested() {
+    if (!ending_ && terminationRequested()) {
+        ending_ = true;
+        deliver(endRequested);
+    }
+}
+
+// The transfer runs in an event of the toolkit, and would stand still while the system runs a loop of its own.
+bool QtHost::nativeEventFilter(const QByteArray& /*eventType*/, void* message, qintptr* /*result*/) {
+    return keptAwake_ && beginsSystemLoop(message);
+}
+
+void QtHost::keepAwake(bool on) {
+    keptAwake_ = on;
+    SystemHost::keepAwake(on);
+    holdTermination(on);
 }
 
 QtHost::~QtHost() {
@@ -102,7 +132,7 @@ void QtHost::waitForEvents(std::int64_t until) {
 
 int QtHost::msgBox(const Message& message) {
     sync();
-    return showMessageBox(message);
+    return ending_ ? boxAnswer::cancel : showMessageBox(message);
 }
 
 void QtHost::showOpen(FileDialog& dialog) {

@@ -5,6 +5,7 @@
 #include "platform/qt/timerQueue.h"
 #include "platform/system/systemHost.h"
 
+#include <QAbstractNativeEventFilter>
 #include <QApplication>
 #include <QTimer>
 
@@ -12,7 +13,7 @@
 
 namespace platform {
 
-class QtHost final : public SystemHost {
+class QtHost final : public SystemHost, QAbstractNativeEventFilter {
   public:
     // Creates the toolkit's application. There is one host in a process.
     QtHost();
@@ -33,9 +34,12 @@ class QtHost final : public SystemHost {
     void hide(Form& form) override;
     void unload(Form& form) override;
     Size screenSize() override;
+    void keepAwake(bool on) override;
 
   private:
-    void watchPort();
+    bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
+    void watchSystem();
+    void endIfRequested();
     void sync();
     void paintChanges();
     bool windowMappingPending() const;
@@ -43,10 +47,12 @@ class QtHost final : public SystemHost {
     [[noreturn]] void endUnhandled(const std::string& description);
 
     QApplication application_;
-    QTimer portCheck_;
+    QTimer systemCheck_;
     TimerQueue timers_;
     Micros eventsAt_ = 0;                  // time of the last run of window events
     std::map<Form*, FormWindow*> windows_; // of the loaded forms
+    bool keptAwake_ = false;
+    bool ending_ = false; // endRequested has been called
 };
 
 } // namespace platform

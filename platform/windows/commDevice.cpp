@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 #include <windows.h>
 
 namespace platform {
@@ -50,10 +51,23 @@ DCB lineOf(const LineSettings& settings) {
 // An overlapped read or write.
 class Call {
   public:
-    Call() { state_.hEvent = ::CreateEventW(nullptr, TRUE, FALSE, nullptr); }
+    Call() = default;
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
-    ~Call() { ::CloseHandle(state_.hEvent); }
+    ~Call() { release(); }
+
+    // Before the first use, and after the last one.
+    void prepare() {
+        state_.hEvent = ::CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        if (state_.hEvent == nullptr) {
+            raiseOpenFailure(::GetLastError());
+        }
+    }
+    void release() {
+        if (state_.hEvent != nullptr) {
+            ::CloseHandle(std::exchange(state_.hEvent, nullptr));
+        }
+    }
 
     HANDLE event() const { return state_.hEvent; }
     bool pending() const { return pending_; }
@@ -106,6 +120,8 @@ class CommDevice : public LineDevice {
             raiseOpenFailure(::GetLastError());
         }
         try {
+            reading_.prepare();
+            writing_.prepare();
             setUp(settings);
         } catch (...) {
             close();
@@ -125,6 +141,8 @@ class CommDevice : public LineDevice {
         ::CloseHandle(handle_);
         handle_ = INVALID_HANDLE_VALUE;
         received_ = false;
+        reading_.release();
+        writing_.release();
     }
 
     std::size_t read(std::span<std::uint8_t> bytes) override {

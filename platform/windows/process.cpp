@@ -9,6 +9,20 @@
 
 namespace platform {
 
+namespace {
+
+// Sets or removes the reason that the system shows for a shutdown that does not go on.
+BOOL CALLBACK setBlockReason(HWND window, LPARAM on) {
+    if (on == FALSE) {
+        ::ShutdownBlockReasonDestroy(window);
+    } else if (::IsWindowVisible(window) && ::GetWindow(window, GW_OWNER) == nullptr) {
+        ::ShutdownBlockReasonCreate(window, L"Firmware is moving between the computer and the unit.");
+    }
+    return TRUE;
+}
+
+} // namespace
+
 // The installer checks this mutex too.
 bool takeInstanceLock() {
     static HANDLE mutex = nullptr; // held until the process ends
@@ -28,6 +42,41 @@ bool takeInstanceLock() {
 
 void keepAwake(bool on) {
     ::SetThreadExecutionState(on ? ES_CONTINUOUS | ES_SYSTEM_REQUIRED : ES_CONTINUOUS);
+    ::EnumThreadWindows(::GetCurrentThreadId(), setBlockReason, on ? TRUE : FALSE); // the windows refuse it
+}
+
+void holdTermination(bool /*on*/) {} // the system asks the windows
+
+bool terminationRequested() {
+    return false;
+}
+
+void allowSlowWindows() {
+    ::DisableProcessWindowsGhosting();
+}
+
+bool beginsSystemLoop(const void* message) {
+    constexpr UINT openSystemMenu = 0x313;   // from the task bar; no header names it
+    constexpr WPARAM systemCommand = 0xFFF0; // the system uses the other bits
+    const auto& received = *static_cast<const MSG*>(message);
+    switch (received.message) {
+    case WM_NCLBUTTONDOWN:
+    case WM_NCLBUTTONDBLCLK:
+    case WM_NCRBUTTONDOWN:
+    case WM_NCRBUTTONUP:
+    case openSystemMenu: return true;
+    case WM_SYSKEYDOWN:
+    case WM_SYSCHAR: return received.wParam == VK_SPACE;
+    case WM_SYSCOMMAND:
+        switch (received.wParam & systemCommand) {
+        case SC_MOVE:
+        case SC_SIZE:
+        case SC_MOUSEMENU:
+        case SC_KEYMENU: return true;
+        default: return false;
+        }
+    default: return false;
+    }
 }
 
 void setEnglishErrors() {} // causeText() requests English

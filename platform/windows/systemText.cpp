@@ -27,10 +27,10 @@ bool isUtf8(std::string_view text) {
 }
 
 unsigned systemCodePage() {
-    DWORD number = CP_ACP;
-    ::GetLocaleInfoEx(LOCALE_NAME_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
-                      reinterpret_cast<wchar_t*>(&number), sizeof number / sizeof(wchar_t));
-    return number;
+    DWORD number = 0;
+    const int size = ::GetLocaleInfoW(LOCALE_SYSTEM_DEFAULT, LOCALE_IDEFAULTANSICODEPAGE | LOCALE_RETURN_NUMBER,
+                                      reinterpret_cast<wchar_t*>(&number), sizeof number / sizeof(wchar_t));
+    return size > 0 ? number : CP_ACP; // CP_ACP too for a language without a code page
 }
 
 std::string causeText(unsigned long systemError) {

@@ -3,6 +3,7 @@
 
 #include <QTest>
 
+#include <csignal>
 #include <fstream>
 #include <sstream>
 #include <sys/stat.h>
@@ -40,10 +41,28 @@ TEST(System, HoldsTheSleepLockInAChildProcess) {
             return text.str();
         };
         EXPECT_TRUE(QTest::qWaitFor(
-            [&] { return request() == "--what=sleep:idle:handle-lid-switch --mode=block\n--what=idle --mode=block\n"; },
+            [&] {
+                return request() ==
+                       "--what=shutdown:sleep:idle:handle-lid-switch --mode=block\n--what=idle --mode=block\n";
+            },
             10'000));
     }
     std::filesystem::remove_all(folder);
+}
+
+TEST(System, HoldsARequestToEndTheProgramWhileItKeepsAwake) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    ::setenv("PATH", "/nowhere", 1);                                                             // no real lock
+    realHost->endRequested = [] { ::_exit(realHost->msgBox({}) == boxAnswer::cancel ? 5 : 1); }; // without a box
+    const auto keepAwake = [](bool on) { return realHost->keepAwake(on), true; };
+    for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+        EXPECT_EXIT(keepAwake(true) && std::raise(signal) == 0 && QTest::qWaitFor([] { return false; }, 10'000),
+                    testing::ExitedWithCode(5), "");
+    }
+    const auto killed = testing::KilledBySignal(SIGTERM);
+    EXPECT_EXIT(keepAwake(true) && std::raise(SIGTERM) == 0 && std::raise(SIGTERM), killed, "");
+    EXPECT_EXIT(keepAwake(true) && std::raise(SIGTERM) == 0 && keepAwake(false), killed, "");
+    EXPECT_EXIT(keepAwake(true) && keepAwake(false) && std::raise(SIGTERM), killed, "");
 }
 
 } // namespace
