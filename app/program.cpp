@@ -18,7 +18,7 @@ namespace program {
 
 namespace {
 
-// Handlers report their failures themselves. This reports any that is left, so that none reaches the toolkit.
+// Handlers report their failures themselves. This reports any that is left, on every host: none reaches a toolkit.
 template <class Handler>
 std::function<void()> event(Handler handler) {
     return [handler] {

@@ -32,9 +32,14 @@ void tryStep(Step step) {
     tryStep(ignored, step);
 }
 
-// These texts are Japanese in both languages.
-void showOpenFailure(std::int32_t id, const std::string& text) {
-    host().msgBox({id, text, platform::boxStyle::critical, messageText::title});
+// The texts are Japanese in both languages.
+void showOpenFailure(int failure, std::int16_t portNumber) {
+    if (failure == failureNumber::portMissing) {
+        showText(textId::portMissing1, platform::boxStyle::critical,
+                 loadText(textId::portMissing1) + std::to_string(portNumber) + loadText(textId::portMissing2));
+    } else {
+        showText(textId::portDoesNotOpen, platform::boxStyle::critical, loadText(textId::portDoesNotOpen));
+    }
 }
 
 void closeIfOpen(SerialPort& port) {
@@ -59,7 +64,7 @@ bool fncOpenPort(std::int16_t portNumber, const std::string& settings) {
     SerialPort& port = *shared.serialPort;
     tryStep([&] { port.choosePort(portNumber); });
     if (port.isOpen()) {
-        showOpenFailure(textId::portDoesNotOpen, loadText(textId::portDoesNotOpen));
+        showOpenFailure(failureNumber::portHeld, portNumber);
         return false;
     }
     int failure = 0;
@@ -68,12 +73,7 @@ bool fncOpenPort(std::int16_t portNumber, const std::string& settings) {
     tryStep(failure, [&] { port.read(); });
     if (failure != 0) {
         closeIfOpen(port);
-        if (failure == failureNumber::portMissing) {
-            showOpenFailure(textId::portMissing1, loadText(textId::portMissing1) + std::to_string(portNumber) +
-                                                      loadText(textId::portMissing2));
-        } else {
-            showOpenFailure(textId::portDoesNotOpen, loadText(textId::portDoesNotOpen));
-        }
+        showOpenFailure(failure, portNumber);
         return false;
     }
     tryStep([&] { port.setBufferSizes(inputBufferSize, outputBufferSize); });

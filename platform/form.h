@@ -150,4 +150,13 @@ struct Form {
     ~Form() = default;
 };
 
+// Turns an option button on and the others of its group off.
+inline void turnOn(const Form& form, const Control& option) {
+    for (Control* other : form.controls) {
+        if (other->kind == ControlKind::optionButton && other->container == option.container) {
+            other->value = other == &option ? 1 : 0;
+        }
+    }
+}
+
 } // namespace platform

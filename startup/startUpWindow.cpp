@@ -97,7 +97,7 @@ void probeUnit(FrmStartUp& form) {
     } else if (result == "2204") {
         host().endProgram(exitCode::unitNotReady);
     } else {
-        host().msgBox({textId::portSetup, shared.portSetupText, boxStyle::exclamation, messageText::title});
+        showText(textId::portSetup, boxStyle::exclamation, shared.portSetupText);
         offerPorts(form);
     }
 }

@@ -235,16 +235,6 @@ class RealFixture : QObject, public SystemFixture {
             find("bar")->disconnect(this);
             add(shown == 5 && shown <= (now() - begin) / 16 + 2 ? "limited" : std::to_string(shown));
         };
-        // the handler of an event fails
-        commands["fatal"] = [this](Text) {
-            GTEST_FLAG_SET(death_test_style, "threadsafe"); // the toolkit's threads do not survive a plain fork
-            form.control("R&D").click = [] { throw Failure(failureNumber::overflow, "Overflow"); };
-            whenShown<QMessageBox>([](QMessageBox* box) {
-                std::fputs(qPrintable(textOf(*QAccessible::queryAccessibleInterface(box)) + box->text()), stderr);
-                box->close();
-            });
-            EXPECT_EXIT(press("R&D", "mouse"), testing::ExitedWithCode(1), printed("TarnBeacon .icon 3.Overflow"));
-        };
         commands["showOther"] = [this](Text) { desk.show(other); };
         commands["hideOther"] = [this](Text) { desk.hide(other); };
         // the title of the parent of the newest window, and the flags of its frame

@@ -51,6 +51,8 @@ TEST(Screen, ReportsTheCurrentFailure) {
     Session session;
     session.start();
     subReportError(); // none
+    frmStartUp().cmbBps.listIndex = -1;
+    frmStartUp().cmdTest.click(); // has no handler of its own
     const auto report = [] {
         try {
             throw std::runtime_error("whatever");
@@ -60,6 +62,7 @@ TEST(Screen, ReportsTheCurrentFailure) {
     };
     EXPECT_THROW(report(), ProgramEnd);
     EXPECT_EQ(session.boxes(), "Tarn Beacon|Application error.\r\nRES : |16>1\n"
+                               "Tarn Beacon|Application error.\r\nRES : Subscript out of range|16>1\n"
                                "Tarn Beacon|Application error.\r\nRES : 予期せぬエラーが発生しました。|16>1\n");
 }
 

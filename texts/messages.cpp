@@ -41,14 +41,19 @@ int fncMsgBox(std::int32_t id, std::int32_t style, const std::string& msg1) {
 
 int showMessage(std::int32_t id, std::int32_t style, const std::string& title, const std::string& msg1) {
     try {
-        return host().msgBox({japaneseRow(id), boxText(languageRow(id), msg1), style, title});
+        return showText(japaneseRow(id), style, boxText(languageRow(id), msg1), title);
     } catch (const std::exception&) {
         const FailureReport failure = currentFailure();
-        host().msgBox({japaneseRow(id),
-                       "番号 : " + std::to_string(failure.number) + "\r\n内容 : " + failure.description,
-                       platform::boxStyle::ok, "fncMsgBox関数のエラー"});
+        showText(japaneseRow(id), platform::boxStyle::ok,
+                 loadText(textId::failureNumber) + std::to_string(failure.number) + "\r\n" +
+                     loadText(textId::failureContent) + failure.description,
+                 loadText(textId::boxFailed));
         return 0;
     }
+}
+
+int showText(std::int32_t id, std::int32_t style, const std::string& text, const std::string& title) {
+    return host().msgBox({id, text, style, title});
 }
 
 void subReportError() {

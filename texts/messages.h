@@ -16,6 +16,11 @@ int fncMsgBox(std::int32_t id, std::int32_t style, const std::string& msg1 = {})
 // The same under another title.
 int showMessage(std::int32_t id, std::int32_t style, const std::string& title, const std::string& msg1 = {});
 
+// The same with a text that is not the row of the selected language alone: a composed one, or one that is Japanese in both
+// languages. Returns 1 for OK, 2 for Cancel.
+int showText(std::int32_t id, std::int32_t style, const std::string& text,
+             const std::string& title = messageText::title);
+
 // Shows applicationError and the description of the current exception, which is empty when there is none. An exception
 // other than Failure counts as unexpected and ends the program after the box.
 void subReportError();

@@ -102,6 +102,10 @@ constexpr std::array rows{
     Row{textId::model, "IDS_SCREEN_MODEL", " 型式", " model"},
     Row{textId::version, "IDS_SCREEN_VERSION", " バージョン", " version"},
     Row{textId::progress, "IDS_SCREEN_PROGRESS", "進行状況", "Progress"},
+
+    Row{textId::boxFailed, "IDS_BOX_FAILED", "fncMsgBox関数のエラー", "fncMsgBox関数のエラー"},
+    Row{textId::failureNumber, "IDS_BOX_FAILED_NUMBER", "番号 : ", "番号 : "},
+    Row{textId::failureContent, "IDS_BOX_FAILED_CONTENT", "内容 : ", "内容 : "},
 };
 
 } // namespace

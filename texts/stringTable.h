@@ -65,6 +65,10 @@ constexpr std::int32_t file = 4107;
 constexpr std::int32_t model = 4108;
 constexpr std::int32_t version = 4109;
 constexpr std::int32_t progress = 4110;
+// Of the box that replaces a box without a text.
+constexpr std::int32_t boxFailed = 4201; // its title
+constexpr std::int32_t failureNumber = 4202;
+constexpr std::int32_t failureContent = 4203;
 } // namespace textId
 
 constexpr std::int32_t englishOffset = 500;

@@ -16,7 +16,7 @@ struct FrmMain : platform::Form {
     platform::Control cmdUpgrade;
     platform::Control cmdEnd;
 
-    // Stored hidden; the service screen shows all but the last two.
+    // Stored hidden; the service screen shows all but the last two, which nothing shows: so the form is stored.
     platform::Control cmdPresent;
     platform::Control chkVerify;
     platform::Control fraLanguage;

@@ -11,8 +11,8 @@ struct FrmStartUp : platform::Form {
     platform::Control cmbCom;
     platform::Control cmdTest;
     platform::Control cmdEnd;
-    platform::Control imgLogo;
-    platform::Control STARTBOX;
+    platform::Control imgLogo;  // hidden for good, as in the stored form
+    platform::Control STARTBOX; // a menu without a handler, as in the stored form
 
     FrmStartUp();
 };

@@ -131,8 +131,6 @@ bool ControlView::hasInput() const {
 void ControlView::takeInput() {
     if (const auto* list = qobject_cast<QComboBox*>(widget_)) {
         control_->listIndex = list->currentIndex();
-    } else if (control_->kind == ControlKind::optionButton) {
-        control_->value = 1;
     } else if (const auto* box = qobject_cast<QCheckBox*>(widget_)) {
         control_->value = box->isChecked() ? 1 : 0;
     }

@@ -35,7 +35,7 @@ class ControlView {
     // False when the program changed the widget, or another option of its group was selected.
     bool hasInput() const;
 
-    // Stores the operator's input in the control's state; the other options of a group stay as they are.
+    // Stores the operator's input in the control's state; turnOn() does that for an option button.
     void takeInput();
 
   private:

@@ -1,5 +1,5 @@
-// Windows and timers run the program's handlers through the host, which keeps failures out of the toolkit's event
-// dispatch and then shows what the handler has changed.
+// Windows and timers run the program's handlers through the host, which then shows what the handler has changed. No failure
+// leaves a handler: a host is no place to report it.
 #pragma once
 
 #include <functional>

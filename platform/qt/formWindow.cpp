@@ -241,13 +241,10 @@ void FormWindow::operated(ControlView& view) {
     }
     Control& control = view.control();
     if (control.kind == ControlKind::optionButton) {
-        for (const auto& other : views_) {
-            if (other->control().kind == ControlKind::optionButton && other->control().container == control.container) {
-                other->control().value = 0;
-            }
-        }
+        turnOn(*form_, control);
+    } else {
+        view.takeInput();
     }
-    view.takeInput();
     call(control.click);
 }
 

@@ -1,6 +1,5 @@
 #include "platform/qt/qtHost.h"
 
-#include "base/exitCode.h"
 #include "base/version.h"
 #include "platform/qt/drawing.h"
 #include "platform/qt/fileDialogs.h"
@@ -196,18 +195,8 @@ bool QtHost::windowMappingPending() const {
 }
 
 void QtHost::deliver(const Handler& handler) {
-    try {
-        handler();
-    } catch (const std::exception& failure) {
-        endUnhandled(failure.what());
-    }
+    handler();
     sync();
-}
-
-// A failure that no handler caught must not pass through the toolkit, and the state of the program is unknown after it.
-void QtHost::endUnhandled(const std::string& description) {
-    msgBox({.text = description, .style = boxStyle::critical, .title = program::name});
-    endProgram(exitCode::failed);
 }
 
 } // namespace platform

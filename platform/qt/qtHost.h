@@ -44,7 +44,6 @@ class QtHost final : public SystemHost, QAbstractNativeEventFilter {
     void paintChanges();
     bool windowMappingPending() const;
     void deliver(const Handler& handler);
-    [[noreturn]] void endUnhandled(const std::string& description);
 
     QApplication application_;
     QTimer systemCheck_;

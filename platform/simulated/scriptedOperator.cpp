@@ -44,14 +44,6 @@ std::string_view controlRefusal(const Form& form, const Action& action) {
     return {};
 }
 
-void turnOn(const Form& form, Control& option) {
-    for (Control* other : form.controls) {
-        if (other->kind == ControlKind::optionButton && other->container == option.container) {
-            other->value = other == &option ? 1 : 0;
-        }
-    }
-}
-
 void change(const Form& form, Control& control, const Action& action) {
     switch (control.kind) {
     case ControlKind::optionButton: turnOn(form, control); break;

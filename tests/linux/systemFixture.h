@@ -129,7 +129,5 @@ class SystemFixture : public contract::Fixture {
 
     static double processorTime() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; } // seconds
 
-    static constexpr const char* printed(const char* text) { return text; } // by a process that ended
-
     const std::string unit = folder + "unit"; // the device
 };

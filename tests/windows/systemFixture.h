@@ -201,9 +201,5 @@ class SystemFixture : public contract::Fixture {
         return (kernel.dwLowDateTime + user.dwLowDateTime) / 1e7;
     }
 
-    static constexpr const char* printed(const char*) {
-        return "";
-    } // wine does not pass on the output of a process that ended
-
     const std::string unit = "COM3"; // the device
 };
