@@ -20,7 +20,7 @@ using simulator::ack;
 namespace {
 
 constexpr std::size_t mostBoxes = 12;           // of an operation
-constexpr std::size_t mostBoxesWithoutPort = 6; // of one that loses its port
+constexpr std::size_t mostBoxesWithoutPort = 9; // of one that loses its port
 
 // Letters for what the tool sends; uu is the number of the addressed unit. A block is b.
 constexpr std::array<std::pair<std::string_view, char>, 13> letters{{
@@ -50,7 +50,8 @@ const std::map<std::string, const char*> patterns{
     {"cmdUpgrade/", "(v(p{1,3}(w{1,3}(be*)?)?x(" READ "xc)?)?)?"},
     {"cmdPresent", "(" READ "c)?"},
     {"cmdPresent/", "(" READ ")?"},
-    {"port", "i{0,2}s?v?t?i?|v?p{0,3}w{0,3}b?e*x?r{0,3}n?a?n?a?z{0,10}a?x{0,2}c?"},
+    {"port",
+     "i{0,2}s?v?t?i?|v?p{0,3}w{0,3}b?e*x?r{0,3}n?a?n?a?(za?){0,10}x{0,2}c?"}, // a tick may come in a box between two CAN
 };
 
 char letterOf(const Bytes& message) {

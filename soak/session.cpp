@@ -304,6 +304,9 @@ bool Session::press(const char* control) {
 }
 
 void Session::finish(bool save) {
+    if (!goesOn()) { // the operator has ended the program, maybe within an operation
+        return;
+    }
     stopFaults();
     setPort();
     if (!goesOn() || !started()) {
