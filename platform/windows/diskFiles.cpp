@@ -87,8 +87,11 @@ class DiskFile : public BinaryFile {
     }
 
     void append(std::string_view text) {
-        DWORD count = 0;
-        check(::WriteFile(handle_, text.data(), static_cast<DWORD>(text.size()), &count, nullptr));
+        while (!text.empty()) {
+            DWORD count = 0;
+            check(::WriteFile(handle_, text.data(), portion(text), &count, nullptr));
+            text.remove_prefix(count);
+        }
     }
 
     void close() override {

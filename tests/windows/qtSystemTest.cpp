@@ -1,7 +1,6 @@
 // The system services on Windows that the contract of all hosts does not cover.
 #include "platform/profile.h"
 #include "platform/system.h"
-#include "tests/failureOf.h"
 #include "tests/realHost.h"
 
 #include <cstdlib>
@@ -38,9 +37,6 @@ TEST(Disk, SupportsLongPathsAndKeepsAttributes) {
     write({'c'});
     EXPECT_EQ(files->readAll(path), "cb");
     EXPECT_TRUE((::GetFileAttributesW(name.c_str()) & FILE_ATTRIBUTE_HIDDEN) != 0);
-    ::SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_READONLY);
-    EXPECT_EQ(failureOf([&] { files->openBinary(path, FileAccess::write); }), failureNumber::fileRefused);
-    ::SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL);
     for (deep /= u8"鍵.bin"; deep != folder; deep = deep.parent_path()) {
         std::filesystem::remove(LR"(\\?\)" + deep.wstring()); // remove_all() does not support long paths
     }
@@ -64,9 +60,9 @@ TEST(Process, StopsWithoutExitHandlers) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     const auto end = [] {
         std::atexit([] { std::_Exit(1); });
-        stopProcess();
+        stopProcess(3);
     };
-    EXPECT_EXIT(end(), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(end(), testing::ExitedWithCode(3), "");
 }
 
 TEST(Process, KeepsTheSystemAwake) {
@@ -74,6 +70,19 @@ TEST(Process, KeepsTheSystemAwake) {
     EXPECT_EQ(::SetThreadExecutionState(ES_CONTINUOUS | ES_SYSTEM_REQUIRED), ES_CONTINUOUS | ES_SYSTEM_REQUIRED);
     keepAwake(false);
     EXPECT_EQ(::SetThreadExecutionState(ES_CONTINUOUS), ES_CONTINUOUS);
+}
+
+TEST(Process, KnowsTheMessagesThatBeginALoopOfTheSystem) {
+    const auto begins = [](UINT message, WPARAM parameter) {
+        const MSG received{.hwnd = nullptr, .message = message, .wParam = parameter, .lParam = 0, .time = 0, .pt = {}};
+        return beginsSystemLoop(&received);
+    };
+    for (const WPARAM command : {SC_MOVE, SC_MOVE + 2, SC_SIZE, SC_MOUSEMENU, SC_KEYMENU}) {
+        EXPECT_TRUE(begins(WM_SYSCOMMAND, command));
+    }
+    EXPECT_TRUE(begins(WM_NCLBUTTONDOWN, HTCAPTION) && begins(WM_NCRBUTTONUP, HTCAPTION));
+    EXPECT_TRUE(begins(WM_SYSKEYDOWN, VK_SPACE) && begins(WM_SYSCHAR, VK_SPACE));
+    EXPECT_FALSE(begins(WM_SYSCOMMAND, SC_CLOSE) || begins(WM_SYSKEYDOWN, VK_F4) || begins(WM_LBUTTONDOWN, 0));
 }
 
 } // namespace

@@ -12,7 +12,8 @@ inline struct {
     DWORD openError = ERROR_SUCCESS; // of the next opening
     DWORD error = ERROR_SUCCESS;     // of any later call
     bool syncFails = false;          // the next time
-    std::int64_t room = INT64_MAX;   // no file grows beyond that
+    bool eventsFail = false;
+    std::int64_t room = INT64_MAX; // no file grows beyond that
     DWORD mostHandles = MAXDWORD;
     std::atomic<HANDLE> open = nullptr;
     DCB line{};
@@ -46,6 +47,12 @@ inline HANDLE WINAPI createFile(const wchar_t* path, DWORD access, DWORD sharing
         driver.open = handle;
     }
     return handle;
+}
+
+inline HANDLE WINAPI createEvent(SECURITY_ATTRIBUTES* security, BOOL manual, BOOL set, const wchar_t* name) {
+    ::SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return driver.eventsFail ? nullptr
+                             : systemFunction<decltype(createEvent)>("CreateEventW")(security, manual, set, name);
 }
 
 inline BOOL WINAPI closeHandle(HANDLE handle) {
@@ -99,6 +106,7 @@ inline BOOL WINAPI purgeComm(HANDLE handle, DWORD what) {
 
 extern "C" { // NOLINTBEGIN
 decltype(&createFile) __imp_CreateFileW = createFile;
+decltype(&createEvent) __imp_CreateEventW = createEvent;
 decltype(&closeHandle) __imp_CloseHandle = closeHandle;
 decltype(&writeFile) __imp_WriteFile = writeFile;
 decltype(&flushFileBuffers) __imp_FlushFileBuffers = flushFileBuffers;
@@ -175,6 +183,7 @@ class SystemFixture : public contract::Fixture {
         driver.mostHandles = countHandles() + 200;
         commands["room"] = [](const std::string& most) { driver.room = std::stoll(most); };
         commands["break"] = [](const std::string&) { driver.syncFails = true; };
+        commands["noEvents"] = [](const std::string& on) { driver.eventsFail = on == "on"; };
         commands["error"] = [](const std::string& number) { driver.error = std::stoul(number); };
         commands["openError"] = [](const std::string& number) { driver.openError = std::stoul(number); };
         commands["text"] = [this](const std::string&) { add(failed); };
