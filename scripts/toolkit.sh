@@ -22,9 +22,9 @@ for feature in "${toolkitFeaturesOff[@]}"; do
 done
 
 # Sets the variable TARNBEACON_TOOLKIT to the folder of the toolkit, unless it is set already. Builds the toolkit if it is
-# missing.
+# missing, goes on with a build that was broken off, and waits for one that another process does.
 needToolkit() {
-    local version key toolkit work
+    local version key toolkit work lock
     if [[ -n ${TARNBEACON_TOOLKIT-} ]]; then
         return
     fi
@@ -36,23 +36,54 @@ needToolkit() {
         return
     fi
     work="$toolkit.part"
-    rm -rf "$work"
     mkdir -p "$work"
-    say "Building Qt $version for Windows; this takes up to half an hour, and is done once"
-    fetchSource "$version" "$work"
+    exec {lock}>"$toolkit.lock" # released at the latest when this process ends
+    flock --nonblock "$lock" || {
+        say "Another process builds Qt $version for Windows; waiting for it"
+        flock "$lock"
+    }
+    if [[ ! -d $toolkit ]]; then
+        buildToolkit
+    fi
+    exec {lock}>&-
+}
+
+# Uses the variables of needToolkit. What a build that was broken off has finished is in the folder `work`.
+buildToolkit() {
+    say "Building Qt $version for Windows in $work; this takes up to half an hour, and is done once"
+    [[ -d $work/source ]] || fetchSource "$version" "$work"
+    say "  configuring"
     quietly cmake -S "$work/source" -B "$work/build" -G Ninja -DCMAKE_INSTALL_PREFIX="$work/installed" \
         -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DQT_HOST_PATH=/usr \
         -DQT_HOST_PATH_CMAKE_DIR="/usr/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH)/cmake" "${toolkitOptions[@]}"
-    quietly cmake --build "$work/build"
+    showProgress "$work/build.log" cmake --build "$work/build"
     quietly cmake --install "$work/build" --strip
     mv "$work/installed" "$toolkit" # it can be moved
     rm -rf "$work"
+}
+
+# Runs a build with its output in a log file, and prints a line at each twentieth of its steps.
+showProgress() { # log file, command...
+    local log="$1" line percent shown=0
+    shift
+    NINJA_STATUS='%p of %t steps, %e s: ' "$@" 2>&1 </dev/null | tee "$log" | while IFS= read -r line; do
+        [[ $line =~ ^\ *([0-9]+)%\ of\ [0-9]+\ steps,\ [0-9]+ ]] || continue
+        percent="${BASH_REMATCH[1]}"
+        if ((percent >= shown + 5)); then
+            shown="$percent"
+            say "  ${BASH_REMATCH[0]## } s"
+        fi
+    done || {
+        tail -n 40 "$log" >&2
+        fail "The build failed; its output is in $log."
+    }
 }
 
 # Downloads Debian's source of Qt from the package sources of this system, verifies and patches it, in the folder
 # `source`. Does not change the package lists of the system.
 fetchSource() { # version, folder
     local lists="$2/lists"
+    say "  downloading the source"
     mkdir -p "$lists/partial"
     # shellcheck disable=SC2016 # apt-get expands them
     apt-get indextargets --format 'deb-src $(REPO_URI) $(RELEASE) $(COMPONENT)' \
@@ -63,6 +94,8 @@ fetchSource() { # version, folder
             -o Dir::State::Lists="$lists" -o APT::Sandbox::User="$(id -un)")
         quietly "${apt[@]}" update
         quietly "${apt[@]}" --download-only source "qt6-base=$1"
-        quietly dpkg-source --extract qt6-base_*.dsc source
+        rm -rf unpacked
+        quietly dpkg-source --extract qt6-base_*.dsc unpacked
+        mv unpacked source # whole
     ) || fail "The source of Qt $1 could not be downloaded."
 }
