@@ -30,7 +30,9 @@ QStringList nameFilters(const std::string& filter) {
 
 bool isInHiddenFolder(const QString& path) {
     const QFileInfo folder(path);
-    return !folder.isRoot() && (folder.isHidden() || isInHiddenFolder(folder.absolutePath()));
+    const QString above = folder.absolutePath();
+    const bool top = folder.isRoot() || above.size() >= path.size();
+    return !top && (folder.isHidden() || isInHiddenFolder(above));
 }
 
 QString folderOfLastFile; // of this run
