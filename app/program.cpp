@@ -5,9 +5,12 @@
 #include "startup/startUpWindow.h"
 #include "state/variables.h"
 #include "texts/messages.h"
+#include "transfer/blockReader.h"
 #include "transfer/loadCommand.h"
+#include "transfer/outcome.h"
 #include "transfer/transferCommands.h"
 #include "transfer/transferMode.h"
+#include "transfer/xModem.h"
 #include "ui/forms.h"
 #include "ui/mainWindow.h"
 #include "ui/resourceSetting.h"
@@ -70,6 +73,8 @@ void start() {
     shared = {};
     Common::ini = {};
     StartUpWindow::settingPort = false;
+    FirmComm::reader = {};
+    FirmComm::lossShown = xModem::waitTimedOut = false;
     bindEvents();
     frmStartUp();
 }

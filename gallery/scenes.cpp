@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "platform/qt/text.h"
 #include "state/variables.h"
+#include "texts/language.h"
 #include "texts/messages.h"
 #include "texts/stringTable.h"
 #include "ui/forms.h"
@@ -81,7 +82,9 @@ void showStartUp(const Run& run) {
     form.centred = true;
     ResourceSetting::subSetFormText(form.name);
     form.cmbBps.items = {"38400 bps"};
-    form.cmbCom.items = {"COM1", "COM2", "COM3", "COM4"};
+    for (int number = 1; number <= 16; ++number) {
+        form.cmbCom.items.push_back("COM" + std::to_string(number));
+    }
     form.cmbBps.listIndex = form.cmbCom.listIndex = 0;
     const auto portChoice = {&form.shpComm, &form.lblCom, &form.cmbCom, &form.cmdTest, &form.cmdEnd};
     for (platform::Control* control : {&form.lblBPS, &form.cmbBps}) {
@@ -137,7 +140,7 @@ void showTransfer(const Run& run) {
     form.prbComm.value = 0.34 * imageSize;
     run.host.show(form);
     visit(run, "progress", form);
-    form.lblMsg.caption = run.inJapanese() ? "ベリファイ中..." : "Verification...";
+    form.lblMsg.caption = selectedText(textId::verificationRuns);
     visit(run, "verification", form);
     unloadFrmWait();
     frmMain().enabled = true;

@@ -1,4 +1,5 @@
-// The variables that more than one module uses. The assignment shared = SharedVariables() gives them the values of a new
+// The variables that more than one module uses, and the state of the transfer procedures, which observers of a session
+// read. A module's own variables stand in its header. The assignment shared = SharedVariables() gives them the values of a new
 // process.
 #pragma once
 
@@ -58,23 +59,8 @@ struct SharedVariables {
                                 // has a box
     std::int32_t programState = 0;   // state of the procedures, see transfer/programState.h
     bool stepBusy = false;           // a step function is running
-    bool waitTimedOut = false;       // the present wait for a byte has timed out
     bool verifying = false;          // the write is followed by a verification; the main window stays disabled
     Outcome outcome = Outcome::none; // of the present operation, or the last one
-    bool lossShown = false;          // a box has named the failure of the port in this operation
-
-    // The receiver, written by transfer/.
-    Bytes blockBuffer = Bytes(1025); // bytes of the latest poll that found block data
-    std::int16_t blockLength = 0;    // how many
-    std::int64_t lastActivityAt = 0; // clock at the last byte received or control byte sent, milliseconds
-
-    // State of blocks of which a poll has found only a part.
-    struct CutBlocks {
-        bool restDue = false;        // the latest poll took a part of a block; the rest may follow
-        bool lost = false;           // such a block was not stored and has not been repeated yet
-        bool damaged = false;        // bytes of the image are missing
-        std::uint8_t lastNumber = 0; // of the block stored last
-    } cutBlocks;
 
     // The language, and texts in it, written by ui/.
     Language language = Language::english;

@@ -1,8 +1,22 @@
 // The contract of every host, as rows of commands with their results: tests/stories/everyHost.txt. The test of each
 // host performs them with its own Fixture.
 //   command argument; command ... = results, failures and events in their order
-// A number before a row repeats it, {a/b} stands for a row with a and a row with b, and commas separate the commands in an
+// {a/b} stands for a row with a and a row with b, a number before a row repeats it, and commas separate the commands in an
 // argument. In bytes, x*9 is nine times x, and ^ is a control character.
+//
+// The window of a section, "form", has the controls of tests/testForm.h; the port is COM3, and there is no COM4. Times are
+// milliseconds since the last "mark".
+//   events    click: the control, and in brackets the options and boxes that are on then; entryN: that one was chosen;
+//             close: a close request; later: the event of "later"
+//   failures  missing, held, forbidden, refused: an open; closed, lost: the port; broken: a file; invalid: a setting;
+//             cancelled: a dialog; "cause" adds the description of the last one
+//   restore   makes the window and all controls visible and enabled
+//   since T   adds "early" before that time; within T adds "late" after it
+//   tick N    waits for that many ticks; ticks N adds none, some, or many: more than N
+//   nest N    each tick waits until there have been N ticks
+//   again N   performs a command N times
+//   await N   waits until N bytes are received; next: until there is any result
+//   get N     the three bytes from place N of the open file; put N, shut, toRead and toWrite: the same file
 #pragma once
 
 #include "base/failure.h"
@@ -96,13 +110,14 @@ class Fixture {
 
     // The commands that each host implements:
     // - "input" mouse, keyboard or screenReader: how the operator works; "press" CONTROL; "choose" ENTRY of the list;
-    //   "closeRequest" to the window. What no person could do at that moment has no effect.
+    //   "closeRequest" to the window. What no operator could do at that moment has no effect.
     // - "later" MS: an event of the window then.
     // - "atBox" COMMANDS: at the next box, the last of them "ok" or "escape".
     // - "atDialog" NAME,OTHER: at the next file dialog gives a name in the folder, and the other where the first must
     //   not be overwritten. Without a name the dialog is cancelled.
     // - "room" BYTES: no file grows beyond that. "break": the next closing fails.
-    // - "give" BYTES at the far end of COM3's line, "arrived" COUNT there, "stream" MS: a byte every five,
+    // - "give" BYTES at the far end of COM3's line, "arrived" COUNT: what has come there since, at most that many,
+    //   "stream" MS: a byte every five,
     //   "pull" and "plug" the device, "hold" and "free" it by another program. There is no COM4.
     std::map<std::string, std::function<void(Text)>> commands;
 
@@ -140,6 +155,13 @@ inline Fixture::Fixture(Host& host, Text place) : desk(host), folder(place) {
     commands["hide"] = [this](Text name) { form.control(name).visible = false; };
     commands["enable"] = [this](Text name) { form.control(name).enabled = true; };
     commands["disable"] = [this](Text name) { form.control(name).enabled = false; };
+    commands["restore"] = [this](Text) {
+        for (Control* control : form.controls) {
+            control->visible = control->enabled = true;
+        }
+        form.enabled = true;
+        desk.show(form);
+    };
     commands["showForm"] = [this](Text) { desk.show(form); };
     commands["hideForm"] = [this](Text) { desk.hide(form); };
     commands["enableForm"] = [this](Text) { form.enabled = true; };
@@ -168,6 +190,11 @@ inline Fixture::Fixture(Host& host, Text place) : desk(host), folder(place) {
     commands["mark"] = [this](Text) { start = desk.timeGetTime(), ticks = 0; };
     commands["since"] = [this](Text moment) { now() < std::stoi(moment) ? add("early") : void(); };
     commands["within"] = [this](Text moment) { now() > std::stoi(moment) ? add("late") : void(); };
+    commands["again"] = [this](Text script) {
+        for (int times = std::stoi(script); times > 0; --times) {
+            perform(script.substr(script.find(' ') + 1));
+        }
+    };
     commands["sleep"] = [this](Text length) { desk.sleep(std::stoi(length)); };
     commands["events"] = [this](Text) { desk.doEvents(); };
     commands["bytes"] = [this](Text moment) { desk.waitForBytes(start + std::stoi(moment)); };
@@ -220,13 +247,13 @@ inline Fixture::Fixture(Host& host, Text place) : desk(host), folder(place) {
     };
     for (Control* control : form.controls) {
         control->click = [this, control] { // and the values that have already changed
-            const auto value = [this](const char* name) {
-                return std::to_string(std::lround(form.control(name).value));
-            };
-            add(control->kind == ControlKind::button ? control->name
-                : control->kind == ControlKind::dropDownList
-                    ? "entry" + std::to_string(control->listIndex)
-                    : control->name + ':' + value("inFrame0") + value("inFrame1") + value("outside") + value("check"));
+            std::string on;
+            for (const char* name : {"inFrame0", "inFrame1", "outside", "check"}) {
+                on += form.control(name).value == 0 ? "" : std::string(on.empty() ? "" : ",") + name;
+            }
+            add(control->kind == ControlKind::button         ? control->name
+                : control->kind == ControlKind::dropDownList ? "entry" + std::to_string(control->listIndex)
+                                                             : control->name + '[' + on + ']');
         };
     }
     form.queryUnload = [this] { add("close"); };

@@ -49,8 +49,7 @@ void enter(QFileDialog* dialog, const std::string& name) {
     dialog->activateWindow();
     static_cast<void>(QTest::qWaitForWindowActive(dialog)); // the line ignores keys until then
     line->setFocus();
-    line->selectAll();
-    QTest::keyClicks(line, QString::fromStdString(name));
+    line->setText(QString::fromStdString(name));
     name.empty() ? dialog->reject() : QTest::keyClick(line, Qt::Key_Return);
 }
 
@@ -250,9 +249,12 @@ class RealFixture : QObject, public SystemFixture {
             whenShown<QFileDialog>([this](QFileDialog* shown) {
                 commands.at("parent")(""), commands.at("describe")("label");
                 const auto* columns = shown->findChild<QTreeView*>()->header();
-                const QStringList texts{shown->windowTitle(), shown->nameFilters().join(' '), shown->directory().path(),
+                const QStringList texts{shown->windowTitle(),
+                                        shown->nameFilters().join(' '),
+                                        shown->directory().path(),
                                         shown->findChild<QLineEdit*>()->text(),
-                                        QString::number(columns->sectionResizeMode(0))};
+                                        QString::number(columns->sectionResizeMode(0)),
+                                        shown->testOption(QFileDialog::DontUseNativeDialog) ? "own" : "native"};
                 add(texts.join(' ').replace(QString::fromStdString(folder).chopped(1), "folder").toStdString());
                 shown->reject();
             });
@@ -264,11 +266,16 @@ class RealFixture : QObject, public SystemFixture {
             QTimer::singleShot(std::stoi(length), [] { QCoreApplication::exit(); });
             realHost->run();
         };
-        commands["today"] = [this](Text) {
-            const std::time_t now = std::time(nullptr);
-            char date[20];
-            std::strftime(date, sizeof date, "%Y/%m/%d ", std::localtime(&now));
-            add(desk.dateAndTime().starts_with(date) ? "today" : desk.dateAndTime());
+        commands["now"] = [this](Text) {
+            const auto clock = [] {
+                const std::time_t now = std::time(nullptr);
+                char text[20];
+                std::strftime(text, sizeof text, "%Y/%m/%d %H:%M:%S", std::localtime(&now));
+                return std::string(text);
+            };
+            const std::string before = clock();
+            const std::string present = desk.dateAndTime();
+            add(before <= present && present <= clock() ? "now" : present);
         };
         commands["screen"] = [this](Text) { add(desk.screenSize().width), add(desk.screenSize().height); };
     }

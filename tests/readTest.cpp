@@ -1,6 +1,7 @@
 // Blocks of a read that arrive whole, split, late or damaged, and what is stored of them.
 #include "tests/session.h"
 #include "transfer/blockReader.h"
+#include "transfer/readProcedure.h"
 
 namespace {
 
@@ -22,9 +23,9 @@ struct Sent {
     Bytes bytes;
 };
 
-// A save from a unit that sends block 1, filled with "a", then these parts, then EOT. Returns the first byte of each block
+// A save from a unit that sends the first part, usually block 1 filled with "a", then these parts, then EOT. Returns the first byte of each block
 // in the file, or "lost" or "stopped" after a box. Before it the program is blocked for `blocked` milliseconds.
-std::string save(const std::vector<Sent>& sent, int blocked = 0) {
+std::string save(const Bytes& first, const std::vector<Sent>& sent, int blocked) {
     Session session;
     World& world = session.world;
     session.start();
@@ -36,7 +37,7 @@ std::string save(const std::vector<Sent>& sent, int blocked = 0) {
                             [] { EXPECT_FALSE(shared.stepBusy); }); // no step runs window events
     }
     world.host.schedule(at + fromMilliseconds(300), [&] { world.host.sleep(blocked); });
-    std::vector<Sent> all{{0, block(1, 'a')}};
+    std::vector<Sent> all{{0, first}};
     all.insert(all.end(), sent.begin(), sent.end());
     all.insert(all.end(), {{2000 + blocked, {simulator::eot}}, {500, {simulator::eot}}});
     for (const auto& [after, bytes] : all) {
@@ -69,6 +70,7 @@ TEST(Read, HandlesSplitBlocks) {
         std::vector<Sent> sent; // 130 ms apart: one poll for each
         std::string stored;
         int blocked = 0; // milliseconds
+        Bytes first = block(1, 'a');
     };
     const Row rows[] = {
         {"whole", {{100, b2}, {100, b3}}, "abc"},
@@ -88,6 +90,8 @@ TEST(Read, HandlesSplitBlocks) {
         {"cut at 128, the rest before the next", {{100, part(b2, 0, 128)}, {130, part(b2, 128, 132) + b3}}, "lost"},
         {"cut at 128, the rest lost", {{100, part(b2, 0, 128)}, {2000, b3}}, "lost"},
         {"the checksum before the next", {{100, most}, {130, check + b3}}, "abc"},
+        {"a checksum like SOH before the next", {{100, most}, {130, Bytes{simulator::soh} + b3}}, "abc"},
+        {"the first sent again", {{2000, block(1, 'a')}, {100, b2}}, "ab", 0, part(block(1, 'a'), 0, 50)},
         {"the checksum alone", {{100, most}, {130, check}, {130, b3}}, "abc"},
         {"the checksum lost, then EOT", {{100, most}, {130, eot}}, "ab"},
         {"two check bytes before the next", {{100, most}, {130, check + Bytes{'q'} + b3}}, "abc"},
@@ -99,7 +103,7 @@ TEST(Read, HandlesSplitBlocks) {
          "abc"},
     };
     for (const Row& row : rows) {
-        EXPECT_EQ(save(row.sent, row.blocked), row.stored) << row.what;
+        EXPECT_EQ(save(row.first, row.sent, row.blocked), row.stored) << row.what;
     }
 }
 
@@ -139,14 +143,17 @@ TEST(Read, StopsAtTheEndOfTheArray) {
     Session session;
     session.start();
     FirmComm::subResetReader();
-    shared.blockLength = 132;
-    shared.blockBuffer.assign(shared.blockBuffer.size(), 'x');
+    FirmComm::reader.blockLength = 132;
+    FirmComm::reader.blockBuffer.assign(FirmComm::reader.blockBuffer.size(), 'x');
     for (int count = 0; count < blockCount + 2; ++count) {
         EXPECT_EQ(shared.readBackImage.back(), count <= blockCount ? 0 : 'x');
         FirmComm::subStoreBlock();
     }
     EXPECT_EQ(shared.readBackCount, imageSize + 1);
     EXPECT_EQ(frmWait().prbComm.value, imageSize);
+    shared.firmwareImage = shared.readBackImage;
+    shared.firmwareImage.back() = 0;
+    EXPECT_EQ(FirmComm::fncCompareImage(), 1); // the byte of the block too many
 }
 
 } // namespace

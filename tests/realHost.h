@@ -14,17 +14,6 @@ extern "C" const char* __lsan_default_suppressions() { // NOLINT: the sanitizer'
     return "leak:libfontconfig";
 }
 
-inline std::optional<platform::QtHost> realHost;
-
-class RealHost : public testing::Environment {
-    void SetUp() override {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-        realHost.emplace();
-    }
-    void TearDown() override { realHost.reset(); }
-};
-inline testing::Environment* const realHostUp = testing::AddGlobalTestEnvironment(new RealHost);
-
 // Makes a new folder for a test.
 inline std::filesystem::path makeTestFolder() {
     const auto folder =
@@ -32,3 +21,19 @@ inline std::filesystem::path makeTestFolder() {
     std::filesystem::create_directory(folder);
     return folder;
 }
+
+inline std::optional<platform::QtHost> realHost;
+
+class RealHost : public testing::Environment {
+    void SetUp() override {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        qputenv("XDG_CONFIG_HOME", settings_.c_str());
+        realHost.emplace();
+    }
+    void TearDown() override {
+        realHost.reset();
+        std::filesystem::remove_all(settings_);
+    }
+    const std::string settings_ = makeTestFolder().string(); // where the toolkit would store settings
+};
+inline testing::Environment* const realHostUp = testing::AddGlobalTestEnvironment(new RealHost);

@@ -32,8 +32,7 @@ TEST(Screen, UsesTheSelectedLanguage) {
         frmMain().optLanguage[1 - language].value = 0;
         frmMain().optLanguage[language].click();
         const std::size_t before = session.boxes().size();
-        for (const std::int32_t id :
-             {2002, 2003, 2004, 2020, 2021, 2515, 3023, 3031, 3531, 0, 102, 1005, 2001, 2016, 3030, 3999}) {
+        for (const std::int32_t id : {2002, 2003, 2004, 2020, 2021, 2515, 3023, 3031, 3531, 0, 2016, 3999}) {
             text += fncMsgBox(id, 48, "7") == 0 ? "no " : "";
         }
         ResourceSetting::subSetFormText("frmOther");
@@ -64,15 +63,6 @@ TEST(Screen, ReportsTheCurrentFailure) {
     EXPECT_EQ(session.boxes(), "Tarn Beacon|Application error.\r\nRES : |16>1\n"
                                "Tarn Beacon|Application error.\r\nRES : Subscript out of range|16>1\n"
                                "Tarn Beacon|Application error.\r\nRES : 予期せぬエラーが発生しました。|16>1\n");
-}
-
-TEST(Screen, EndsByButtonAndByCloseRequest) {
-    for (const Action& action : {click("frmMain", "cmdEnd"), closing("frmMain")}) {
-        Session session;
-        session.start();
-        EXPECT_EQ(session.world.host.run([&] { session.world.person.perform(action); }), RunEnd::programEnded);
-        EXPECT_TRUE(session.world.port.isOpen()); // the end of the process does not close it
-    }
 }
 
 } // namespace

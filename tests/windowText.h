@@ -3,20 +3,25 @@
 
 #include <QAbstractButton>
 #include <QAccessible>
+#include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QStyleOptionButton>
 
+// True when a label has a frame in the colour of the theme's text.
+inline bool isFramed(QLabel& label) {
+    const QImage image = label.grab().toImage();
+    const QColor colour = QApplication::palette().color(QPalette::WindowText);
+    return image.pixelColor(0, 0) == colour && image.pixelColor(image.rect().bottomRight()) == colour;
+}
+
 // Of a label: height of the font, bold, underlined, centred, framed, pale; colours other than the desktop's.
 inline QString appearanceOf(QLabel& label) {
     const QColor textColour = label.palette().color(QPalette::WindowText);
-    const QImage image = label.grab().toImage();
-    const bool framed = image.pixelColor(0, 0) == QColor(Qt::black) &&
-                        image.pixelColor(image.rect().bottomRight()) == QColor(Qt::black);
     return QString::number(label.font().pixelSize()) + (label.font().bold() ? "b" : "") +
            (label.font().underline() ? "u" : "") +
-           (label.alignment() == (Qt::AlignLeft | Qt::AlignVCenter) ? "" : "c") + (framed ? "f" : "") +
+           (label.alignment() == (Qt::AlignLeft | Qt::AlignVCenter) ? "" : "c") + (isFramed(label) ? "f" : "") +
            (textColour.alpha() < 160 ? "p" : "") + (textColour.rgb() == qRgb(0, 0, 0) ? "" : ' ' + textColour.name()) +
            (label.autoFillBackground() ? " on " + label.palette().color(QPalette::Window).name() : "");
 }

@@ -19,6 +19,8 @@
 
 namespace FirmComm {
 
+Reader reader;
+
 namespace {
 
 constexpr std::int64_t silenceLimit = 3000; // milliseconds
@@ -48,8 +50,8 @@ void showError(std::int32_t id) {
 }
 
 std::int32_t checkSilence(std::int64_t now) {
-    if (now - shared.lastActivityAt < silenceLimit) {
-        return shared.blockLength > 0 ? found::noBlock : found::nothing;
+    if (now - reader.lastActivityAt < silenceLimit) {
+        return reader.blockLength > 0 ? found::noBlock : found::nothing;
     }
     endWith(Outcome::failed);
     showError(verificationSelected() ? textId::silentNotVerified : textId::silentNothingSaved);
@@ -57,10 +59,10 @@ std::int32_t checkSilence(std::int64_t now) {
 }
 
 void keep(std::span<const std::uint8_t> bytes) {
-    std::ranges::fill(shared.blockBuffer, std::uint8_t{0});
-    const auto kept = std::min(bytes.size(), shared.blockBuffer.size());
-    std::ranges::copy_n(bytes.begin(), static_cast<std::ptrdiff_t>(kept), shared.blockBuffer.begin());
-    shared.blockLength = static_cast<std::int16_t>(kept);
+    std::ranges::fill(reader.blockBuffer, std::uint8_t{0});
+    const auto kept = std::min(bytes.size(), reader.blockBuffer.size());
+    std::ranges::copy_n(bytes.begin(), static_cast<std::ptrdiff_t>(kept), reader.blockBuffer.begin());
+    reader.blockLength = static_cast<std::int16_t>(kept);
 }
 
 std::int32_t controlResult(std::uint8_t byte) {
@@ -84,7 +86,7 @@ std::span<const std::uint8_t> skipRest(std::span<const std::uint8_t> bytes) {
 }
 
 std::int32_t takePoll(std::span<const std::uint8_t> bytes) {
-    SharedVariables::CutBlocks& cut = shared.cutBlocks;
+    Reader::CutBlocks& cut = reader.cutBlocks;
     if (cut.restDue && bytes.size() > 1) { // a single byte may be a control byte
         const auto block = skipRest(bytes);
         if (block.empty()) {
@@ -99,8 +101,8 @@ std::int32_t takePoll(std::span<const std::uint8_t> bytes) {
         return control;
     }
     keep(bytes);
-    if (shared.blockLength >= blockSize) {
-        cut.restDue = shared.blockLength < packetSize && beginsAsBlock(bytes);
+    if (reader.blockLength >= blockSize) {
+        cut.restDue = reader.blockLength < packetSize && beginsAsBlock(bytes);
         return found::block;
     }
     if (bytes[0] == xModem::soh) {
@@ -110,10 +112,10 @@ std::int32_t takePoll(std::span<const std::uint8_t> bytes) {
 }
 
 // A lost block is recovered only by the block with number lastNumber + 1.
-void noteStored(SharedVariables::CutBlocks& cut) {
-    const std::uint8_t number = shared.blockBuffer[1];
+void noteStored(Reader::CutBlocks& cut) {
+    const std::uint8_t number = reader.blockBuffer[1];
     cut.damaged |=
-        shared.blockLength < allDataReceived || (cut.lost && number != static_cast<std::uint8_t>(cut.lastNumber + 1));
+        reader.blockLength < allDataReceived || (cut.lost && number != static_cast<std::uint8_t>(cut.lastNumber + 1));
     cut.lost = false;
     cut.lastNumber = number;
 }
@@ -146,7 +148,7 @@ std::int32_t fncReadBlock() {
         if (bytes.empty()) {
             return checkSilence(now);
         }
-        shared.lastActivityAt = now;
+        reader.lastActivityAt = now;
         return takePoll(bytes);
     } catch (const std::exception&) {
         reportFailure();
@@ -156,10 +158,10 @@ std::int32_t fncReadBlock() {
 
 void subStoreBlock() {
     try {
-        noteStored(shared.cutBlocks);
+        noteStored(reader.cutBlocks);
         for (std::int32_t index = xModem::headerSize;
              index < xModem::headerSize + blockSize && shared.readBackCount <= imageSize; ++index) {
-            at(shared.readBackImage, shared.readBackCount) = at(shared.blockBuffer, index);
+            at(shared.readBackImage, shared.readBackCount) = at(reader.blockBuffer, index);
             ++shared.readBackCount;
         }
         frmWait().prbComm.value = std::min(shared.readBackCount, imageSize);
@@ -170,7 +172,7 @@ void subStoreBlock() {
 
 // After the last block, a part of a block is noise.
 bool imageIncomplete() {
-    return shared.cutBlocks.damaged || (shared.cutBlocks.lost && shared.readBackCount < imageSize);
+    return reader.cutBlocks.damaged || (reader.cutBlocks.lost && shared.readBackCount < imageSize);
 }
 
 bool imageArrived() {
@@ -186,7 +188,7 @@ void reportLostBlocks() {
 void subResetReader() {
     std::ranges::fill(shared.readBackImage, std::uint8_t{0});
     shared.readBackCount = 0;
-    shared.cutBlocks = {};
+    reader.cutBlocks = {};
 }
 
 } // namespace FirmComm

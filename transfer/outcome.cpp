@@ -10,6 +10,8 @@
 
 namespace FirmComm {
 
+bool lossShown = false;
+
 namespace {
 
 // The port is gone, closed, or not chosen.
@@ -19,7 +21,7 @@ constexpr std::array portFailures{failureNumber::portLost, failureNumber::portNo
 
 void beginOperation() {
     shared.outcome = Outcome::none;
-    shared.lossShown = false;
+    lossShown = false;
     CommonComm::subReopenPort();
 }
 
@@ -34,7 +36,7 @@ void reportFailure() {
         if (shared.outcome != Outcome::succeeded) {
             shared.outcome = Outcome::portLost;
         }
-        if (std::exchange(shared.lossShown, true)) {
+        if (std::exchange(lossShown, true)) {
             return;
         }
     }

@@ -6,6 +6,8 @@
 
 namespace FirmComm {
 
+extern bool lossShown; // a box has named the failure of the port in this operation
+
 // At the beginning of a command that uses the port: there is no outcome yet, and a lost port is opened again.
 void beginOperation();
 

@@ -5,6 +5,8 @@
 #include "state/variables.h"
 #include "texts/language.h"
 #include "texts/messages.h"
+#include "transfer/blockReader.h"
+#include "transfer/outcome.h"
 
 #include <utility>
 
@@ -15,7 +17,7 @@ std::int32_t writeShowingFailure(const Bytes& bytes) {
         return 0;
     } catch (const std::exception&) {
         const FailureReport failure = currentFailure();
-        if (!std::exchange(shared.lossShown, true)) {
+        if (!std::exchange(FirmComm::lossShown, true)) {
             platform::host().msgBox({textId::rawWriteFailed, failure.description, platform::boxStyle::critical,
                                      selectedText(textId::rawWriteFailed)});
         }
@@ -27,7 +29,7 @@ namespace FirmComm {
 
 std::int32_t subSendRaw(const std::string& text) {
     const std::int32_t failure = writeShowingFailure(Bytes(text.begin(), text.end()));
-    shared.lastActivityAt = platform::host().timeGetTime();
+    reader.lastActivityAt = platform::host().timeGetTime();
     return failure;
 }
 

@@ -13,6 +13,7 @@
 #include "transfer/transferMode.h"
 #include "transfer/verification.h"
 #include "transfer/writeProcedure.h"
+#include "transfer/xModem.h"
 #include "ui/forms.h"
 #include "ui/resourceSetting.h"
 
@@ -142,7 +143,7 @@ void cmdCancel_Click() {
 }
 
 void timerWait_Timer() {
-    shared.waitTimedOut = true;
+    xModem::waitTimedOut = true;
 }
 
 } // namespace WaitWindow

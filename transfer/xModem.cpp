@@ -14,6 +14,8 @@ using platform::host;
 
 namespace xModem {
 
+bool waitTimedOut = false;
+
 namespace {
 
 constexpr std::int32_t startLimit = 60000; // milliseconds
@@ -41,7 +43,7 @@ constexpr auto crcTable = makeCrcTable();
 class WaitLimit {
   public:
     explicit WaitLimit(std::int32_t limit) : timer_(frmWait().timerWait), interval_(timer_.interval()) {
-        shared.waitTimedOut = false;
+        waitTimedOut = false;
         timer_.setInterval(limit);
         timer_.setEnabled(true);
     }
@@ -187,7 +189,7 @@ std::int16_t pWaitByte(std::int32_t limit) {
             const Bytes byte = serialPort().read();
             return at(byte, 0);
         }
-        if (shared.waitTimedOut) {
+        if (waitTimedOut) {
             return timedOut;
         }
     }

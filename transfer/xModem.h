@@ -24,6 +24,8 @@ constexpr std::int32_t cancelled = 0x1003;
 // Places in a block.
 constexpr std::int32_t headerSize = 3;
 
+extern bool waitTimedOut; // the present wait for a byte; set by timerWait
+
 // Sends shared.firmwareImage, 1,920 blocks and EOT, and returns 0 when the unit has acknowledged EOT. Window events run
 // while it waits for the unit: 60 s for the first byte, 10 s for each reply; a packet is sent ten times at most.
 // Shows a failure of the port's write; any other failure of the port is thrown.

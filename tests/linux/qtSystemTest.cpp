@@ -26,14 +26,29 @@ TEST(System, AllowsOneInstance) {
     std::filesystem::remove_all(folder);
 }
 
+// Without a runtime folder each user has a lock file in /tmp; without any file there is no lock.
+TEST(System, StartsWithoutARuntimeFolder) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const std::string file = "/tmp/TarnBeacon-" + std::to_string(::getuid()) + ".lock";
+    std::filesystem::remove(file);
+    for (const std::string folder : {"/dev/null", ""}) {
+        ::setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
+        EXPECT_EXIT(::_exit(realHost->previousInstance() ? 1 : 0), testing::ExitedWithCode(0), "");
+        EXPECT_EQ(std::filesystem::exists(file), folder.empty());
+    }
+}
+
 TEST(System, HoldsTheSleepLockInAChildProcess) {
     const std::string folder = makeTestFolder();
-    std::ofstream(folder + "/systemd-inhibit") << "cd " << folder << "\necho $1 $3 >>held\n"
-                                               << "[ $1 = --what=idle ] || exit 1\nread -r line\nmv held over\n";
+    std::ofstream(folder + "/systemd-inhibit")
+        << "cd " << folder << "\necho $1 $3 >>held\n"
+        << "[ $1 = --what=idle ] || exit 1\nread -r line\nmv held over\nexec sleep 2\n";
     ::chmod((folder + "/systemd-inhibit").c_str(), 0700);
     ::setenv("PATH", (folder + ':' + ::getenv("PATH")).c_str(), 1);
     for (const bool on : {true, true, false, true, false}) { // only a change has an effect
+        const std::int64_t before = realHost->timeGetTime();
         realHost->keepAwake(on);
+        EXPECT_LT(realHost->timeGetTime(), before + 1000); // it does not wait for the child
         const std::string file = folder + (on ? "/held" : "/over");
         const auto request = [&] {
             std::stringstream text;

@@ -10,9 +10,13 @@
 #include <csignal>
 #include <cstdarg>
 #include <ctime>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <linux/serial.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/sysmacros.h>
+#include <termios.h>
 #include <unistd.h>
 
 inline struct {
@@ -22,7 +26,7 @@ inline struct {
     int error = 0; // of any read or write
     bool exclusive = false;
     int raised = 0;         // modem lines of the port
-    int openError = 0;      // of COM3, and of the copy of a file
+    int openError = 0;      // of COM3 and of the copy of a file; EIO: COM3 opens, but there is no hardware behind it
     bool syncFails = false; // the next time
 } driver;
 
@@ -46,9 +50,22 @@ extern "C" int open(const char* file, int oflag, ...) {
     const mode_t mode = va_arg(arguments, mode_t);
     va_end(arguments);
     const std::string_view name = file;
-    const bool refused = driver.openError != 0 && (name.ends_with("/unit") || name.ends_with(".part"));
+    const bool refused = (name.ends_with("/unit") && driver.openError != EIO) || name.ends_with(".part");
     errno = driver.openError;
-    return refused ? -1 : static_cast<int>(::syscall(SYS_openat, AT_FDCWD, file, oflag, mode));
+    return refused && driver.openError != 0 ? -1 : static_cast<int>(::syscall(SYS_openat, AT_FDCWD, file, oflag, mode));
+}
+
+extern "C" int tcgetattr(int fd, termios* line) noexcept {
+    static const auto real = reinterpret_cast<int (*)(int, termios*)>(::dlsym(RTLD_NEXT, "tcgetattr"));
+    errno = EIO;
+    return driver.openError == EIO ? -1 : real(fd, line);
+}
+
+// A terminal with a driver is no pseudo terminal.
+extern "C" int fstat(int fd, struct stat* status) noexcept {
+    const auto result = static_cast<int>(::syscall(SYS_fstat, fd, status));
+    status->st_rdev = driver.present ? makedev(4, 64) : status->st_rdev;
+    return result;
 }
 
 extern "C" int access(const char* name, int type) noexcept {
@@ -73,13 +90,17 @@ extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
     va_start(arguments, request);
     void* argument = va_arg(arguments, void*);
     va_end(arguments);
-    driver.exclusive = driver.exclusive || request == TIOCEXCL;
+    if (request == TIOCEXCL) {
+        driver.exclusive = true;
+        return 0;
+    }
     driver.raised = request == TIOCMBIS ? *static_cast<int*>(argument) : driver.raised;
     if (!driver.present || (request != TIOCGSERIAL && request != TIOCSSERIAL)) {
         return static_cast<int>(::syscall(SYS_ioctl, file, request, argument));
     }
     auto* serial = static_cast<serial_struct*>(argument);
     (request == TIOCGSERIAL ? serial->flags : driver.flags) = request == TIOCGSERIAL ? driver.flags : serial->flags;
+    ::dprintf(STDERR_FILENO, request == TIOCSSERIAL ? "latency %d\n" : "", driver.flags); // for "end"
     return request == TIOCGSERIAL ? 0 : driver.answer;
 }
 
@@ -107,6 +128,9 @@ class SystemFixture : public contract::Fixture {
         commands["error"] = [](const std::string& number) { driver.error = std::stoi(number); };
         commands["kill"] = [this](const std::string&) {
             EXPECT_EXIT((port.open(), std::raise(SIGKILL)), testing::KilledBySignal(SIGKILL), "");
+        };
+        commands["end"] = [this](const std::string& printed) {
+            EXPECT_EXIT((port.open(), desk.endProgram(7)), testing::ExitedWithCode(7), printed);
         };
         commands["sh"] = [this](const std::string& command) { add(outputOf("cd " + folder + " && " + command)); };
         commands["lines"] = [this](const std::string&) { add(driver.raised); };
