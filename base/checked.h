@@ -18,7 +18,7 @@ To narrow(From value) {
     return static_cast<To>(value);
 }
 
-// Gives element `index` of a vector or array; fails with failureNumber::outOfRange when there is none.
+// Returns element `index` of a vector or array; fails with failureNumber::outOfRange when there is none.
 template <class Array>
 auto& at(Array& array, std::int64_t index) {
     if (index < 0 || index >= static_cast<std::int64_t>(array.size())) {

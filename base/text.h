@@ -21,7 +21,7 @@ std::string hexText(std::uint32_t value, std::size_t digits);
 // Value of one hexadecimal digit, upper or lower case; nullopt for any other character.
 std::optional<std::uint8_t> hexDigit(char character);
 
-// Parses the whole text as a number, blanks at both ends allowed: sign, digits, decimal point, exponent. Gives nullopt
+// Parses the whole text as a number, blanks at both ends allowed: sign, digits, decimal point, exponent. Returns nullopt
 // when it is not a number. Fails with failureNumber::overflow for a number too large for a double, as the next routine does.
 std::optional<double> parseNumber(std::string_view text);
 

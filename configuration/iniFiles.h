@@ -18,7 +18,7 @@ extern IniState ini;
 // removed. Empty when there is none.
 std::string fncGetIniString(const std::string& section, const std::string& key, const std::string& path);
 
-// Splits `text` at its commas into ini.iniList, blanks at the ends of the items removed, and gives the number of items:
+// Splits `text` at its commas into ini.iniList, blanks at the ends of the items removed, and returns the number of items:
 // at least 1, at most 101; the rest is ignored. Tabs in `text` become blanks.
 std::int16_t fncSplitList(std::string& text);
 

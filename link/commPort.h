@@ -12,7 +12,7 @@ namespace CommonComm {
 platform::SerialPort& serialPort();
 
 // Opens COM `portNumber` with settings of the form 38400,n,8,1. True when it is open and ready. Otherwise shows a message
-// and gives False; the port is then not open, but a port that was open before stays open.
+// and returns False; the port is then not open, but a port that was open before stays open.
 bool fncOpenPort(std::int16_t portNumber, const std::string& settings);
 
 // Closes the port if it is open and drops the reference to it. Never fails.

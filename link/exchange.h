@@ -12,7 +12,7 @@ namespace CommonComm {
 void subSendFrame(const std::string& command);
 
 // One exchange: sends the command once and polls the port until the reply is finished or `timeoutMs` have passed. No
-// window event runs meanwhile. Gives the result code; the stored bytes of the reply are in shared.replyBytes, its data
+// window event runs meanwhile. Returns the result code; the stored bytes of the reply are in shared.replyBytes, its data
 // decoded from hexadecimal pairs or, with `rawData`, unchanged. Failures of the port and of the reply leave the routine
 // and leave shared.commBusy set.
 std::string fncExchange(const std::string& command, bool rawData, std::int32_t timeoutMs);

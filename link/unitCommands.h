@@ -1,4 +1,4 @@
-// The commands of the unit. Each is sent once per call and gives its result code. A run-time failure is shown in a box and
+// The commands of the unit. Each is sent once per call and returns its result code. A run-time failure is shown in a box and
 // gives "9999". `reply` receives shared.replyBytes, whatever the result; a run-time failure during the exchange leaves it
 // unchanged.
 #pragma once
@@ -30,7 +30,7 @@ std::string fncOperation(const std::string& operation, std::int16_t unit);
 
 namespace FirmComm {
 
-// Checks that the unit answers. Gives the result code as a number, 0 for success; 8 for a code that is no decimal number.
+// Checks that the unit answers. Returns the result code as a number, 0 for success; 8 for a code that is no decimal number.
 std::int32_t fncCheckTarget();
 
 } // namespace FirmComm

@@ -99,7 +99,7 @@ void DevicePort::onDevice(Action action) {
     }
 }
 
-// Moves received bytes from the device to the receive buffer and gives their number. Bytes that do not fit are lost.
+// Moves received bytes from the device to the receive buffer and returns their number. Bytes that do not fit are lost.
 std::size_t DevicePort::fetch() {
     std::array<std::uint8_t, 4096> bytes; // the size of the system's buffer for a terminal
     std::size_t count = 0;

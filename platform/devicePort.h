@@ -14,7 +14,7 @@ namespace platform {
 // received before the loss can still be read. All other uses of the port raise portLost.
 class DevicePort : public SerialPort {
   public:
-    // Gives the path of the device of a COM port; empty: there is none.
+    // Returns the path of the device of a COM port; empty: there is none.
     using FindDevice = std::function<std::string(int number)>;
 
     DevicePort(std::unique_ptr<LineDevice> device, FindDevice findDevice);

@@ -75,7 +75,7 @@ class Host {
     // received byte, a failure of the port, or the clock has reached `until`; sometimes earlier.
     virtual void waitForEvents(std::int64_t until) = 0;
 
-    // Shows a modal box and gives boxAnswer::ok or boxAnswer::cancel. Window events run meanwhile. Escape and the close
+    // Shows a modal box and returns boxAnswer::ok or boxAnswer::cancel. Window events run meanwhile. Escape and the close
     // box answer Cancel, or OK where there is no Cancel button.
     virtual int msgBox(const Message& message) = 0;
 

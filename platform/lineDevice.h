@@ -30,7 +30,7 @@ class LineDevice {
     // Restores the driver's latency. Never fails.
     virtual void close() = 0;
 
-    // Takes received bytes, up to the size of `bytes`, and gives their number; 0 when there are none.
+    // Takes received bytes, up to the size of `bytes`, and returns their number; 0 when there are none.
     virtual std::size_t read(std::span<std::uint8_t> bytes) = 0;
 
     // Passes as many bytes to the system as it takes without waiting; returns their number.

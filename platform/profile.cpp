@@ -17,7 +17,7 @@ std::string_view trimBlanks(std::string_view text) {
     return text.substr(first, text.find_last_not_of(blanks) - first + 1);
 }
 
-// Removes the next line from `text` and gives it without its line end.
+// Removes the next line from `text` and returns it without its line end.
 std::string_view takeLine(std::string_view& text) {
     const std::size_t end = text.find('\n');
     std::string_view line = text.substr(0, end);

@@ -1,4 +1,4 @@
-// The check bytes of a block. The code is independent of the tool's, so that neither hides a fault of the other.
+// The check bytes of a block. The code is independent of the program's, so that neither hides a fault of the other.
 #pragma once
 
 #include <cstdint>

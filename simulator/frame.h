@@ -12,7 +12,7 @@ class FrameReader {
   public:
     enum class State { idle, receiving, complete, broken };
 
-    // Takes a byte and gives the state after it. An STX begins a frame, also within a frame. A byte that cannot be
+    // Takes a byte and returns the state after it. An STX begins a frame, also within a frame. A byte that cannot be
     // part of a command breaks the frame, and so does a text longer than any command.
     State read(std::uint8_t byte);
 

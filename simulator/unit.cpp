@@ -48,7 +48,7 @@ void Unit::receive(std::span<const std::uint8_t> bytes, Micros now) {
     advance(now);
 }
 
-// Takes some of the bytes and gives their number.
+// Takes some of the bytes and returns their number.
 std::size_t Unit::take(std::span<const std::uint8_t> bytes, Micros now) {
     const bool mayBegin = mode_ != Mode::receiving || receiver_.betweenPackets();
     if (frame_.receiving() || (bytes.front() == stx && mayBegin)) {

@@ -21,7 +21,7 @@ class XmodemReceiver {
     // Begins a transfer. The first start byte is sent at `firstStart`.
     void start(Micros firstStart);
 
-    // Takes bytes up to the end of a packet at most and gives their number. `bytes` is not empty.
+    // Takes bytes up to the end of a packet at most and returns their number. `bytes` is not empty.
     std::size_t receive(std::span<const std::uint8_t> bytes, Micros now);
 
     // Something other than a packet was received.

@@ -62,7 +62,7 @@ class Recorder {
     Micros lastAt_ = world_.clock.now();
     int bar_ = 0;
     std::string clears_;
-    std::string frame_; // of the tool, as far as it has been received
+    std::string frame_; // of the program, as far as it has been received
     bool eventPending_ = false;
 };
 

@@ -69,7 +69,7 @@ bool isClear(QAbstractButton& button) {
 }
 
 // The controls are within their window and do not overlap, except for one row or column of pixels that neighbours share.
-// Gives their places: left, middle, width, and height except of labels, which a font may make higher.
+// Returns their places: left, middle, width, and height except of labels, which a font may make higher.
 QString expectOrder(const QWidget& window) {
     const QWindow* parent = window.windowHandle()->transientParent();
     QString places = parent == nullptr ? "" : "Above " + parent->title() + '\n';

@@ -138,11 +138,11 @@ TEST_F(SimulatedHostTest, DistinguishesCommandsFromTransfers) {
         desk.sleep(part == "\x04" ? 100 : 0);
         world.port.write(Bytes(part.begin(), part.end()));
     }
-    EXPECT_EQ(world.line.record().text(), "     0.000000 tool: STX \"000000501\" ETX STX\n"
+    EXPECT_EQ(world.line.record().text(), "     0.000000 program: STX \"000000501\" ETX STX\n"
                                           "     0.005123 unit: STX \"000013\" ETX SOH\n"
                                           "     0.055123 unit altered: STX \"000013\" ETX SOH\n"
-                                          "     0.100000 tool: EOT\n"
-                                          "     0.100000 tool altered: nothing\n");
+                                          "     0.100000 program: EOT\n"
+                                          "     0.100000 program altered: nothing\n");
 }
 
 } // namespace

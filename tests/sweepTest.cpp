@@ -1,5 +1,5 @@
 // Single failures at each place: a packet of a write or its answer fails, once or from there on; or an operation of the port
-// or the disk fails. In each case the result that the tool shows is true, the window is usable again, and the next write
+// or the disk fails. In each case the result that the program shows is true, the window is usable again, and the next write
 // without the fault succeeds. A usual run tests a share of the places, the disabled tests all of them (scripts/sweep).
 #include "tests/session.h"
 
@@ -48,7 +48,7 @@ bool writeSucceeds(Session& session) {
     }
     EXPECT_TRUE(session.atRest());
     const World& world = session.world;
-    session.world.host.sleep(60'000); // what the tool has sent may still be on the line
+    session.world.host.sleep(60'000); // what the program has sent may still be on the line
     const bool succeeded = session.boxes().ends_with(succeed);
     EXPECT_TRUE(!succeeded || (world.unit.journal().imageComplete && world.unit.receivedImage() == world.image));
     return succeeded;

@@ -9,7 +9,7 @@ constexpr const char* title = "Tarn Beacon"; // of nearly every box
 } // namespace messageText
 
 // Shows the text of `id` under the title "Tarn Beacon"; with English selected, the English text of a Japanese `id`. `msg1`
-// goes in front of receiveTimeout and shutDownByCancel, after applicationError and into portNotEffective1. Gives 1 for OK,
+// goes in front of receiveTimeout and shutDownByCancel, after applicationError and into portNotEffective1. Returns 1 for OK,
 // 2 for Cancel; 0 after a failure of its own, which it has shown in a box.
 int fncMsgBox(std::int32_t id, std::int32_t style, const std::string& msg1 = {});
 

@@ -31,7 +31,7 @@ int numberOf(int systemError) {
     throw Failure(numberOf(systemError), path + ": " + std::generic_category().message(systemError));
 }
 
-// Gives the status of a file; fails for a directory.
+// Returns the status of a file; fails for a directory.
 struct stat statusOf(const std::string& path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) < 0) {

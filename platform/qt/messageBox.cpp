@@ -26,7 +26,7 @@ QMessageBox::Icon iconOfStyle(int style) {
     }
 }
 
-// Breaks a line at a width in pixels. Gives its parts, and sets `wider` if one of them is wider.
+// Breaks a line at a width in pixels. Returns its parts, and sets `wider` if one of them is wider.
 QStringList parts(const QString& line, const QFont& font, int width, QTextOption::WrapMode mode, bool& wider) {
     QTextLayout layout(line, font);
     QTextOption option;

@@ -5,7 +5,7 @@
 
 namespace platform {
 
-// Shows the box and gives boxAnswer::ok or boxAnswer::cancel. The toolkit's event loop runs meanwhile.
+// Shows the box and returns boxAnswer::ok or boxAnswer::cancel. The toolkit's event loop runs meanwhile.
 int showMessageBox(const Message& message);
 
 } // namespace platform

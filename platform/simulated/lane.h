@@ -11,8 +11,8 @@ namespace platform {
 // Timing of a line.
 struct LinePace {
     int bitsPerSecond = 38400; // 10 bits for each byte; 0: no time passes
-    bool wholeWrites = false;  // the tool receives a write as a whole, not byte by byte
-    Micros latency = 1000;     // the tool's adapter delivers bytes at multiples of this time; 0: at once
+    bool wholeWrites = false;  // the program receives a write as a whole, not byte by byte
+    Micros latency = 1000;     // the program's adapter delivers bytes at multiples of this time; 0: at once
 
     // Time on the line of a number of bytes.
     Micros duration(std::size_t bytes) const;
@@ -29,7 +29,7 @@ class Lane {
 
     // Time at which the oldest write in transit has arrived as a whole; `never` without one.
     Micros writeEnd() const;
-    // Removes that write from the line and gives its bytes.
+    // Removes that write from the line and returns its bytes.
     Bytes takeWrite();
 
     // Time at which the adapter delivers the next byte; `never` without one.

@@ -1,4 +1,4 @@
-// The operator of a simulated host. It can do only what a person in front of the windows could do.
+// The operator of a simulated host. It can do only what the windows allow at that moment.
 #pragma once
 
 #include "platform/simulated/simulatedHost.h"
@@ -33,13 +33,13 @@ class ScriptedOperator {
     ScriptedOperator(const ScriptedOperator&) = delete;
     ScriptedOperator& operator=(const ScriptedOperator&) = delete;
 
-    // Performs the action now, as part of the running event. False when a person could not perform it now.
+    // Performs the action now, as part of the running event. False when the windows do not allow it now.
     bool perform(const Action& action);
 
     // Reason why an action would have no effect now; empty when it would have one.
     std::string_view refusal(const Action& action) const;
 
-    // All actions that a person could do now, in the order of the forms and their controls.
+    // All actions that are possible now, in the order of the forms and their controls.
     std::vector<Action> possible() const;
 
   private:

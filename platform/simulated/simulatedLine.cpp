@@ -34,7 +34,7 @@ void SimulatedLine::pass(Direction direction, Bytes bytes, Micros at) {
 
 Writes SimulatedLine::kindOf(Direction direction, const Bytes& bytes, Micros at) {
     constexpr int partsOfFrame =
-        4; // the tool writes them at the same time; the last is the block check, which may be any byte
+        4; // the program writes them at the same time; the last is the block check, which may be any byte
     const bool begins = !bytes.empty() && bytes.front() == simulator::stx;
     if (direction == Direction::fromUnit) {
         return begins ? Writes::frames : Writes::transfer;

@@ -1,4 +1,4 @@
-// The line between the tool's port and a simulated unit, with hooks and faults.
+// The line between the program's port and a simulated unit, with hooks and faults.
 #pragma once
 
 #include "platform/simulated/lane.h"
@@ -52,7 +52,7 @@ class SimulatedLine {
     void write(std::span<const std::uint8_t> bytes, Micros now);
     void dropUnsent(Micros now) { toUnit_.dropUnsent(now); }
     void dropAll();
-    // Runs everything on the line up to `now` and appends the bytes that reach the tool to `received`. True when anything
+    // Runs everything on the line up to `now` and appends the bytes that reach the program to `received`. True when anything
     // happened.
     bool advance(Micros now, Bytes& received);
     // Time at which `advance` has something to do next; `never` without one.
@@ -72,7 +72,7 @@ class SimulatedLine {
     std::vector<TransmissionHook> hooks_;
     std::array<std::vector<LineFault>, 2> faults_;
     Random random_;
-    int frameParts_ = 0; // parts of the present frame that the tool has not written yet
+    int frameParts_ = 0; // parts of the present frame that the program has not written yet
     Micros frameAt_ = 0; // time of its first part
     std::multimap<Micros, std::function<void()>> events_;
     WireRecord record_;

@@ -74,7 +74,7 @@ bool continues(const WireEntry& entry, const WireEntry& before) {
 void addEntry(std::string& text, const WireEntry& entry) {
     std::array<char, 64> head{};
     std::snprintf(head.data(), head.size(), "%13.6f %s%s", static_cast<double>(entry.at) / 1e6,
-                  entry.direction == Direction::toUnit ? "tool" : "unit", entry.altered ? " altered:" : ":");
+                  entry.direction == Direction::toUnit ? "program" : "unit", entry.altered ? " altered:" : ":");
     text += head.data();
     text += wireText(entry.bytes) + '\n';
 }

@@ -82,7 +82,7 @@ class Call {
     }
     OVERLAPPED* state() { return &state_; }
 
-    // Waits until the call is complete and gives the number of bytes transferred.
+    // Waits until the call is complete and returns the number of bytes transferred.
     DWORD complete(HANDLE device) {
         DWORD count = 0;
         pending_ = false;
@@ -92,7 +92,7 @@ class Call {
         return count;
     }
 
-    // Cancels the call and gives the number of bytes transferred before.
+    // Cancels the call and returns the number of bytes transferred before.
     DWORD cancel(HANDLE device) {
         DWORD count = 0;
         pending_ = false;

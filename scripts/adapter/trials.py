@@ -59,7 +59,7 @@ def startWrite():
 
 
 def upgrade(driver, tried, unit, afterPull=False):
-    """After a pull the unit may still be in its transfer mode: then the tool asks whether to continue. If the unit
+    """After a pull the unit may still be in its transfer mode: then the program asks whether to continue. If the unit
     refuses the start, the next press works."""
     image = work / f"{unit}.bin"
     image.unlink(missing_ok=True)
@@ -135,7 +135,7 @@ def usb():
     failedWrite(driver, "a pull while idle")
     plug("usb", usbDevice)
     upgrade(driver, "plugged in again: the next upgrade", "usb")
-    # At the first three the unit does not answer, so the tool waits for it.
+    # At the first three the unit does not answer, so the program waits for it.
     for tried, unit, moment in (("the third block", "block3", lambda: isAtBlock(3)),
                                 ("the middle block", "block960", lambda: isAtBlock(960)),
                                 ("the last block", "block1920", lambda: isAtBlock(1920)),
@@ -170,7 +170,7 @@ def service(driver):
     pull(usbDevice)
     plug("silent", usbDevice)
     startTool("service", 6)
-    until("the tool to open the port", lambda: isHeld(usbDevice))
+    until("the program to open the port", lambda: isHeld(usbDevice))
     time.sleep(1)
     pull(usbDevice)
     expect(driver, "a pull in the start's wait", "the box of the time limit, then port choice",

@@ -18,7 +18,8 @@ namespace {
 
 constexpr Micros bitsPerByte = 10; // start, eight data, stop
 constexpr Micros bitsPerSecond = 38400;
-constexpr std::size_t readSize = 256;   // less than the terminal's queue, so that the tool waits while the line is full
+constexpr std::size_t readSize =
+    256; // less than the terminal's queue, so that the program waits while the line is full
 constexpr std::size_t deliverySize = 8; // bytes that a serial chip collects before it reports them
 constexpr Micros quietTime = fromMilliseconds(50);
 
@@ -155,7 +156,7 @@ void LineSession::sleep(Micros now, const sigset_t& waitMask) {
     mayRead_ = (terminal.revents & POLLIN) != 0;
 }
 
-// Writes the files before the reply to operation 53 is sent, so that they exist when the tool has that reply.
+// Writes the files before the reply to operation 53 is sent, so that they exist when the program has that reply.
 void LineSession::saveFiles(Micros now) {
     const auto& operations = unit_.journal().operations;
     const bool procedureClosed = operations.size() > operationsSaved_ && operations.back() == "53";
@@ -176,8 +177,8 @@ void LineSession::saveImage() const {
     }
 }
 
-// The time of the tool's first byte, in seconds since 1970, and the tool's turnaround: from the last byte that the unit
-// sends to the first byte that the tool sends next.
+// The time of the program's first byte, in seconds since 1970, and the program's turnaround: from the last byte that the unit
+// sends to the first byte that the program sends next.
 std::string LineSession::timesText() {
     std::ostringstream text;
     if (firstByteAt_) {

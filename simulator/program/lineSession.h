@@ -52,7 +52,7 @@ class LineSession {
     bool mayRead_ = false;
     Micros lateness_ = 0; // of the last delivery; the answer counts as that much earlier
     std::optional<std::chrono::system_clock::time_point> firstByteAt_;
-    std::optional<Micros> lastOutputAt_; // time of the last byte written, until the tool sends something
+    std::optional<Micros> lastOutputAt_; // time of the last byte written, until the program sends something
     std::vector<Micros> turnarounds_;
     std::size_t operationsSaved_ = 0;
     std::optional<Micros> journalDueAt_; // time at which to write the journal

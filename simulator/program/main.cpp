@@ -15,7 +15,7 @@ namespace {
 
 volatile std::sig_atomic_t stop = 0;
 
-// Blocks the two signals except while the session sleeps, and gives the mask for that.
+// Blocks the two signals except while the session sleeps, and returns the mask for that.
 sigset_t catchStopSignals() {
     sigset_t held;
     sigset_t waitMask;

@@ -22,11 +22,11 @@ class Descriptor {
     int number_ = -1;
 };
 
-// The unit's end of a pseudo terminal. The other end is raw and also kept open here, so that the tool can close and reopen
+// The unit's end of a pseudo terminal. The other end is raw and also kept open here, so that the program can close and reopen
 // it. Throws std::system_error when a system call fails.
 class PseudoTerminal {
   public:
-    // Creates the terminal and, unless `link` is empty, a symbolic link to the tool's end. Replaces an existing link, but
+    // Creates the terminal and, unless `link` is empty, a symbolic link to the program's end. Replaces an existing link, but
     // no other file.
     explicit PseudoTerminal(const std::filesystem::path& link);
     PseudoTerminal(const PseudoTerminal&) = delete;
@@ -38,10 +38,10 @@ class PseudoTerminal {
     const std::string& device() const { return device_; }
     int descriptor() const { return unitEnd_.number(); }
 
-    // Reads what the tool has written, as much as fits, and gives the number of bytes. Never blocks.
+    // Reads what the program has written, as much as fits, and returns the number of bytes. Never blocks.
     std::size_t read(std::span<std::uint8_t> bytes);
 
-    // Gives the number of bytes written. Never blocks.
+    // Returns the number of bytes written. Never blocks.
     std::size_t write(std::span<const std::uint8_t> bytes);
 
   private:

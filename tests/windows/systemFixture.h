@@ -144,7 +144,7 @@ class PseudoTerminal {
         return count;
     }
 
-    // Gives the bytes time to pass through the line.
+    // Returns the bytes time to pass through the line.
     std::size_t write(std::span<const std::uint8_t> bytes) {
         DWORD count = 0;
         ::WriteFile(end_, bytes.data(), static_cast<DWORD>(bytes.size()), &count, nullptr);
