@@ -100,7 +100,9 @@ extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
     }
     auto* serial = static_cast<serial_struct*>(argument);
     (request == TIOCGSERIAL ? serial->flags : driver.flags) = request == TIOCGSERIAL ? driver.flags : serial->flags;
-    ::dprintf(STDERR_FILENO, request == TIOCSSERIAL ? "latency %d\n" : "", driver.flags); // for "end"
+    if (request == TIOCSSERIAL) {
+        ::dprintf(STDERR_FILENO, "latency %d\n", driver.flags); // for "end"
+    }
     return request == TIOCGSERIAL ? 0 : driver.answer;
 }
 
