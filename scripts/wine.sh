@@ -19,6 +19,7 @@ REGEDIT4
 [HKEY_CURRENT_USER\Software\Wine\Fonts\Replacements]
 "Arial"="Liberation Sans"
 "MS PGothic"="IPAPGothic"
+"MS UI Gothic"="IPAPGothic"
 END
     quietly env -u DISPLAY "$wine" regedit /S "$WINEPREFIX/fonts.reg"
 }
