@@ -1,9 +1,12 @@
 #include "app/program.h"
 #include "platform/qt/qtHost.h"
+#include "story/record/recording.h"
+#include "ui/serviceScreen.h"
 
-int main() {
+int main(int argc, char** argv) {
     platform::QtHost host;
-    platform::setHost(&host);
-    program::start();
+    const char* build = hiddenControls.cmdPresent.visible ? "service" : "delivered";
+    story::Recording recording(host, story::recordPath(host, argc, argv), {build, platform::systemName()});
+    recording.run(program::start);
     host.run();
 }

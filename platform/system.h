@@ -43,6 +43,9 @@ std::string programDirectory();
 // Makes the system's error texts English in every locale.
 void setEnglishErrors();
 
+// Name, version and processor of the system.
+std::string systemName();
+
 // Ends the process at once; no exit handler runs.
 [[noreturn]] void stopProcess(int exitCode);
 

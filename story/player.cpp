@@ -1,6 +1,9 @@
 #include "story/player.h"
 
 #include "app/program.h"
+#include "story/record/recording.h"
+#include "story/record/text.h"
+#include "story/recordedHost.h"
 #include "story/recorder.h"
 #include "ui/forms.h"
 
@@ -22,16 +25,6 @@ std::vector<std::string> partsOf(const std::string& text, const std::string& mar
         parts.push_back(text.substr(begin, end == std::string::npos ? end : end + 1 - begin));
     }
     return parts;
-}
-
-// "\n", and bytes as two hexadecimal digits: "\E9".
-std::string unescaped(std::string text) {
-    for (std::size_t at = text.find('\\'); at != std::string::npos; at = text.find('\\', at + 1)) {
-        const bool lineEnd = text[at + 1] == 'n';
-        const char byte = lineEnd ? '\n' : static_cast<char>(std::stoi(text.substr(at + 1, 2), nullptr, 16));
-        text.replace(at, lineEnd ? 2 : 3, 1, byte);
-    }
-    return text;
 }
 
 // Performs the commands of scripts in a World.
@@ -274,7 +267,12 @@ std::string play(const std::string& file) {
     std::string played = stories.front();
     for (std::size_t story = 1; story < stories.size(); ++story) {
         const std::string& script = stories[story];
-        std::string text = script.substr(0, script.find('\n') + 1) + Player().play(blocks[0], script);
+        const std::size_t nameEnd = script.find('\n') + 1;
+        if (script.substr(nameEnd).starts_with(recordedMark)) {
+            played += "== " + script.substr(0, nameEnd) + RecordedHost(script.substr(nameEnd)).play();
+            continue;
+        }
+        std::string text = script.substr(0, nameEnd) + Player().play(blocks[0], script);
         for (std::size_t block = 1; block < blocks.size(); ++block) {
             const std::size_t bodyAt = blocks[block].find('\n');
             const std::string name = "\n:: " + blocks[block].substr(0, bodyAt + 1);

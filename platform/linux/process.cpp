@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <spawn.h>
 #include <sys/file.h>
+#include <sys/utsname.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -144,6 +145,12 @@ void setEnglishErrors() {
 std::string programDirectory() {
     std::error_code failed;
     return std::filesystem::read_symlink("/proc/self/exe", failed).parent_path().string() + '/';
+}
+
+std::string systemName() {
+    utsname system{};
+    ::uname(&system);
+    return std::string(system.sysname) + ' ' + system.release + ' ' + system.machine;
 }
 
 void stopProcess(int exitCode) {

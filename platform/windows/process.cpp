@@ -93,6 +93,10 @@ std::string programDirectory() {
     return folder;
 }
 
+std::string systemName() {
+    return "Windows";
+}
+
 void stopProcess(int exitCode) {
     ::TerminateProcess(::GetCurrentProcess(), static_cast<UINT>(exitCode));
     std::abort(); // not reached
