@@ -16,7 +16,7 @@ TEST_P(Stories, MatchTheirFile) {
     EXPECT_EQ(story::play(file.str()), file.str());
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Stories, testing::Values("start", "load", "write", "save", "verification"),
+INSTANTIATE_TEST_SUITE_P(All, Stories, testing::Values("start", "load", "write", "save", "verification", "recorded"),
                          [](const auto& test) { return test.param; });
 
 } // namespace

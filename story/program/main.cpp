@@ -1,23 +1,65 @@
-// Plays the stories of a file (story/player.h) and prints the file with what happens. Use it to try a session, and to update
-// a file of tests/stories/.
+// Plays the stories and recorded sessions of a file (docs/REPLAY.md) and prints the file with what happens now. With --check it
+// prints the first line that differs instead, and the lines around it.
 #include "story/player.h"
 
+#include <algorithm>
 #include <exception>
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+constexpr int same = 0, differs = 1, failed = 2; // exit codes
+
+std::vector<std::string> linesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+void printLines(const char* mark, const std::vector<std::string>& lines, std::size_t first, std::size_t end) {
+    for (std::size_t number = first; number < std::min(end, lines.size()); ++number) {
+        std::cout << mark << number + 1 << ": " << lines[number] << '\n';
+    }
+}
+
+int check(const std::string& file, const std::string& played) {
+    constexpr std::size_t before = 5, after = 3;
+    const std::vector<std::string> recorded = linesOf(file), now = linesOf(played);
+    const auto first = static_cast<std::size_t>(std::ranges::mismatch(recorded, now).in1 - recorded.begin());
+    if (file == played) {
+        return same;
+    }
+    printLines("  ", recorded, first < before ? 0 : first - before, first);
+    printLines("- ", recorded, first, first + after);
+    printLines("+ ", now, first, first + after);
+    return differs;
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
+    const bool checks = argc == 3 && std::string_view(argv[1]) == "--check";
     std::stringstream file;
-    if (argc != 2 || !(file << std::ifstream(argv[1]).rdbuf())) {
-        std::cerr << "Usage: tarnbeacon-story FILE\n";
-        return 2;
+    if (argc != (checks ? 3 : 2) || !(file << std::ifstream(argv[argc - 1], std::ios::binary).rdbuf())) {
+        std::cerr << "Usage: tarnbeacon-story [--check] FILE\n";
+        return failed;
     }
     try {
-        std::cout << story::play(file.str());
-        return 0;
+        const std::string played = story::play(file.str());
+        if (checks) {
+            return check(file.str(), played);
+        }
+        std::cout << played;
+        return same;
     } catch (const std::exception& failure) {
         std::cerr << failure.what() << '\n';
-        return 1;
+        return failed;
     }
 }

@@ -23,6 +23,14 @@ std::string_view asText(std::span<const std::uint8_t> bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
+// The rows of a content below its line, which adds the last line end.
+std::string rowsBelow(std::string_view content) {
+    std::string rows = rowsOf(content);
+    rows.insert(0, 1, '\n');
+    rows.pop_back();
+    return rows;
+}
+
 } // namespace
 
 // Runs an operation. A failure becomes a line.
@@ -181,7 +189,7 @@ class RecordingFile : public BinaryFile {
             host_.lines_.nothing(Call::readFile);
         } else {
             host_.given("content " + std::to_string(offset) + ' ' + std::to_string(bytes.size()) + ' ' +
-                            escaped(path_) + '\n' + rowsOf(asText(bytes)),
+                            escaped(path_) + rowsBelow(asText(bytes)),
                         host_.lines_.without(Call::readFile));
         }
         host_.image_ = host_.known_.find(path_)->content;
@@ -233,7 +241,7 @@ class RecordingFiles : public platform::Files {
         }
         host_.known_.content(path, 0, content);
         note(Call::readWholeFile, same,
-             "content 0 " + std::to_string(content.size()) + ' ' + escaped(path) + '\n' + rowsOf(content));
+             "content 0 " + std::to_string(content.size()) + ' ' + escaped(path) + rowsBelow(content));
         return content;
     }
     void appendLine(const std::string& path, const std::string& text) override {
