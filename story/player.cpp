@@ -262,7 +262,7 @@ class Player {
 } // namespace
 
 std::string play(const std::string& file) {
-    std::vector<std::string> stories = partsOf(file, "== ");
+    std::vector<std::string> stories = partsOf('\n' + file, "== "); // the first may have no text above it
     const std::vector<std::string> blocks = partsOf(stories.front(), ":= ");
     std::string played = stories.front();
     for (std::size_t story = 1; story < stories.size(); ++story) {
@@ -283,7 +283,7 @@ std::string play(const std::string& file) {
         }
         played += "== " + text;
     }
-    return played;
+    return played.substr(1);
 }
 
 } // namespace story
