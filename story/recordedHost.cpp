@@ -191,22 +191,25 @@ class RecordedFiles : public Files {
 
 RecordedHost::RecordedHost(const std::string& session)
     : port_(std::make_unique<RecordedPort>(*this)), files_(std::make_unique<RecordedFiles>(*this)) {
+    std::vector<std::string> lines;
     for (std::size_t start = 0, end = 0; start < session.size(); start = end) {
         end = std::min(session.find('\n', start), session.size() - 1) + 1;
         while (end < session.size() && session[end] == ' ') { // rows
             end = std::min(session.find('\n', end), session.size() - 1) + 1;
         }
-        const std::string line = session.substr(start, end - start);
+        lines.push_back(session.substr(start, end - start));
+    }
+    if (!lines.empty() && !beginsWith(itemOf(lines.back()).text, "ends")) {
+        rest_ = lines.back(); // it may have been cut off
+        lines.pop_back();
+    }
+    for (const std::string& line : lines) {
         if (line.starts_with(". ")) {
             head_ += line;
             readHead(line);
         } else {
             items_.push_back(itemOf(line));
         }
-    }
-    if (!items_.empty() && !beginsWith(items_.back().text, "ends")) {
-        rest_ = items_.back().line; // it may have been cut off
-        items_.pop_back();
     }
 }
 
@@ -266,6 +269,9 @@ std::string RecordedHost::take(const SessionItem& item) {
 }
 
 void RecordedHost::failIfDue(Call call) {
+    if (at_ == items_.size()) {
+        throw SessionEnd{};
+    }
     if (const SessionItem* item = due("!" + std::string(nameOf(call)), call)) {
         const std::string taken = take(*item);
         std::string_view text = taken;
