@@ -84,6 +84,7 @@ class RecordedPort : public SerialPort {
     void clearReceived() override { host_.failIfDue(Call::clearReceived); }
     void clearUnsent() override { host_.failIfDue(Call::clearUnsent); }
     void setReadLimit(int) override {}
+    void reopenIfLost() override {}
     void write(std::span<const std::uint8_t>) override { host_.failIfDue(Call::writePort); }
 
     std::int16_t countReceived() override {
@@ -335,6 +336,9 @@ void RecordedHost::perform(const std::string& event) {
     const std::string target(takeWord(text));
     if (action == "start") {
         return recording_->event("start", program::start);
+    }
+    if (action == "endRequest") {
+        return endRequested();
     }
     for (Form* form : std::vector<Form*>(forms_)) {
         if (action == "close" && form->name == target && form->queryUnload) {

@@ -240,7 +240,11 @@ class DiskFiles : public Files {
     std::int64_t length(const std::string& path) override { return statusOf(path).st_size; }
 
     std::unique_ptr<BinaryFile> openBinary(const std::string& path, FileAccess access) override {
-        return access == FileAccess::read ? std::make_unique<DiskFile>(path, O_RDONLY) : openToWrite(path);
+        switch (access) {
+        case FileAccess::read: return std::make_unique<DiskFile>(path, O_RDONLY);
+        case FileAccess::extend: return std::make_unique<DiskFile>(path, O_RDWR | O_CREAT);
+        default: return openToWrite(path);
+        }
     }
 
     std::string readAll(const std::string& path) override { return DiskFile(path, O_RDONLY).readAll(); }

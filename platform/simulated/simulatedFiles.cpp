@@ -160,7 +160,19 @@ std::unique_ptr<BinaryFile> SimulatedFiles::openBinary(const std::string& path, 
         readablePart(path, required(path));
         return std::make_unique<OpenSimulatedFile>(*this, path, files_.at(path), access);
     }
-    return std::make_unique<OpenSimulatedFile>(*this, path, std::make_shared<SimulatedFile>(copyOf(path)), access);
+    return std::make_unique<OpenSimulatedFile>(
+        *this, path, access == FileAccess::extend ? presentFile(path) : std::make_shared<SimulatedFile>(copyOf(path)),
+        access);
+}
+
+// The file itself; creates a missing one.
+std::shared_ptr<SimulatedFile> SimulatedFiles::presentFile(const std::string& path) {
+    copyOf(path); // fails where the file may not be written
+    std::shared_ptr<SimulatedFile>& file = files_[path];
+    if (file == nullptr) {
+        file = std::make_shared<SimulatedFile>();
+    }
+    return file;
 }
 
 std::string SimulatedFiles::readAll(const std::string& path) {
@@ -175,11 +187,7 @@ std::string SimulatedFiles::readAll(const std::string& path) {
 
 void SimulatedFiles::appendLine(const std::string& path, const std::string& text) {
     operations_.pass(Operation::appendLine);
-    copyOf(path); // fails where the file may not be written
-    std::shared_ptr<SimulatedFile>& file = files_[path];
-    if (file == nullptr) {
-        file = std::make_shared<SimulatedFile>();
-    }
+    const std::shared_ptr<SimulatedFile> file = presentFile(path);
     store(path, *file, file->content.size(), text + '\n');
 }
 

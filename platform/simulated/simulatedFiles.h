@@ -42,6 +42,7 @@ class SimulatedFiles : public Files {
     SimulatedFile& required(const std::string& path);
     SimulatedFile copyOf(const std::string& path); // empty for a missing file
     void takeRoom(std::size_t bytes);
+    std::shared_ptr<SimulatedFile> presentFile(const std::string& path);
     void store(const std::string& path, SimulatedFile& file, std::size_t offset, std::string_view bytes);
 
     OperationGate operations_;

@@ -258,8 +258,11 @@ class DiskFiles : public Files {
     }
 
     std::unique_ptr<BinaryFile> openBinary(const std::string& path, FileAccess access) override {
-        return access == FileAccess::read ? std::make_unique<DiskFile>(path, GENERIC_READ, OPEN_EXISTING)
-                                          : openToWrite(path);
+        switch (access) {
+        case FileAccess::read: return std::make_unique<DiskFile>(path, GENERIC_READ, OPEN_EXISTING);
+        case FileAccess::extend: return std::make_unique<DiskFile>(path, GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
+        default: return openToWrite(path);
+        }
     }
 
     std::string readAll(const std::string& path) override {

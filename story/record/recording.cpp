@@ -19,7 +19,7 @@ class SessionFile : public SessionSink {
     SessionFile(Host& host, const std::string& path) : host_(host) {
         attempt([&] {
             at_ = host.files().exists(path) ? host.files().length(path) : 0;
-            file_ = host.files().openBinary(path, platform::FileAccess::write);
+            file_ = host.files().openBinary(path, platform::FileAccess::extend);
             std::array<std::uint8_t, 1> last{'\n'};
             if (at_ > 0) {
                 file_->read(at_ - 1, last);

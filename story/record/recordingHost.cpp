@@ -76,6 +76,7 @@ class RecordingPort : public platform::SerialPort {
     void clearUnsent() override {
         run(Call::clearUnsent, "", [&] { inner_.clearUnsent(); });
     }
+    void reopenIfLost() override { inner_.reopenIfLost(); }
     void setReadLimit(int bytes) override { inner_.setReadLimit(bytes); }
     void clearReceived() override;
     std::int16_t countReceived() override;
@@ -262,7 +263,12 @@ RecordingHost::RecordingHost(Host& inner, SessionSink& sink, KnownFiles known, s
     : inner_(inner), lines_(
                          sink, clock ? std::move(clock) : [&inner] { return inner.timeGetTime(); }),
       known_(std::move(known)), port_(std::make_unique<RecordingPort>(*this, inner.commPort())),
-      files_(std::make_unique<RecordingFiles>(*this, inner.files())) {}
+      files_(std::make_unique<RecordingFiles>(*this, inner.files())) {
+    inner.endRequested = [this] {
+        event(
+            "endRequest", endRequested ? endRequested : [] {});
+    };
+}
 
 RecordingHost::~RecordingHost() = default;
 
