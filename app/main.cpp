@@ -6,7 +6,7 @@
 int main(int argc, char** argv) {
     platform::QtHost host;
     const char* build = hiddenControls.cmdPresent.visible ? "service" : "delivered";
-    story::Recording recording(host, story::recordPath(host, argc, argv), {build, platform::systemName()});
-    recording.run(program::start);
+    story::Recording recording(host, story::recordOption(argc, argv), {build, platform::systemName()});
+    recording.run("start", program::start);
     host.run();
 }

@@ -61,6 +61,13 @@ void bindWait(FrmWait& form) {
     form.timerWait.tick = event(WaitWindow::timerWait_Timer);
 }
 
+void selectJapanese() {
+    FrmMain& form = frmMain();
+    form.optLanguage[0].value = 1;
+    form.optLanguage[1].value = 0;
+    ResourceSetting::optLanguage_Click();
+}
+
 } // namespace
 
 void bindEvents() {
@@ -68,7 +75,7 @@ void bindEvents() {
     platform::host().endRequested = event(FirmComm::subBreakOff);
 }
 
-void start() {
+void startIn(Language language) {
     resetForms();
     shared = {};
     Common::ini = {};
@@ -76,7 +83,14 @@ void start() {
     FirmComm::reader = {};
     FirmComm::lossShown = xModem::waitTimedOut = false;
     bindEvents();
+    if (language == Language::japanese) {
+        selectJapanese();
+    }
     frmStartUp();
+}
+
+void start() {
+    startIn(Language::english);
 }
 
 } // namespace program

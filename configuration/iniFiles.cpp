@@ -91,7 +91,9 @@ bool fncReadSetting() {
         ini.iniFilePath = iniPath("Setting.INI");
         shared.bpsText = "38400";
         shared.comPortNumber = 1;
-        if (const auto number = parseNumber(fncGetIniString("IFU", "COM", ini.iniFilePath))) {
+        if (const auto given = host().givenPort()) {
+            shared.comPortNumber = *given;
+        } else if (const auto number = parseNumber(fncGetIniString("IFU", "COM", ini.iniFilePath))) {
             shared.comPortNumber = narrow<std::int16_t>(roundToWhole(*number));
         }
         shared.loadFilePath.clear();

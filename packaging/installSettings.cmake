@@ -31,7 +31,9 @@ link_to(${log}/KelpLog.txt ${program_directory}/KelpLog.txt)
 if(root STREQUAL "")
   install_once(debian/logrotate /etc/logrotate.d tarnbeacon)
 endif()
-link_to(../lib/tarnbeacon/tarnbeacon ${CMAKE_INSTALL_PREFIX}/bin/tarnbeacon)
+foreach(program tarnbeacon tarnbeacon-cli)
+  link_to(../lib/tarnbeacon/${program} ${CMAKE_INSTALL_PREFIX}/bin/${program})
+endforeach()
 
 if("$ENV{DESTDIR}" STREQUAL "")
   # Every user of the program appends to the log; with a package, postinst sets these rights.

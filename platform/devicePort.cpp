@@ -25,12 +25,14 @@ void DevicePort::open() {
     number_ = chosen_;
     path_ = findDevice_(number_);
     openSettings_ = settings_;
-    if (path_.empty()) {
-        throw Failure(failureNumber::portMissing, name() + ": no device is assigned to this port");
-    }
+    openFailure_.reset();
     try {
+        if (path_.empty()) {
+            throw Failure(failureNumber::portMissing, "no device is assigned to this port");
+        }
         device_->open(path_, openSettings_);
     } catch (const Failure& failure) {
+        openFailure_ = failure;
         throw Failure(failure.number(), name() + ": " + failure.description());
     }
     open_ = true;

@@ -2,11 +2,13 @@
 // when the device has been pulled out.
 #pragma once
 
+#include "base/failure.h"
 #include "platform/lineDevice.h"
 #include "platform/serialPort.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace platform {
 
@@ -42,6 +44,9 @@ class DevicePort : public SerialPort {
     // Checks the device and reports nothing; closes a device that is gone.
     void checkDevice() { fetch(); }
 
+    // Why the last open failed; empty: it did not.
+    const std::optional<Failure>& openFailure() const { return openFailure_; }
+
     // Restores the device settings that open() has changed, before the process stops.
     void releaseDevice();
 
@@ -65,6 +70,7 @@ class DevicePort : public SerialPort {
     LineSettings openSettings_;
     bool open_ = false;
     bool lost_ = false;
+    std::optional<Failure> openFailure_;
     std::string lostCause_;
     Bytes received_;
     Bytes unsent_;

@@ -1,5 +1,6 @@
-// The interface to the system: everything that the program needs from outside. It has two implementations, the windows
-// on the screen (platform/qt) and a simulation (platform/simulated). All of it runs on one thread.
+// The interface to the system: everything that the program needs from outside. It has three implementations: the
+// windows on the screen (platform/qt), a terminal (platform/terminal) and a simulation (platform/simulated). All of it runs
+// on one thread.
 #pragma once
 
 #include "base/time.h"
@@ -9,6 +10,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 
 namespace platform {
@@ -109,6 +111,9 @@ class Host {
 
     // True when another instance of the program runs. The first call registers this instance.
     virtual bool previousInstance() = 0;
+
+    // The number of the COM port that the start of the program names; without one, Setting.INI says it.
+    virtual std::optional<std::int16_t> givenPort() { return {}; }
 
     // Stops the whole process at once: no further code of the program runs.
     [[noreturn]] virtual void endProgram(int exitCode) = 0;

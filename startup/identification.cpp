@@ -31,6 +31,12 @@ void refuseUnit(std::int32_t id, std::int32_t style) {
     host().endProgram(exitCode::unitNotReady);
 }
 
+// Ends the program without a box. A host without windows says why.
+void refuseSilently(const std::string& command, const std::string& result) {
+    shared.refusal = {command, result};
+    host().endProgram(exitCode::unitNotReady);
+}
+
 void requireOneSensor() {
     if (shared.unitStateText == "01" || shared.sensorCount == 0) {
         refuseUnit(textId::unitNotConnected, boxStyle::critical);
@@ -73,7 +79,7 @@ void identify() {
     Bytes reply;
     if (const std::string result = Common::fncReadUnitState("0601", reply); result != "0000") {
         if (result != "1004") {
-            host().endProgram(exitCode::unitNotReady);
+            refuseSilently("0601", result);
         }
         shared.ifuVersionText.clear();
         return;
@@ -85,19 +91,19 @@ void identify() {
     };
     if (const std::string result = readArea("D4"); result != "0000") {
         if (result != "2204") {
-            host().endProgram(exitCode::unitNotReady);
+            refuseSilently("D4", result);
         }
         return;
     }
     const std::int32_t rawVersion = rawVersionOf(reply);
-    if (readArea("D5") != "0000") {
-        host().endProgram(exitCode::unitNotReady);
+    if (const std::string result = readArea("D5"); result != "0000") {
+        refuseSilently("D5", result);
     }
     takeAmplifier(rawVersion, reply);
     shared.ifuVersionText.clear();
     shared.ifuTypeName.clear();
-    if (Common::fncCommand("0501", reply) != "0000") {
-        host().endProgram(exitCode::unitNotReady);
+    if (const std::string result = Common::fncCommand("0501", reply); result != "0000") {
+        refuseSilently("0501", result);
     }
     takeInterfaceUnit(reply);
 }

@@ -95,6 +95,7 @@ void probeUnit(FrmStartUp& form) {
         subIdentifyUnit();
         showMainWindow();
     } else if (result == "2204") {
+        shared.refusal = {"0501", result};
         host().endProgram(exitCode::unitNotReady);
     } else {
         showText(textId::portSetup, boxStyle::exclamation, shared.portSetupText);

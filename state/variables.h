@@ -37,6 +37,11 @@ struct SharedVariables {
     std::string unitStateText;                  // the unit's state, two characters
     std::int32_t sensorCount = 0;               // sensors connected to the unit
 
+    // The command and the result code for which the start-up ends the program without a box; written by startup/.
+    struct Refusal {
+        std::string command, result;
+    } refusal;
+
     // Configuration, written by configuration/ and startup/.
     std::string bpsText;            // bit/s, always 38400
     std::int16_t comPortNumber = 0; // COM port number: Setting.INI's, or the operator's choice

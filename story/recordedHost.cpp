@@ -230,6 +230,8 @@ void RecordedHost::readHead(const std::string& line) {
     const std::string_view word = takeWord(text);
     if (word == "directory") {
         directory_ = unescaped(text);
+    } else if (word == "port") {
+        givenPort_ = static_cast<std::int16_t>(takeNumber(text));
     } else if (word == "screen") {
         std::istringstream(std::string(text)) >> screen_.width >> screen_.height;
     } else if (word == "content") {
@@ -335,7 +337,11 @@ void RecordedHost::perform(const std::string& event) {
     const std::string_view action = takeWord(text);
     const std::string target(takeWord(text));
     if (action == "start") {
-        return recording_->event("start", program::start);
+        const Language language = target == "ja" ? Language::japanese : Language::english;
+        return recording_->event(event, [language] { program::startIn(language); });
+    }
+    if (action == "end") { // by the program without windows, between two events
+        return recording_->event(event, [this, &target] { recording_->endProgram(std::stoi(target)); });
     }
     if (action == "endRequest") {
         return endRequested();

@@ -52,6 +52,7 @@ class RecordedHost final : public platform::Host, public SessionSink {
     platform::SerialPort& commPort() override;
     platform::Files& files() override;
     std::string programDirectory() override { return directory_; }
+    std::optional<std::int16_t> givenPort() override { return givenPort_; }
     bool previousInstance() override;
     [[noreturn]] void endProgram(int exitCode) override;
 
@@ -84,6 +85,7 @@ class RecordedHost final : public platform::Host, public SessionSink {
     std::int64_t idle_ = 0; // calls since the last line
     platform::Size screen_;
     std::string directory_;
+    std::optional<std::int16_t> givenPort_;
     KnownFiles disk_;
     std::string image_;
     std::vector<platform::Form*> forms_;

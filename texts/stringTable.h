@@ -69,6 +69,31 @@ constexpr std::int32_t progress = 4110;
 constexpr std::int32_t boxFailed = 4201; // its title
 constexpr std::int32_t failureNumber = 4202;
 constexpr std::int32_t failureContent = 4203;
+// The command line. %1 to %3 stand for what filledText() puts there.
+constexpr std::int32_t breakOffMeans = 4301;
+constexpr std::int32_t brokenOff = 4302;
+constexpr std::int32_t portUnusable = 4303;
+constexpr std::int32_t portHeldBy = 4304;
+constexpr std::int32_t portListAdvice = 4305;
+constexpr std::int32_t noUnitAnswers = 4306;
+constexpr std::int32_t unitRefuses = 4307;
+constexpr std::int32_t unitSilent = 4308;
+constexpr std::int32_t unitUnknown = 4309;
+constexpr std::int32_t fileSize = 4310;
+constexpr std::int32_t fileUnknown = 4311;
+constexpr std::int32_t fileExists = 4312;
+constexpr std::int32_t written = 4313;
+constexpr std::int32_t unchanged = 4314;
+constexpr std::int32_t saved = 4315;
+constexpr std::int32_t transferFailed = 4316;
+constexpr std::int32_t typeFileMissing = 4317;
+constexpr std::int32_t typeFileWrong = 4318;
+constexpr std::int32_t notChecked = 4319;
+constexpr std::int32_t answeredOk = 4320;
+constexpr std::int32_t answeredCancel = 4321;
+constexpr std::int32_t portOpens = 4322;
+constexpr std::int32_t noPorts = 4323;
+constexpr std::int32_t ended = 4324;
 } // namespace textId
 
 constexpr std::int32_t englishOffset = 500;

@@ -22,7 +22,6 @@ void SystemHost::endProgram(int exitCode) {
     stopProcess(exitCode);
 }
 
-// Path of the device of a COM port: from Setting.INI, else the default of the system.
 std::string SystemHost::deviceOf(int number) {
     const std::string key = "COM" + std::to_string(number);
     const std::string device =

@@ -27,9 +27,10 @@ class SystemHost : public Host {
 
     DevicePort& port() { return port_; }
 
-  private:
-    std::string deviceOf(int number);
+    // Path of the device of a COM port: from Setting.INI, else the default of the system.
+    virtual std::string deviceOf(int number);
 
+  private:
     std::unique_ptr<Files> files_;
     DevicePort port_;
 };

@@ -69,6 +69,11 @@ class SessionFile : public SessionSink {
     std::string unwritten_;
 };
 
+std::string settingOf(Host& host) {
+    return cleanedValue(
+        getPrivateProfileString(host.files(), "RECORD", "FILE", host.programDirectory() + "Setting.INI"));
+}
+
 std::string contentOf(Host& host, const std::string& path) {
     try {
         return host.files().readAll(path);
@@ -79,14 +84,13 @@ std::string contentOf(Host& host, const std::string& path) {
 
 } // namespace
 
-std::string recordPath(Host& host, int argc, const char* const* argv) {
+std::string recordOption(int argc, const char* const* argv) {
     for (int at = 1; at + 1 < argc; ++at) {
         if (std::strcmp(argv[at], "--record") == 0) {
             return argv[at + 1];
         }
     }
-    return cleanedValue(
-        getPrivateProfileString(host.files(), "RECORD", "FILE", host.programDirectory() + "Setting.INI"));
+    return {};
 }
 
 std::string headOf(Host& host, const ProgramNames& names, KnownFiles& known) {
@@ -95,6 +99,9 @@ std::string headOf(Host& host, const ProgramNames& names, KnownFiles& known) {
     head += std::string(". program ") + program::name + ' ' + std::to_string(program::major) + '.' +
             std::to_string(program::minor) + ", " + names.build + ", " + names.system + '\n';
     head += ". directory " + escaped(host.programDirectory()) + '\n';
+    if (const auto port = host.givenPort()) {
+        head += ". port " + std::to_string(*port) + '\n';
+    }
     head += ". screen " + std::to_string(screen.width) + ' ' + std::to_string(screen.height) + '\n';
     for (const char* name : {"Setting.INI", "TYPE.INI"}) {
         const std::string path = host.programDirectory() + name;
@@ -106,8 +113,9 @@ std::string headOf(Host& host, const ProgramNames& names, KnownFiles& known) {
     return head;
 }
 
-Recording::Recording(Host& host, const std::string& path, const ProgramNames& names) {
+Recording::Recording(Host& host, const std::string& option, const ProgramNames& names) {
     platform::setHost(&host);
+    const std::string path = option.empty() ? settingOf(host) : option;
     if (!path.empty()) {
         KnownFiles known;
         file_ = std::make_unique<SessionFile>(host, path);
@@ -119,8 +127,8 @@ Recording::Recording(Host& host, const std::string& path, const ProgramNames& na
 
 Recording::~Recording() = default;
 
-void Recording::run(const std::function<void()>& start) {
-    host_ ? host_->event("start", start) : start();
+void Recording::run(const std::string& event, const std::function<void()>& handler) {
+    host_ ? host_->event(event, handler) : handler();
 }
 
 } // namespace story

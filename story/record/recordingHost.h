@@ -45,6 +45,7 @@ class RecordingHost : public platform::Host {
     platform::Files& files() override;
     std::string programDirectory() override { return inner_.programDirectory(); }
     bool previousInstance() override;
+    std::optional<std::int16_t> givenPort() override { return inner_.givenPort(); }
     [[noreturn]] void endProgram(int exitCode) override;
 
   private:

@@ -1,0 +1,42 @@
+# Sourced by tests/linux/cliTest.cpp: the commands of tests/stories/cli.txt. The folder is new for each story.
+# shellcheck shell=bash
+
+cp "$SOURCE/packaging/TYPE.INI" .
+"$UNIT_PROGRAM" --make-sample sample.bin
+
+# Starts the simulated unit on the port ./port.
+unit() {
+    "$UNIT_PROGRAM" --link port --image-out unit.bin --journal journal.txt "$@" >/dev/null &
+    unitProcess=$!
+    until [[ -e port ]]; do sleep 0.01; done
+}
+
+# Ends the unit; it then writes its journal.
+endUnit() {
+    kill "$unitProcess"
+    wait "$unitProcess"
+    unitProcess=
+}
+
+operations() { grep '^operations' journal.txt; }
+
+# Runs the program; prints its exit code unless that is 0.
+cli() {
+    LC_ALL=C "$CLI_PROGRAM" --config . --port ./port "$@" 2>&1 || echo "exit code $?"
+}
+
+# The same in a terminal 60 characters wide, with what is typed after that many seconds.
+onTerminal() { # seconds:characters... -- arguments
+    local keys=()
+    while [[ $1 != -- ]]; do keys+=("$1") && shift; done
+    shift
+    {
+        for key in "${keys[@]}"; do
+            sleep "${key%%:*}"
+            printf '%b' "${key#*:}"
+        done
+        sleep 0.5
+    } | LC_ALL=C script -qec "stty cols 60; '$CLI_PROGRAM' --config . --port ./port $*; echo exit code \$?" /dev/null |
+        tr '\r' '\n' | grep -v '^$'
+}
+trap '[[ -z ${unitProcess-} ]] || kill "$unitProcess"' EXIT
