@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
 
@@ -34,7 +35,7 @@ struct Progress {
 Progress progressOf(double bytes, double all, Micros elapsed) {
     Progress progress{.percent = static_cast<int>(100 * bytes / all)};
     progress.rate = elapsed > 0 ? bytes * 1e6 / static_cast<double>(elapsed) : 0;
-    progress.left = progress.rate > 0 ? static_cast<int>((all - bytes) / progress.rate + 0.5) : 0;
+    progress.left = progress.rate > 0 ? static_cast<int>(std::lround((all - bytes) / progress.rate)) : 0;
     return progress;
 }
 

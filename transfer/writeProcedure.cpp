@@ -12,7 +12,6 @@
 #include "transfer/xModem.h"
 #include "ui/forms.h"
 
-using platform::host;
 namespace boxStyle = platform::boxStyle;
 
 namespace FirmComm {

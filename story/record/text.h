@@ -13,7 +13,7 @@ namespace story {
 // A text on one line: "\n" is a line feed, "\\" a backslash, "\1F" another control character or a byte that is not UTF-8.
 std::string escaped(std::string_view text);
 // Reads it back. Fails with std::invalid_argument if the text ends within an escape.
-std::string unescaped(std::string_view text);
+std::string unescaped(std::string_view line);
 
 // Bytes of the line: control characters by name, printable text in quotes, others as "\1F"; more than 48 bytes as "="
 // and base 85.
