@@ -46,7 +46,6 @@ BENCHMARK(reply)->ArgNames({"longest", "byteByByte"})->ArgsProduct({{0, 1}, {0, 
 void upgrade(benchmark::State& state) {
     for ([[maybe_unused]] auto _ : state) {
         platform::World world;
-        world.line.record().keep(0);
         world.host.run(program::start);
         for (const char* button : {"cmdLoading", "cmdUpgrade"}) {
             world.host.run([&] { world.person.perform(platform::click("frmMain", button)); });

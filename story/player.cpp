@@ -4,10 +4,13 @@
 #include "story/record/recording.h"
 #include "story/record/text.h"
 #include "story/recordedHost.h"
+#include "state/variables.h"
+#include "story/monitor.h"
 #include "story/recorder.h"
 #include "ui/forms.h"
 
 #include <algorithm>
+#include <array>
 #include <sstream>
 #include <stdexcept>
 
@@ -16,6 +19,11 @@ namespace story {
 using namespace platform;
 
 namespace {
+
+using Kind = LineFault::Kind;
+const std::map<std::string, Kind> lineFaults{
+    {"lose", Kind::lose}, {"flip", Kind::flip},     {"twice", Kind::twice},     {"insert", Kind::insert}, {"cut", Kind::cut},
+    {"drop", Kind::drop}, {"repeat", Kind::repeat}, {"replace", Kind::replace}, {"delay", Kind::delay}};
 
 // Splits a text at the lines that begin with `mark`. The first part is the text above them.
 std::vector<std::string> partsOf(const std::string& text, const std::string& mark) {
@@ -27,35 +35,47 @@ std::vector<std::string> partsOf(const std::string& text, const std::string& mar
     return parts;
 }
 
-// Performs the commands of scripts in a World.
-class Player {
-  public:
-    Player() { world_.line.record().keep(0); }
+} // namespace
 
-    // Performs both scripts and returns the second one with what was seen.
-    std::string play(const std::string& preamble, const std::string& script) {
-        perform(preamble);
-        const std::string played = perform(script);
-        return played + change("amplifier", before_, unit_.amplifierImage) +
-               change("interface unit", UnitOptions().interfaceUnitImage, unit_.interfaceUnitImage) +
-               change("saved.bin", {}, bytesOf(content(World::savedPath)));
+// Performs the commands of scripts in a World.
+class Session::Player {
+  public:
+    Player() {
+        recorder_.messageBegins = [this] { messageBegins(); };
+        recorder_.answer = [this](const Box& box) {
+            return cancels(500) || (cancelsBox_ && box.style % 2 == 1) ? boxAnswer::cancel : boxAnswer::ok;
+        };
     }
 
-  private:
-    using UnitOptions = simulator::UnitOptions;
+    World& world() { return world_; }
+    const Monitor* monitor() const { return monitor_ ? &*monitor_ : nullptr; }
+    bool goesOn() const { return !world_.host.ended() && (!monitor_ || monitor_->violations.empty()); }
+
+    std::string end() {
+        return change("amplifier", before_[1], unit_.amplifierImage) +
+               change("interface unit", before_[0], unit_.interfaceUnitImage) +
+               change("saved.bin", {}, bytesOf(content(World::savedPath)));
+    }
 
     std::string perform(const std::string& script) {
         std::string played;
         std::istringstream lines(script);
-        for (std::string line; std::getline(lines, line);) {
+        for (std::string line; std::getline(lines, line) && (!monitor_ || monitor_->violations.empty());) {
             if (line.starts_with("* ") || line.starts_with(". ")) {
                 performLine(line.substr(2));
                 const std::string seen = recorder_.take() + obstacles();
                 played += line + '\n' + (line[0] == '*' ? seen : "");
+                if (line[0] == '*') {
+                    due_.clear();
+                    message_ = 0;
+                }
             }
         }
         return played;
     }
+
+  private:
+    using UnitOptions = simulator::UnitOptions;
 
     // What keeps the operator from going on after a line.
     std::string obstacles() const {
@@ -86,6 +106,11 @@ class Player {
         std::getline(words_ >> std::ws, text);
         return unescaped(text);
     }
+    std::string command() { // another one, as it is written
+        std::string text;
+        std::getline(words_ >> std::ws, text);
+        return text;
+    }
     Micros duration() { return static_cast<Micros>(next<double>() * 1e6); }
     Micros moment() { return world_.clock.now() + duration(); }
     SimulatedFile& file() { return *world_.files.find(next()); }
@@ -109,6 +134,9 @@ class Player {
         }
         const RunEnd end = world_.host.run(event);
         running_ = false;
+        if (monitor_) {
+            monitor_->runEnded(end);
+        }
         if (end != RunEnd::idle) {
             recorder_.addLine(end == RunEnd::programEnded ? "the program ends" : world_.host.stuckReason());
         }
@@ -130,16 +158,165 @@ class Player {
         return action;
     }
     void act(const Action& action) {
-        const std::string refused(world_.person.refusal(action));
-        refused.empty() ? run([&] { world_.person.perform(action); }) : recorder_.addLine("refused: " + refused);
+        const std::string refused(world_.host.ended() ? "the program has ended" : world_.person.refusal(action));
+        if (!refused.empty()) {
+            return recorder_.addLine("refused: " + refused);
+        }
+        run([&] {
+            beginAction(action);
+            world_.person.perform(action);
+        });
+    }
+    void beginAction(const Action& action) {
+        if (monitor_) {
+            monitor_->actionBegins(action);
+        }
+    }
+    void start() {
+        beginAction({});
+        run(program::start);
+    }
+    // Something that a person could do now; a seed chooses it.
+    void doAnything(std::uint64_t seed) {
+        const std::vector<Action> actions = world_.person.possible();
+        if (!faultless_ && !actions.empty()) {
+            const Action action = Random(seed).pick(actions);
+            recorder_.addLine("! " + action.form + ' ' + action.control);
+            act(action);
+        }
     }
 
+    void performNow(const std::string& line) {
+        recorder_.addLine("! " + line);
+        performLine(line);
+    }
     void doAfter() {
         const Micros at = moment();
-        world_.host.schedule(at, [this, line = rest()] {
-            recorder_.addLine("! " + line);
-            performLine(line);
+        world_.host.schedule(at, [this, line = command()] { performNow(line); });
+    }
+    void doAtMessage() {
+        next();
+        const int number = next<int>();
+        due_.emplace(number, command());
+    }
+    void messageBegins() {
+        for (++message_; due_.contains(message_);) {
+            performNow(due_.extract(due_.find(message_)).mapped());
+        }
+        if (pieces_) {
+            constexpr std::array<std::size_t, 11> tricky{1, 2, 3, 4, 5, 126, 127, 128, 129, 130, 131};
+            unit_.sendPieces = {pieces_->chance(500) ? pieces_->pick(tricky)
+                                                     : static_cast<std::size_t>(pieces_->between(1, 131)),
+                                fromMilliseconds(pieces_->spread(1, 4000))};
+        }
+    }
+
+    bool cancels(int perMille) { return cancels_ && cancels_->chance(perMille); }
+
+    // The operator of the service screen.
+    void showControls() {
+        world_.host.formChanges = [](Form& form, FormChange) {
+            for (Control* control : form.controls) {
+                const std::string& name = control->name;
+                control->visible = control->visible || name == "cmdPresent" || name == "chkVerify" ||
+                                   name == "fraLanguage" || name == "cmdCancel";
+            }
+        };
+    }
+
+    bool started() const { return world_.host.form("frmMain") != nullptr && frmMain().visible; }
+    void pressIf(bool needed, const char* form, const char* control, int index = -1) {
+        if (needed && goesOn()) {
+            act(click(form, control, index));
+        }
+    }
+    // All faults stop, and the operator writes or saves, which must succeed.
+    void finish(const std::string& what) {
+        if (!goesOn()) { // the operator has ended the program, maybe within an operation
+            return;
+        }
+        endFaults();
+        world_.host.schedule(world_.clock.now() + fromSeconds(120), [] {});
+        run({});
+        for (int press = 0; press < 4 && goesOn() && !started(); ++press) {
+            act(choose("frmStartUp", "cmbCom", defaultComPort - 1));
+            pressIf(true, "frmStartUp", "cmdTest");
+        }
+        if (!goesOn() || !started()) {
+            return;
+        }
+        recorder_.addLine("no more faults");
+        pressIf(frmMain().chkVerify.value == 1, "frmMain", "chkVerify");
+        pressIf(true, "frmMain", "optPresent", 0);
+        pressIf(true, "frmMain", "cmdLoading");
+        const bool writes = what == "write" && frmMain().lblTitle[0].caption == frmMain().lblTitle[2].caption;
+        const bool mayFail = shared.serialPort == nullptr; // a verification has closed the port
+        pressIf(true, "frmMain", writes ? "cmdUpgrade" : "cmdPresent");
+        if (monitor_ && !monitor_->succeeded && !mayFail && goesOn()) {
+            monitor_->violation("an operation without faults does not succeed");
+        }
+    }
+    void endFaults() {
+        faultless_ = true;
+        pieces_.reset();
+        cancels_.reset();
+        due_.clear();
+        setDialogPath(World::firmwarePath);
+        savePath_ = World::savedPath;
+        for (const Direction direction : {Direction::toUnit, Direction::fromUnit}) {
+            world_.line.faults(direction).clear();
+        }
+        world_.files.setRoom({});
+        ComPort& comPort = world_.port.comPort(defaultComPort);
+        comPort.pulledAt = comPort.pulledAt > world_.clock.now() ? never : comPort.pulledAt;
+        comPort.backAt = std::min(comPort.backAt, world_.clock.now());
+        const UnitOptions usual;
+        unit_.answers.clear();
+        unit_.sendPieces = {};
+        unit_.sendDelay = usual.sendDelay;
+        unit_.answerLimit = usual.answerLimit;
+        unit_.repeatsEnd = usual.repeatsEnd;
+    }
+
+    void breakOperations(OperationGate& gate, int failure) {
+        const std::int64_t n = gate.passed() + next<int>();
+        const auto lasting = next() == "forever" ? Persistence::permanent : Persistence::once;
+        gate.add([this, fail = failNthOfAll(n, lasting, Failure(failure, "It broke."))](const OperationCall& call) {
+            if (!faultless_) {
+                fail(call);
+            }
         });
+    }
+    void disturb() {
+        const Direction direction = next() == "toUnit" ? Direction::toUnit : Direction::fromUnit;
+        LineFault fault{.kind = lineFaults.at(next())};
+        fault.last = next<std::int64_t>();
+        fault.perMille = next<int>();
+        fault.time = fault.kind == Kind::delay ? duration() : 0;
+        if (fault.kind == Kind::replace) {
+            fault.writes = Writes::transfer;
+            fault.bytes = bytesOf(rest());
+        }
+        world_.line.faults(direction).push_back(fault);
+    }
+    void makeNoise() {
+        const Micros at = moment();
+        world_.line.put(Direction::fromUnit, bytesOf(rest()), at);
+        if (monitor_) {
+            monitor_->disturb(at + fromSeconds(1));
+        }
+    }
+    void setPace() {
+        LinePace pace;
+        pace.bitsPerSecond = next<int>();
+        pace.latency = duration();
+        pace.wholeWrites = next() == "whole";
+        world_.line.setPace(pace);
+    }
+    void makeSample(const std::string& path, std::uint32_t seed) {
+        const Bytes image = simulator::makeSampleImage({.typeText = rest(), .seed = seed});
+        world_.files.put(path, std::string(image.begin(), image.end()));
+        world_.image = path == World::firmwarePath ? image : world_.image;
     }
 
     void answer() {
@@ -150,6 +327,10 @@ class Player {
         answer.silent = what == "silent" || answer.ignored;
         answer.wrongCheck = what == "wrongCheck";
         answer.delay = what == "delayed" ? duration() : 0;
+        rule.prefix = rule.prefix == "any" ? "" : rule.prefix;
+        if (what == "end") {
+            answer.endCode = next();
+        }
         if (what == "data") {
             answer.data = rest();
         } else if (what.size() == 4) {
@@ -177,11 +358,18 @@ class Player {
                               : handling == "cancels" ? Handling::cancels
                                                       : Handling::normal;
             packet.bytes = handling == "unanswered" ? std::optional(Bytes()) : std::nullopt;
+            if (handling == "lost") { // although the unit acknowledges it
+                packet = {.handling = Handling::ignored, .bytes = Bytes{simulator::ack}};
+            }
         }
     }
 
     void setDialogPath(const std::string& path) {
-        recorder_.choose = [path](const FileRequest&) { return path.empty() ? std::nullopt : std::optional(path); };
+        openPath_ = savePath_ = path;
+        recorder_.choose = [this](const FileRequest& request) {
+            const std::string& chosen = request.save ? savePath_ : openPath_;
+            return chosen.empty() || cancels(500) ? std::nullopt : std::optional(chosen);
+        };
     }
     void put(const std::string& path) { world_.files.put(path, content(path) + rest()); }
     void makeFirmware(std::uint16_t version) {
@@ -196,32 +384,50 @@ class Player {
                                                     .place = next<std::size_t>()}};
     }
     void send(int packet) { unit_.sentInstead[packet] = bytesOf(rest()); }
-    void restart(Micros at) { world_.restartUnit(at, at + fromSeconds(2)); }
-    void holdImage(std::uint32_t seed) { before_ = unit_.amplifierImage = simulator::makeSampleImage({.seed = seed}); }
+    void restart(Micros at) {
+        const Micros off = duration();
+        world_.restartUnit(at, at + (off == 0 ? fromSeconds(2) : off));
+    }
+    void holdImage(Bytes& image, std::size_t unit) {
+        before_[unit] = image = simulator::makeSampleImage({.seed = next<std::uint32_t>()});
+    }
     void repair() { unit_ = {.amplifierImage = unit_.amplifierImage, .interfaceUnitImage = unit_.interfaceUnitImage}; }
 
     World world_;
     UnitOptions& unit_ = world_.unit.options();
     Recorder recorder_{world_};
-    Bytes before_ = unit_.amplifierImage;
-    bool running_ = false;
+    std::optional<Monitor> monitor_;
+    std::array<Bytes, 2> before_{unit_.interfaceUnitImage, unit_.amplifierImage};
+    bool running_ = false, faultless_ = false, cancelsBox_ = false;
+    std::optional<Random> cancels_, pieces_;
+    std::string openPath_, savePath_;
+    std::multimap<int, std::string> due_; // commands, by messages of the program since the last "*" line
+    int message_ = 0;
     Control* found_ = nullptr;
     std::istringstream words_;
     const std::map<std::string, std::function<void()>> commands_{
         // the operator
-        {"start", [this] { run(program::start); }},
+        {"start", [this] { start(); }},
         {"press", [this] { act(found()); }},
         {"choose", [this] { act(choose("frmStartUp", "cmbCom", next<int>() - 1)); }},
         {"close", [this] { act(closing(next())); }},
         {"after", [this] { doAfter(); }},
-        {"cancelBox", [this] { recorder_.answer = [](const Box& box) { return box.style % 2 + 1; }; }},
+        {"at", [this] { doAtMessage(); }},
+        {"anything", [this] { doAnything(next<std::uint64_t>()); }},
+        {"finish", [this] { finish(next()); }},
+        {"controls", [this] { showControls(); }},
+        {"cancelBox", [this] { cancelsBox_ = true; }},
+        {"cancels", [this] { cancels_.emplace(next<std::uint64_t>()); }},
         {"dialog", [this] { setDialogPath(rest()); }},
+        {"save", [this] { savePath_ = rest(); }},
         {"reaction", [this] { world_.host.reactionTime = duration(); }},
         // the host
         {"show", [this] { found(), found_->visible = found_->enabled = true; }},
         {"wait", [this] { world_.clock.advanceTo(moment()); }},
         {"instance", [this] { world_.host.otherInstance = true; }},
         {"fail", [this] { fail(); }},
+        {"failPort", [this] { breakOperations(world_.port.operations(), failureNumber::portLost); }},
+        {"failDisk", [this] { breakOperations(world_.files.operations(), failureNumber::fileBroken); }},
         {"endRequest", [this] { world_.host.endRequested(); }},
         // files
         {"put", [this] { put(next()); }},
@@ -231,6 +437,8 @@ class Player {
         {"cutAt", [this] { file().content.resize(next<std::size_t>()); }},
         {"readable", [this] { file().readable.emplace(next<std::size_t>()); }},
         {"room", [this] { world_.files.setRoom(next<std::size_t>()); }},
+        {"copy", [this] { auto from = next(); world_.files.put(next(), content(from)); }},
+        {"sample", [this] { auto path = next(); makeSample(path, next<std::uint32_t>()); }},
         {"firmware", [this] { makeFirmware(next<std::uint16_t>()); }},
         // the line
         {"pull", [this] { world_.port.comPort(defaultComPort).pulledAt = moment(); }},
@@ -238,6 +446,10 @@ class Player {
         {"missing", [this] { world_.port.removeComPort(next<int>()); }},
         {"held", [this] { world_.port.comPort(next<int>()).state = ComPort::State::held; }},
         {"connect", [this] { world_.port.comPort(next<int>()).line = &world_.line; }},
+        {"pace", [this] { setPace(); }},
+        {"line", [this] { disturb(); }},
+        {"lineSeed", [this] { world_.line.setSeed(next<std::uint64_t>()); }},
+        {"noise", [this] { makeNoise(); }},
         {"flip", [this] { flip(next<int>()); }},
         // the unit
         {"answer", [this] { answer(); }},
@@ -246,20 +458,44 @@ class Player {
         {"repair", [this] { repair(); }},
         {"restart", [this] { restart(moment()); }},
         {"silence", [this] { unit_.silentFrom = world_.clock.now(); }},
-        {"image", [this] { holdImage(next<std::uint32_t>()); }},
+        {"image", [this] { holdImage(unit_.amplifierImage, 1); }},
+        {"interfaceImage", [this] { holdImage(unit_.interfaceUnitImage, 0); }},
         {"checksum", [this] { unit_.crc = false; }},
         {"state", [this] { unit_.stateText = next(), unit_.sensorCount = next<int>(); }},
         {"model", [this] { unit_.modelText = rest(); }},
         {"version", [this] { unit_.versionText = rest(); }},
         {"type", [this] { unit_.typeKey = next<char>(), unit_.rawVersion = next<std::uint16_t>(); }},
         {"startDelay", [this] { unit_.startDelay = duration(); }},
+        {"replyDelay", [this] { unit_.replyDelay = duration(); }},
+        {"packetDelay", [this] { unit_.packetDelay = duration(); }},
+        {"varyPieces", [this] { pieces_.emplace(next<std::uint64_t>()); }},
+        {"pieces", [this] { unit_.sendPieces.size = next<std::size_t>(), unit_.sendPieces.pause = duration(); }},
         {"sendDelay", [this] { unit_.sendDelay = duration(); }},
         {"answerLimit", [this] { unit_.answerLimit = duration(); }},
         {"oneEnd", [this] { unit_.repeatsEnd = false; }},
+        // the rules
+        {"rules", [this] { monitor_.emplace(world_, [this](const std::string& line) { recorder_.addLine(line); }); }},
     };
 };
 
-} // namespace
+Session::Session() : player_(std::make_unique<Player>()) {}
+Session::~Session() = default;
+
+std::string Session::perform(const std::string& script) {
+    return player_->perform(script);
+}
+std::string Session::end() {
+    return player_->end();
+}
+bool Session::goesOn() const {
+    return player_->goesOn();
+}
+World& Session::world() {
+    return player_->world();
+}
+const Monitor* Session::monitor() const {
+    return player_->monitor();
+}
 
 std::string play(const std::string& file) {
     std::vector<std::string> stories = partsOf('\n' + file, "== "); // the first may have no text above it
@@ -272,7 +508,10 @@ std::string play(const std::string& file) {
             played += "== " + script.substr(0, nameEnd) + RecordedHost(script.substr(nameEnd)).play();
             continue;
         }
-        std::string text = script.substr(0, nameEnd) + Player().play(blocks[0], script);
+        Session session;
+        session.perform(blocks[0]);
+        std::string text = script.substr(0, nameEnd) + session.perform(script);
+        text += session.end();
         for (std::size_t block = 1; block < blocks.size(); ++block) {
             const std::size_t bodyAt = blocks[block].find('\n');
             const std::string name = "\n:: " + blocks[block].substr(0, bodyAt + 1);

@@ -1,6 +1,9 @@
 // Plays sessions of the whole program on the simulated host, from a script.
 #pragma once
 
+#include "story/monitor.h"
+
+#include <memory>
 #include <string>
 
 namespace story {
@@ -14,5 +17,26 @@ namespace story {
 //   :: name              stands for these lines
 // Commands above the first name are performed before each story. The table of commands is in story/player.cpp.
 std::string play(const std::string& file);
+
+// One story, for a caller that draws its lines one after the other.
+class Session {
+  public:
+    Session();
+    ~Session();
+
+    // Performs the "*" and "." lines of a script, until a rule is violated, and returns them with what is seen.
+    std::string perform(const std::string& script);
+    // The changes of the images and of the saved file.
+    std::string end();
+    // The program has not ended, and no rule is violated.
+    bool goesOn() const;
+
+    platform::World& world();
+    const Monitor* monitor() const; // nullptr before the line ". rules"
+
+  private:
+    class Player;
+    std::unique_ptr<Player> player_;
+};
 
 } // namespace story

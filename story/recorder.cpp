@@ -3,6 +3,7 @@
 #include "base/checked.h"
 #include "base/text.h"
 #include "state/variables.h"
+#include "story/record/text.h"
 #include "transfer/programState.h"
 #include "ui/forms.h"
 
@@ -72,6 +73,7 @@ std::string obstaclesIn(const World& world) {
 
 Recorder::Recorder(World& world) : choose(world.host.chooseFile), world_(world) {
     world.line.addHook([this](const Transmission& transmission) { addTransmission(transmission); });
+    world.line.changed = [this](const Transmission& transmission) { addArrival(transmission); };
     const auto onOperation = [this](const OperationCall& call) { addOperation(call.operation); };
     world.port.operations().add(onOperation);
     world.files.operations().add(onOperation);
@@ -199,10 +201,28 @@ void Recorder::scheduleEvent() {
     }
 }
 
+void Recorder::addArrival(const Transmission& transmission) {
+    char delay[32] = "";
+    if (const Micros late = transmission.at - world_.clock.now(); late >= fromMilliseconds(100)) {
+        std::snprintf(delay, sizeof delay, " in %.1f s", static_cast<double>(late) / 1e6);
+    }
+    const char* side = transmission.direction == Direction::toUnit ? ">" : "<";
+    const Bytes& bytes = transmission.bytes;
+    addEvent("arrives " + (side + (bytes.empty() ? "nothing" : bytesText(bytes))) + delay);
+}
+
 void Recorder::addTransmission(const Transmission& transmission) {
     const Bytes& bytes = transmission.bytes;
     const std::string text(bytes.begin(), bytes.end());
+    if (!frame_.empty() && transmission.direction == Direction::toUnit && transmission.at != frameAt_) {
+        addEvent(">part of a command"); // its port has failed
+        frame_.clear();
+    }
+    if (transmission.direction == Direction::toUnit && frame_.empty() && messageBegins) {
+        messageBegins();
+    }
     if (transmission.direction == Direction::toUnit && (!frame_.empty() || text[0] == simulator::stx)) {
+        frameAt_ = transmission.at;
         frame_ += text; // STX, the text, ETX and the block check are written one by one
         if (frame_.size() > 3 && frame_[frame_.size() - 2] == simulator::etx) {
             addEvent('>' + frame_.substr(6, frame_.size() - 8), true);
@@ -214,7 +234,7 @@ void Recorder::addTransmission(const Transmission& transmission) {
     } else if (!text.empty()) {
         const bool packet = bytes.size() > 10 || bytes[0] == simulator::eot;
         std::string event = transmission.direction == Direction::toUnit ? ">" : "<";
-        event += bytes.size() >= simulator::checksumPacketSize ? "block" : wireText(bytes).substr(1);
+        event += bytes.size() >= simulator::checksumPacketSize ? "block" : bytesText(bytes);
         addEvent(event, packet);
     }
 }

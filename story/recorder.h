@@ -5,6 +5,7 @@
 //   (10.0 s)              nothing happened for this time
 //   ~                     window events have run: one is pending after the start, a reply, a dialog, a read or a close
 //   box title|text|style  a box opens; file dialogs and operations of port and disk in the same way
+//   arrives <NAK          what a fault makes of the message before, or bytes that neither side has sent
 //   [window off, ...]     changes of what the operator sees
 //   {amplifier: file}     at the end: changes of the images in the unit and of the saved file
 #pragma once
@@ -36,6 +37,9 @@ class Recorder {
     std::function<int(const platform::Box&)> answer = [](const platform::Box&) { return platform::boxAnswer::ok; };
     std::function<std::optional<std::string>(const platform::FileRequest&)> choose;
 
+    // Called when the program begins to send a message: a command, a block or a control byte.
+    std::function<void()> messageBegins;
+
     void addLine(const std::string& line);
 
     // Returns the lines since the last call.
@@ -54,6 +58,7 @@ class Recorder {
     void add(const std::string& text, char side, bool waits = false);
     void addOperation(platform::Operation operation);
     void scheduleEvent();
+    void addArrival(const platform::Transmission& transmission);
     void addTransmission(const platform::Transmission& transmission);
 
     platform::World& world_;
@@ -63,6 +68,7 @@ class Recorder {
     int bar_ = 0;
     std::string clears_;
     std::string frame_; // of the program, as far as it has been received
+    Micros frameAt_ = 0;
     bool eventPending_ = false;
 };
 

@@ -29,8 +29,7 @@ class Link : public testing::Test {
   protected:
     Link() {
         EXPECT_EQ(session.start(), RunEnd::idle);
-        world.line.record().keep(100);
-        world.line.record().clear();
+        session.sent.clear();
         world.clock.advanceTo(fromSeconds(10));
     }
 
@@ -71,7 +70,7 @@ TEST_F(Link, SendsCommandFrames) {
     world.unit.options().answers = {{"", 0, {.silent = true}}};
     fncCommand("01az", reply);
     EXPECT_EQ(timeOf([&] { fncReadArea("D5", 0x1AB, 0xCD1, reply, 2000, false); }), fromMilliseconds(2001));
-    EXPECT_EQ(world.line.record().sent(Direction::toUnit),
+    EXPECT_EQ(session.sent,
               bytesOf(stx + "0000001AZ\x03\x29" + stx + "000000101D501AB000CD1\x03\x46"));
 }
 
@@ -187,7 +186,7 @@ TEST_F(Link, AcceptsAReplyAtTheTimeout) {
 TEST_F(Link, WaitsWhileTheLinkIsBusy) {
     shared.commBusy = true;
     EXPECT_EQ(fncExchange("0501", true, 5000), "9998");
-    EXPECT_TRUE(world.line.record().entries().empty());
+    EXPECT_TRUE(session.sent.empty());
     EXPECT_EQ(timeOf([] { subWaitLinkFree(5000); }), fromMilliseconds(5001));
     EXPECT_FALSE(shared.commBusy);
     shared.commBusy = true;

@@ -16,7 +16,15 @@ using namespace platform;
 
 class Session {
   public:
-    explicit Session(WorldOptions options = {}) : world(std::move(options)) { world.line.record().keep(0); }
+    explicit Session(WorldOptions options = {}) : world(std::move(options)) {
+        world.line.addHook([this](const Transmission& write) {
+            if (write.direction == Direction::toUnit) {
+                sent.insert(sent.end(), write.bytes.begin(), write.bytes.end());
+            }
+        });
+    }
+
+    Bytes sent; // what the program has sent
 
     // Starts the program and runs it until it waits for the operator.
     RunEnd start() { return world.host.run(program::start); }

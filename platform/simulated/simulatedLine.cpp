@@ -6,7 +6,9 @@
 namespace platform {
 
 void SimulatedLine::put(Direction direction, Bytes bytes, Micros at) {
-    record_.add(at, direction, bytes, true);
+    if (changed) {
+        changed({direction, at, bytes});
+    }
     lane(direction).send(std::move(bytes), at);
 }
 
@@ -15,7 +17,6 @@ void SimulatedLine::write(std::span<const std::uint8_t> bytes, Micros now) {
 }
 
 void SimulatedLine::pass(Direction direction, Bytes bytes, Micros at) {
-    record_.add(at, direction, bytes);
     const Writes kind = kindOf(direction, bytes, at);
     if (!hooks_.empty() || !faults(direction).empty()) {
         Transmission transmission{direction, at, bytes, kind};
@@ -23,8 +24,8 @@ void SimulatedLine::pass(Direction direction, Bytes bytes, Micros at) {
             hook(transmission);
         }
         applyFaults(faults(direction), kind, random_, transmission.bytes, transmission.at);
-        if (transmission.at != at || transmission.bytes != bytes) {
-            record_.add(transmission.at, direction, transmission.bytes, true);
+        if (changed && (transmission.at != at || transmission.bytes != bytes)) {
+            changed(transmission);
         }
         at = transmission.at;
         bytes = std::move(transmission.bytes);

@@ -3,15 +3,17 @@
 
 #include "platform/simulated/lane.h"
 #include "platform/simulated/lineFaults.h"
-#include "platform/simulated/wireRecord.h"
 #include "simulator/unit.h"
 
 #include <array>
 #include <functional>
 #include <map>
+#include <span>
 #include <vector>
 
 namespace platform {
+
+enum class Direction { toUnit, fromUnit };
 
 // A write at one end of the line. A hook may change, remove or add bytes, and move `at` to a later time; later writes stay
 // after it.
@@ -34,7 +36,7 @@ class SimulatedLine {
     void addHook(TransmissionHook hook) { hooks_.push_back(std::move(hook)); }
     void removeHooks() { hooks_.clear(); }
 
-    // Faults of a direction. They apply after the hooks; the record has the write before and after.
+    // Faults of a direction. They apply after the hooks.
     std::vector<LineFault>& faults(Direction direction) { return faults_[static_cast<std::size_t>(direction)]; }
     // Seed of the random choices of the faults.
     void setSeed(std::uint64_t seed) { random_ = Random(seed); }
@@ -45,7 +47,9 @@ class SimulatedLine {
     // Schedules an event that does not depend on the program: a restart of the unit, a burst of noise.
     void at(Micros moment, std::function<void()> event) { events_.emplace(moment, std::move(event)); }
 
-    WireRecord& record() { return record_; }
+    // For observers: called with what a fault has made of a write, and with bytes that neither side has sent.
+    std::function<void(const Transmission&)> changed;
+
     void setPace(LinePace pace) { pace_ = pace; }
 
     // Used by the port.
@@ -75,7 +79,6 @@ class SimulatedLine {
     int frameParts_ = 0; // parts of the present frame that the program has not written yet
     Micros frameAt_ = 0; // time of its first part
     std::multimap<Micros, std::function<void()>> events_;
-    WireRecord record_;
 };
 
 } // namespace platform

@@ -3,16 +3,15 @@
 
 #include <cstdlib>
 #include <iostream>
-#include <iterator>
 
 namespace {
 
 using namespace std::string_literals;
 
 int trace(std::uint64_t seed) {
-    const soak::Result result = soak::runSession(seed, true);
-    std::ranges::copy(result.trace, std::ostream_iterator<std::string>(std::cout, "\n"));
-    return result.violations.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
+    const soak::Result result = soak::runSession(seed);
+    std::cout << result.story;
+    return result.violation.empty() ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
 int runAll(std::uint64_t sessions, std::uint64_t first) {
@@ -20,14 +19,14 @@ int runAll(std::uint64_t sessions, std::uint64_t first) {
     Micros virtualTime = 0;
     int violated = 0;
     for (std::uint64_t seed = first; seed < first + sessions; ++seed) {
-        const soak::Result result = soak::runSession(seed, false);
+        const soak::Result result = soak::runSession(seed);
         for (const auto& [what, count] : result.counts) {
             counts[what] += count;
         }
         virtualTime += result.virtualTime;
-        if (!result.violations.empty()) {
+        if (!result.violation.empty()) {
             ++violated;
-            std::cout << "Seed " << seed << ": " << result.violations.front() << ": tarnbeacon-soak --trace " << seed
+            std::cout << "Seed " << seed << ": " << result.violation << ": tarnbeacon-soak --trace " << seed
                       << std::endl; // seen also when the run is stopped
         }
     }

@@ -1,4 +1,4 @@
-#include "soak/monitor.h"
+#include "story/monitor.h"
 
 #include "startup/startUpWindow.h"
 #include "state/variables.h"
@@ -6,13 +6,11 @@
 #include "transfer/programState.h"
 #include "ui/forms.h"
 
-#include <QRegularExpression>
-
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <regex>
 
-namespace soak {
+namespace story {
 
 using namespace platform;
 using simulator::ack;
@@ -97,7 +95,8 @@ std::int64_t differences(const Bytes& image, const Bytes& other) {
 
 } // namespace
 
-Monitor::Monitor(World& world) : world_(world) {
+Monitor::Monitor(World& world, std::function<void(const std::string&)> report)
+    : world_(world), report_(std::move(report)) {
     world.line.addHook([this](const Transmission& transmission) { transmitted(transmission); });
     world.port.bytesTaken = [this](std::span<const std::uint8_t> bytes) { byteRead(bytes.front()); };
     world.port.operations().add([this](const OperationCall& call) {
@@ -105,19 +104,16 @@ Monitor::Monitor(World& world) : world_(world) {
         reopenedAt_ = call.operation == Operation::reopenPort ? call.at : reopenedAt_;
         writtenAt_ = call.operation == Operation::writePort ? call.at : writtenAt_;
     });
-    world.host.boxOpened = [this](const Box& box) { boxOpened(box); };
+    world.host.boxOpened = [this, first = world.host.boxOpened](const Box& box) {
+        first(box); // the recorder's
+        boxOpened(box);
+    };
     world.host.eventRan = [this] { eventRan(); };
 }
 
-void Monitor::note(const std::string& text) {
-    std::array<char, 32> time{};
-    std::snprintf(time.data(), time.size(), "%13.6f ", static_cast<double>(world_.clock.now()) / 1e6);
-    notes.push_back(time.data() + text);
-}
-
 void Monitor::violation(const std::string& text) {
-    note("VIOLATION: " + text);
     violations.push_back(text);
+    report_("VIOLATION: " + text);
 }
 
 // True if the port fails in this operation, or may have been lost since the last one.
@@ -153,7 +149,6 @@ void Monitor::transmitted(const Transmission& transmission) {
         if (before_ != Operation::clearReceived && !portBad()) {
             violation("the tool sends without discarding what it has received");
         }
-        messageBegins();
     }
     if (!frame || transmission.bytes.size() > 1) {
         checkMessage(letterOf(transmission.bytes), transmission.bytes[transmission.bytes.size() > 1 ? 1 : 0]);
@@ -203,8 +198,6 @@ void Monitor::byteRead(std::uint8_t byte) {
 
 void Monitor::actionBegins(const Action& action) {
     action_ = action.kind == Action::Kind::close ? "close " + action.form : action.control;
-    note("operator: " + action.form + ' ' + action_ + (action.index < 0 ? "" : ' ' + std::to_string(action.index)) +
-         (action.entry < 0 ? "" : ", entry " + std::to_string(action.entry)));
     if (!patterns.contains(action_)) {
         cancelled_ = cancelled_ || action_ == "cmdCancel";
         return;
@@ -225,7 +218,6 @@ void Monitor::actionBegins(const Action& action) {
 }
 
 void Monitor::boxOpened(const Box& box) {
-    note("box: " + box.title + " | " + box.text + " | " + std::to_string(box.style));
     countLineFaults();
     if (boxes() > (portBad() ? mostBoxesWithoutPort : mostBoxes)) {
         violation("one box follows another");
@@ -271,8 +263,7 @@ void Monitor::endOperation() {
     countLineFaults();
     const bool bad = portBad();
     const std::string pattern = bad ? "port" : operation_ + (verifying_ && operation_ != "cmdLoading" ? "/" : "");
-    const QString whole = QRegularExpression::anchoredPattern(patterns.at(pattern));
-    if (!QRegularExpression(whole).match(messages_.c_str()).hasMatch()) {
+    if (!std::regex_match(messages_, std::regex(patterns.at(pattern)))) {
         violation("the tool sends \"" + messages_ + "\"");
     }
     const Box* box = boxes() == 0 ? nullptr : &world_.host.boxes().back();
@@ -360,4 +351,4 @@ void Monitor::runEnded(RunEnd end) {
     }
 }
 
-} // namespace soak
+} // namespace story

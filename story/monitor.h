@@ -9,14 +9,14 @@
 #include <string>
 #include <vector>
 
-namespace soak {
+namespace story {
 
 class Monitor {
   public:
-    explicit Monitor(platform::World& world);
-
-    // Called when a message of the tool begins: a command, a block or a control byte.
-    std::function<void()> messageBegins;
+    // `report` is called with each violation.
+    Monitor(platform::World& world, std::function<void(const std::string&)> report);
+    Monitor(const Monitor&) = delete;
+    Monitor& operator=(const Monitor&) = delete;
 
     // Marks the line as disturbed until a moment: it carries bytes that neither side has sent, or that come late.
     void disturb(Micros until) { disturbedUntil_ = std::max(disturbedUntil_, until); }
@@ -24,13 +24,11 @@ class Monitor {
     void actionBegins(const platform::Action& action);
     // The program waits for the operator, or has ended.
     void runEnded(platform::RunEnd end);
-    // Add a line to the trace. A violation ends the session.
-    void note(const std::string& text);
     void violation(const std::string& text);
 
     bool succeeded = false; // the last operation: the image is where it belongs
-    std::vector<std::string> violations, notes;
-    std::map<std::string, int> counts; // of injected faults, and of the ways in which operations end
+    std::vector<std::string> violations;
+    std::map<std::string, int> counts; // of the ways in which operations end
 
   private:
     void transmitted(const platform::Transmission& transmission);
@@ -49,6 +47,7 @@ class Monitor {
     std::size_t boxes() const { return world_.host.boxes().size() - firstBox_; }
 
     platform::World& world_;
+    std::function<void(const std::string&)> report_;
     platform::ComPort& comPort_ = world_.port.comPort(platform::defaultComPort);
     // The operation under way.
     std::string action_, operation_; // by their controls
@@ -67,4 +66,4 @@ class Monitor {
     std::size_t violationsSeen_ = 0;                // of the host
 };
 
-} // namespace soak
+} // namespace story
