@@ -60,7 +60,8 @@ using Commands = std::vector<std::string>;
 std::string lineFault(Random& random, const char* direction, const char* kind, const std::string& rest = "") {
     constexpr std::array rates{1000, 300, 50, 10};
     const std::int64_t last = random.chance(500) ? 1 : random.spread(2, 2000);
-    return words("line", direction, kind, last, last == 1 ? 1000 : random.pick(rates), rest);
+    return words("line", direction, kind, last, last == 1 ? 1000 : random.pick(rates)) +
+           (rest.empty() ? "" : ' ' + rest);
 }
 
 const char* someDirection(Random& random) {
@@ -68,8 +69,7 @@ const char* someDirection(Random& random) {
 }
 
 Commands flood(Random& random) {
-    const Bytes answers[]{
-        simulator::frameOf("00000030050000"), {simulator::ack}, {simulator::nak}, Bytes(400, '~')};
+    const Bytes answers[]{simulator::frameOf("00000030050000"), {simulator::ack}, {simulator::nak}, Bytes(400, '~')};
     Commands commands;
     Micros moment = 0;
     for (std::int64_t burst = random.spread(1, 20); burst > 0; --burst) {

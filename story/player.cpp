@@ -1,11 +1,11 @@
 #include "story/player.h"
 
 #include "app/program.h"
+#include "state/variables.h"
+#include "story/monitor.h"
 #include "story/record/recording.h"
 #include "story/record/text.h"
 #include "story/recordedHost.h"
-#include "state/variables.h"
-#include "story/monitor.h"
 #include "story/recorder.h"
 #include "ui/forms.h"
 
@@ -22,8 +22,9 @@ namespace {
 
 using Kind = LineFault::Kind;
 const std::map<std::string, Kind> lineFaults{
-    {"lose", Kind::lose}, {"flip", Kind::flip},     {"twice", Kind::twice},     {"insert", Kind::insert}, {"cut", Kind::cut},
-    {"drop", Kind::drop}, {"repeat", Kind::repeat}, {"replace", Kind::replace}, {"delay", Kind::delay}};
+    {"lose", Kind::lose},     {"flip", Kind::flip},       {"twice", Kind::twice},
+    {"insert", Kind::insert}, {"cut", Kind::cut},         {"drop", Kind::drop},
+    {"repeat", Kind::repeat}, {"replace", Kind::replace}, {"delay", Kind::delay}};
 
 // Splits a text at the lines that begin with `mark`. The first part is the text above them.
 std::vector<std::string> partsOf(const std::string& text, const std::string& mark) {
@@ -437,8 +438,16 @@ class Session::Player {
         {"cutAt", [this] { file().content.resize(next<std::size_t>()); }},
         {"readable", [this] { file().readable.emplace(next<std::size_t>()); }},
         {"room", [this] { world_.files.setRoom(next<std::size_t>()); }},
-        {"copy", [this] { auto from = next(); world_.files.put(next(), content(from)); }},
-        {"sample", [this] { auto path = next(); makeSample(path, next<std::uint32_t>()); }},
+        {"copy",
+         [this] {
+             auto from = next();
+             world_.files.put(next(), content(from));
+         }},
+        {"sample",
+         [this] {
+             auto path = next();
+             makeSample(path, next<std::uint32_t>());
+         }},
         {"firmware", [this] { makeFirmware(next<std::uint16_t>()); }},
         // the line
         {"pull", [this] { world_.port.comPort(defaultComPort).pulledAt = moment(); }},

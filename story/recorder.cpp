@@ -34,6 +34,12 @@ const Shown& shown(const World& world, const char* name) {
     return loaded == nullptr ? none : static_cast<const Shown&>(*loaded);
 }
 
+constexpr std::size_t shortestReply = 17; // STX, 10 digits, a result code, ETX, block check
+
+std::string shortText(const Bytes& bytes) {
+    return bytes.empty() ? "nothing" : bytes.size() >= simulator::checksumPacketSize ? "block" : bytesText(bytes);
+}
+
 // The visible controls of the first window.
 std::string startWindow(const FrmStartUp& form) {
     std::string text = "start window at " + std::to_string(form.left) + ' ' + std::to_string(form.top);
@@ -208,7 +214,7 @@ void Recorder::addArrival(const Transmission& transmission) {
     }
     const char* side = transmission.direction == Direction::toUnit ? ">" : "<";
     const Bytes& bytes = transmission.bytes;
-    addEvent("arrives " + (side + (bytes.empty() ? "nothing" : bytesText(bytes))) + delay);
+    addEvent("arrives " + (side + shortText(bytes)) + delay);
 }
 
 void Recorder::addTransmission(const Transmission& transmission) {
@@ -228,13 +234,14 @@ void Recorder::addTransmission(const Transmission& transmission) {
             addEvent('>' + frame_.substr(6, frame_.size() - 8), true);
             frame_.clear();
         }
-    } else if (transmission.direction == Direction::fromUnit && text[0] == simulator::stx) {
+    } else if (transmission.direction == Direction::fromUnit && text[0] == simulator::stx &&
+               text.size() >= shortestReply) {
         addEvent('<' + text.substr(11, 4));
         scheduleEvent();
     } else if (!text.empty()) {
         const bool packet = bytes.size() > 10 || bytes[0] == simulator::eot;
         std::string event = transmission.direction == Direction::toUnit ? ">" : "<";
-        event += bytes.size() >= simulator::checksumPacketSize ? "block" : bytesText(bytes);
+        event += shortText(bytes);
         addEvent(event, packet);
     }
 }

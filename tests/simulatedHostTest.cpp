@@ -147,7 +147,9 @@ TEST_F(SimulatedHostTest, DistinguishesCommandsFromTransfers) {
         desk.sleep(part == "\x04" ? 100 : 0);
         world.port.write(Bytes(part.begin(), part.end()));
     }
-    EXPECT_EQ(changed, (std::vector<std::string>{"55123 \x02" "000013\x03\x01", "100000 "}));
+    EXPECT_EQ(changed, (std::vector<std::string>{"55123 \x02"
+                                                 "000013\x03\x01",
+                                                 "100000 "}));
 }
 
 } // namespace

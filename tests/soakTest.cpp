@@ -34,7 +34,8 @@ TEST(Soak, DetectsAUnitThatMisbehaves) {
         {"ends early", ". send 9 \\04\n. send 10 \\04", "save"},
     };
     for (const auto& [what, lines, last] : rows) {
-        const std::string start = "== a unit\n. rules\n. controls\n. image 2\n* start\n", end = "\n* finish " + last + '\n';
+        const std::string start = "== a unit\n. rules\n. controls\n. image 2\n* start\n",
+                          end = "\n* finish " + last + '\n';
         EXPECT_NE(story::play(start + lines + end).find("VIOLATION"), std::string::npos) << what;
         EXPECT_EQ(story::play(start + end).find("VIOLATION"), std::string::npos) << what;
     }

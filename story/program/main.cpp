@@ -1,6 +1,7 @@
 // Plays the stories and recorded sessions of a file (docs/REPLAY.md) and prints the file with what happens now. With --check it
-// prints the first line that differs instead, and the lines around it.
+// prints the first line that differs instead, and the lines around it; with --shrink, a story cut down (story/shrink.h).
 #include "story/player.h"
+#include "story/shrink.h"
 
 #include <algorithm>
 #include <exception>
@@ -45,15 +46,20 @@ int check(const std::string& file, const std::string& played) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const bool checks = argc == 3 && std::string_view(argv[1]) == "--check";
+    const std::string_view option = argc == 3 ? argv[1] : "";
     std::stringstream file;
-    if (argc != (checks ? 3 : 2) || !(file << std::ifstream(argv[argc - 1], std::ios::binary).rdbuf())) {
-        std::cerr << "Usage: tarnbeacon-story [--check] FILE\n";
+    if ((argc != 2 && option != "--check" && option != "--shrink") ||
+        !(file << std::ifstream(argv[argc - 1], std::ios::binary).rdbuf())) {
+        std::cerr << "Usage: tarnbeacon-story [--check | --shrink] FILE\n";
         return failed;
     }
     try {
+        if (option == "--shrink") {
+            std::cout << story::shrink(file.str());
+            return same;
+        }
         const std::string played = story::play(file.str());
-        if (checks) {
+        if (option == "--check") {
             return check(file.str(), played);
         }
         std::cout << played;
