@@ -1,5 +1,5 @@
 # Run by cmake --install: installs the INI files in /etc and the link log in /var/log, and makes links to them in the
-# directory of the program, where the program opens them.
+# directory of the programs, where they open them.
 set(program_directory ${CMAKE_INSTALL_PREFIX}/lib/tarnbeacon)
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   set(root "")
@@ -26,14 +26,11 @@ foreach(name Setting.INI TYPE.INI)
   link_to(${settings}/${name} ${program_directory}/${name})
 endforeach()
 
-file(MAKE_DIRECTORY $ENV{DESTDIR}${log} $ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/bin)
+file(MAKE_DIRECTORY $ENV{DESTDIR}${log})
 link_to(${log}/KelpLog.txt ${program_directory}/KelpLog.txt)
 if(root STREQUAL "")
   install_once(debian/logrotate /etc/logrotate.d tarnbeacon)
 endif()
-foreach(program tarnbeacon tarnbeacon-cli)
-  link_to(../lib/tarnbeacon/${program} ${CMAKE_INSTALL_PREFIX}/bin/${program})
-endforeach()
 
 if("$ENV{DESTDIR}" STREQUAL "")
   # Every user of the program appends to the log; with a package, postinst sets these rights.
