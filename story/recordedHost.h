@@ -36,7 +36,7 @@ class RecordedHost final : public platform::Host, public SessionSink {
 
     std::int64_t timeGetTime() override;
     std::string dateAndTime() override;
-    void sleep(int /*milliseconds*/) override {}
+    void sleep(int milliseconds) override;
     void waitForBytes(std::int64_t until) override;
     void doEvents() override;
     void waitForEvents(std::int64_t until) override;
@@ -71,6 +71,7 @@ class RecordedHost final : public platform::Host, public SessionSink {
     bool runEvents();
     void runModal(std::string_view answer);
     void perform(const std::string& event);
+    void endIfDue();
     void idle();
     void wait(std::int64_t until);
     void showDialog(platform::FileDialog& dialog);
