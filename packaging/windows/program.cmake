@@ -1,4 +1,4 @@
-# Icon, version, manifest and name of the Windows program, which has no console.
+# Icon, version and manifest of the Windows programs.
 enable_language(RC)
 set(generated ${PROJECT_BINARY_DIR}/packaging)
 set(icons 16 32 48 64 128 256)
@@ -10,46 +10,11 @@ configure_file(packaging/windows/program.manifest.in ${generated}/program.manife
 set_source_files_properties(${generated}/program.rc PROPERTIES
                             OBJECT_DEPENDS "${generated}/program.ico;${generated}/program.manifest")
 add_custom_target(programIcon DEPENDS ${generated}/program.ico)
-add_library(programResources OBJECT ${generated}/program.rc) # the tests have them too
+add_library(programResources OBJECT ${generated}/program.rc) # the manifest sets the code page, of the tests too
 add_dependencies(programResources programIcon)
-target_link_libraries(tarnbeacon PRIVATE programResources)
-# The C library finds main() by itself; the entry point of Qt needs another signature.
-set_target_properties(tarnbeacon PROPERTIES OUTPUT_NAME TarnBeacon WIN32_EXECUTABLE ON qt_no_entrypoint ON)
-
-# The installer, by NSIS: the target "installer".
-set(program ${generated}/TarnBeacon.exe)
-set(installer ${PROJECT_BINARY_DIR}/TarnBeacon-${PROJECT_VERSION}-setup.exe)
-if("$ENV{TARNBEACON_TOOLKIT}" MATCHES "_([^_]+)_[0-9a-f]+/*$") # scripts/toolkit.sh has built it
-  set(toolkit_origin "as Debian has it: package qt6-base,\nversion ${CMAKE_MATCH_1}, with Debian's patches.")
-else()
-  set(toolkit_origin "built by whoever made this program, who\nalso gives you its source.")
+target_link_libraries(tarnbeacon-cli PRIVATE programResources)
+if(TARNBEACON_QT)
+  target_link_libraries(tarnbeacon PRIVATE programResources)
+  # It has no console. The C library finds main() by itself; the entry point of Qt needs another signature.
+  set_target_properties(tarnbeacon PROPERTIES OUTPUT_NAME TarnBeacon WIN32_EXECUTABLE ON qt_no_entrypoint ON)
 endif()
-configure_file(packaging/windows/LICENSES.txt.in ${generated}/doc/LICENSES.txt @ONLY NEWLINE_STYLE CRLF)
-configure_file(LICENSE ${generated}/doc/LICENSE.txt @ONLY NEWLINE_STYLE CRLF)
-configure_file(CHANGELOG.md ${generated}/doc/CHANGELOG.txt @ONLY NEWLINE_STYLE CRLF)
-configure_file(packaging/windows/Setting.INI ${generated}/Setting.INI @ONLY NEWLINE_STYLE CRLF)
-configure_file(packaging/TYPE.INI ${generated}/TYPE.INI @ONLY NEWLINE_STYLE CRLF)
-configure_file(/usr/share/common-licenses/LGPL-3 ${generated}/doc/LGPL-3.txt COPYONLY)
-configure_file(/usr/share/doc/qt6-base-dev/copyright ${generated}/doc/Qt-copyright.txt COPYONLY)
-set(pages index.html WINDOWS.html TYPE-INI.html guide/en.html guide/ja.html)
-file(GLOB_RECURSE pictures CONFIGURE_DEPENDS RELATIVE ${PROJECT_SOURCE_DIR}/docs docs/guide/*.png docs/guide/*.svg)
-file(GLOB texts CONFIGURE_DEPENDS docs/*.md docs/guide/*.md packaging/windows/index.md)
-add_custom_command(OUTPUT ${generated}/doc/index.html
-                   COMMAND ${CMAKE_COMMAND} -Ddocuments=${generated}/doc -P ${PROJECT_SOURCE_DIR}/packaging/guidePages.cmake
-                   DEPENDS ${texts} ${PROJECT_SOURCE_DIR}/packaging/guidePages.cmake VERBATIM)
-
-# The commands of the installer for each document.
-foreach(document LICENSE.txt LICENSES.txt LGPL-3.txt Qt-copyright.txt CHANGELOG.txt ${pages} ${pictures})
-  cmake_path(GET document PARENT_PATH folder)
-  string(REPLACE / \\ installed "doc/${document}")
-  string(REPLACE / \\ folder "doc/${folder}")
-  string(APPEND install_documents "  SetOutPath \"$INSTDIR\\${folder}\"\n  File \"${generated}/doc/${document}\"\n")
-  string(APPEND check_documents "  !insertmacro refuseIfInUse \"${installed}\"\n")
-  string(APPEND remove_documents "  Delete \"$INSTDIR\\${installed}\"\n")
-endforeach()
-configure_file(packaging/windows/installer.nsi.in ${generated}/installer.nsi @ONLY)
-add_custom_target(installer
-                  COMMAND x86_64-w64-mingw32-strip -o ${program} $<TARGET_FILE:tarnbeacon>
-                  COMMAND ${PROJECT_SOURCE_DIR}/packaging/windows/sign ${program}
-                  COMMAND makensis -V2 -INPUTCHARSET UTF8 ${generated}/installer.nsi
-                  DEPENDS tarnbeacon ${generated}/doc/index.html VERBATIM)
