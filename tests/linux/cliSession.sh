@@ -25,7 +25,8 @@ cli() {
     LC_ALL=C "$CLI_PROGRAM" --config . --port ./port "$@" 2>&1 || echo "exit code $?"
 }
 
-# The same in a terminal 60 characters wide, with what is typed after that many seconds.
+# The same in a terminal 60 characters wide, with what is typed after that many seconds. bash goes on after a SIGINT that
+# the program has handled; other shells end.
 onTerminal() { # seconds:characters... -- arguments
     local keys=()
     while [[ $1 != -- ]]; do keys+=("$1") && shift; done
@@ -36,7 +37,7 @@ onTerminal() { # seconds:characters... -- arguments
             printf '%b' "${key#*:}"
         done
         sleep 0.5
-    } | LC_ALL=C script -qec "stty cols 60; '$CLI_PROGRAM' --config . --port ./port $*; echo exit code \$?" /dev/null |
+    } | SHELL=/bin/bash LC_ALL=C script -qec "stty cols 60; '$CLI_PROGRAM' --config . --port ./port $*; echo exit code \$?" /dev/null |
         tr '\r' '\n' | grep -v '^$'
 }
 trap '[[ -z ${unitProcess-} ]] || kill "$unitProcess"' EXIT
