@@ -70,8 +70,7 @@ TEST_F(Link, SendsCommandFrames) {
     world.unit.options().answers = {{"", 0, {.silent = true}}};
     fncCommand("01az", reply);
     EXPECT_EQ(timeOf([&] { fncReadArea("D5", 0x1AB, 0xCD1, reply, 2000, false); }), fromMilliseconds(2001));
-    EXPECT_EQ(session.sent,
-              bytesOf(stx + "0000001AZ\x03\x29" + stx + "000000101D501AB000CD1\x03\x46"));
+    EXPECT_EQ(session.sent, bytesOf(stx + "0000001AZ\x03\x29" + stx + "000000101D501AB000CD1\x03\x46"));
 }
 
 // Each reply arrives whole and in pieces.
