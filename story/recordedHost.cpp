@@ -243,10 +243,13 @@ void RecordedHost::readHead(const std::string& line) {
 void RecordedHost::noteContent(const SessionItem& item) {
     const std::string taken = take(item);
     std::string_view text = taken;
-    const std::int64_t offset = takeNumber(text);
-    text.remove_prefix(1);
-    const std::int64_t length = takeNumber(text);
-    text.remove_prefix(1);
+    const auto takeNext = [&text] {
+        const std::int64_t number = takeNumber(text);
+        text.remove_prefix(std::min<std::size_t>(1, text.size()));
+        return number;
+    };
+    const std::int64_t offset = takeNext();
+    const std::int64_t length = takeNext();
     std::string content = contentOfRows(item.rows);
     content.resize(static_cast<std::size_t>(length));
     disk_.content(unescaped(text), offset, content);

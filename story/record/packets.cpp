@@ -1,6 +1,6 @@
 #include "story/record/packets.h"
 
-#include "base/text.h"
+#include "story/record/text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -76,8 +76,7 @@ Bytes blockOf(std::string_view numberAndCheck, std::string_view image) {
         bytes.push_back(static_cast<std::uint8_t>(byte));
     }
     for (std::size_t at = blank + 1; blank != std::string_view::npos && at + 1 < numberAndCheck.size(); at += 2) {
-        bytes.push_back(
-            static_cast<std::uint8_t>(*hexDigit(numberAndCheck[at]) << 4 | *hexDigit(numberAndCheck[at + 1])));
+        bytes.push_back(hexByte(numberAndCheck.substr(at)));
     }
     return bytes;
 }

@@ -56,6 +56,8 @@ bool isText(std::string_view content) {
     throw std::invalid_argument("This cannot be read: " + std::string(text));
 }
 
+} // namespace
+
 std::uint8_t hexByte(std::string_view text) {
     const auto high = text.size() < 2 ? std::nullopt : hexDigit(text[0]);
     const auto low = text.size() < 2 ? std::nullopt : hexDigit(text[1]);
@@ -64,8 +66,6 @@ std::uint8_t hexByte(std::string_view text) {
     }
     return static_cast<std::uint8_t>(*high << 4 | *low);
 }
-
-} // namespace
 
 std::string escaped(std::string_view text) {
     std::string line;

@@ -15,6 +15,9 @@ std::string escaped(std::string_view text);
 // Reads it back. Fails with std::invalid_argument if the text ends within an escape.
 std::string unescaped(std::string_view line);
 
+// The byte of two hexadecimal digits at the start of the text. Fails with std::invalid_argument without them.
+std::uint8_t hexByte(std::string_view text);
+
 // Bytes of the line: control characters by name, printable text in quotes, others as "\1F"; more than 48 bytes as "="
 // and base 85.
 std::string bytesText(std::span<const std::uint8_t> bytes);
