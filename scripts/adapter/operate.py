@@ -1,5 +1,5 @@
-"""For the trials in the emulated computer: operates the tool's windows through the accessibility interface, pulls and
-plugs in the adapter, and reads the state of a port from its driver."""
+"""For the trials in the emulated computer: operates the program's windows through the accessibility interface, pulls
+and plugs in the adapter, and reads the state of a port from its driver."""
 import fcntl
 import functools
 import grp
@@ -20,13 +20,13 @@ from gi.repository import Atspi, GLib
 trial = sys.argv[1]
 root = Path("/mnt")
 work = root / "build/adapter"
-home = Path("/tmp", trial)  # the tool's folder
+home = Path("/tmp", trial)  # the program's folder
 nobody = 65534
 dialout = grp.getgrnam("dialout").gr_gid
 
 Atspi.init()
-del os.environ["AT_SPI_BUS_ADDRESS"]  # with it the tool would not register
-Atspi.set_timeout(30000, 30000)  # milliseconds; the tool does not answer while it waits for the unit
+del os.environ["AT_SPI_BUS_ADDRESS"]  # with it the program would not register
+Atspi.set_timeout(30000, 30000)  # milliseconds; the program does not answer while it waits for the unit
 desktop = Atspi.get_desktop(0)
 desktop.set_cache_mask(Atspi.Cache.NONE)
 
@@ -35,7 +35,7 @@ def children(thing):
     return [thing.get_child_at_index(place) for place in range(thing.get_child_count())]
 
 
-# The role does not change and is cached, because the tool answers only every 20 ms during a transfer.
+# The role does not change and is cached, because the program answers only every 20 ms during a transfer.
 role = functools.cache(Atspi.Accessible.get_role_name)
 
 
