@@ -1,18 +1,26 @@
 #include "gallery/scenes.h"
 
+#include "app/program.h"
 #include "base/failure.h"
 #include "platform/qt/text.h"
+#include "simulator/sampleImage.h"
 #include "state/variables.h"
 #include "texts/language.h"
 #include "texts/messages.h"
 #include "texts/stringTable.h"
 #include "ui/forms.h"
-#include "ui/mainWindow.h"
 #include "ui/resourceSetting.h"
 
-#include <QDialog>
 #include <QDir>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryFile>
 #include <QTimer>
+
+#include <deque>
+#include <utility>
 
 namespace gallery {
 
@@ -23,10 +31,11 @@ namespace boxStyle = platform::boxStyle;
 // Parameters of one run through the scenes.
 struct Run {
     platform::QtHost& host;
+    UnitLine& line;
     Language language;
     const Visitor& visitor;
 
-    bool inJapanese() const { return language == Language::japanese; }
+    simulator::UnitOptions& unit() const { return line.unit->options(); }
 };
 
 QWidget& windowOf(const platform::Form& form) {
@@ -43,150 +52,131 @@ void visit(const Run& run, const std::string& scene, const platform::Form& form)
     run.visitor(scene, windowOf(form));
 }
 
-// Calls the visitor as soon as the next dialog is open, then closes the dialog.
-void visitDialog(const Run& run, const std::string& scene) {
-    QTimer::singleShot(0, [run, scene] {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-        if (dialog == nullptr) { // not open yet
-            visitDialog(run, scene);
-            return;
+// Calls the visitor as soon as the next dialog is open, then closes it: a box by OK, a file dialog with the file if there
+// is one. The other scenes are those of the dialogs that follow.
+void visitDialogs(const Run& run, std::deque<std::string> scenes, const QString& file = {}) {
+    QTimer::singleShot(0, [run, scenes = std::move(scenes), file]() mutable {
+        QWidget* dialog = QApplication::activeModalWidget();
+        if (dialog != nullptr) {
+            auto* files = qobject_cast<QFileDialog*>(dialog);
+            if (files != nullptr) {
+                files->setDirectory(QDir::current());
+            }
+            run.visitor(scenes.front(), *dialog);
+            scenes.pop_front();
+            if (files == nullptr) {
+                qobject_cast<QMessageBox*>(dialog)->defaultButton()->click();
+            } else {
+                files->findChild<QLineEdit*>()->setText(file);
+                auto* any = static_cast<QDialog*>(files);
+                file.isEmpty() ? any->reject() : any->accept();
+            }
         }
-        run.visitor(scene, *dialog);
-        dialog->reject();
+        if (!scenes.empty()) {
+            visitDialogs(run, std::move(scenes), file);
+        }
     });
 }
 
-void loadForms(const Run& run) {
-    resetForms();
-    shared = SharedVariables();
-    const auto nothing = [](auto& form) { form.load = [] {}; };
-    setFormBinders(
-        {nothing, nothing, [](FrmWait& form) { form.load = [] { ResourceSetting::subSetFormText("frmWait"); }; }});
+// The operator chooses the language. The delivered screen hides these buttons, and each start selects English.
+void selectLanguage(const Run& run) {
     FrmMain& form = frmMain();
-    form.optLanguage[0].value = run.inJapanese() ? 1 : 0;
-    form.optLanguage[1].value = run.inJapanese() ? 0 : 1;
-    ResourceSetting::optLanguage_Click();
-    form.chkVerify.font.name = shared.screenFontName;
-    MainWindow::optPresent_Click(0);
+    form.optLanguage[0].value = run.language == Language::japanese ? 1 : 0;
+    form.optLanguage[1].value = 1 - form.optLanguage[0].value;
+    form.optLanguage[0].click();
+    ResourceSetting::subSetFormText(frmStartUp().name);
 }
 
-void unloadForms(const Run& run) {
-    unloadFrmWait();
-    run.host.unload(frmStartUp());
-    run.host.unload(frmMain());
-    resetForms();
+void selectRow(int row) {
+    FrmMain& form = frmMain();
+    form.optPresent[row].value = 1;
+    form.optPresent[1 - row].value = 0;
+    form.optPresent[row].click();
 }
 
 void showStartUp(const Run& run) {
+    run.unit().answers = {{"0501", 0, {.resultCode = "1004"}}};
+    run.line.moment = [&] {
+        selectLanguage(run);
+        visit(run, "start-up", frmStartUp());
+        return true;
+    };
+    visitDialogs(run, {"box-port-setup"});
+    program::start();
     FrmStartUp& form = frmStartUp();
-    form.centred = true;
-    ResourceSetting::subSetFormText(form.name);
-    form.cmbBps.items = {"38400 bps"};
-    for (int number = 1; number <= 16; ++number) {
-        form.cmbCom.items.push_back("COM" + std::to_string(number));
-    }
-    form.cmbBps.listIndex = form.cmbCom.listIndex = 0;
-    const auto portChoice = {&form.shpComm, &form.lblCom, &form.cmbCom, &form.cmdTest, &form.cmdEnd};
-    for (platform::Control* control : {&form.lblBPS, &form.cmbBps}) {
-        control->visible = false;
-    }
-    for (platform::Control* control : portChoice) {
-        control->visible = false;
-    }
-    run.host.show(form);
-    visit(run, "start-up", form);
-    for (platform::Control* control : portChoice) {
-        control->visible = true;
-    }
     visit(run, "port-choice", form);
-    run.host.hide(form);
+    form.cmbCom.listIndex = 4; // COM5
+    visitDialogs(run, {"box-port-not-effective"});
+    form.cmdTest.click();
+    run.unit().answers.clear();
+    form.cmdTest.click();
 }
 
 void showMain(const Run& run) {
     FrmMain& form = frmMain();
-    shared.ampTypeName = "QT-MVR";
-    shared.ampVersionText = "1.022";
-    shared.ifuTypeName = "QT-KP42";
-    shared.ifuVersionText = "1.200";
-    form.cmdUpgrade.enabled = false;
-    MainWindow::subSetAllVersion();
-    run.host.show(form);
     visit(run, "main-window", form);
-
-    shared.fileTypeName = "QT-MVR";
-    shared.fileVersionText = "1.123";
-    form.cmdUpgrade.enabled = true;
-    MainWindow::subSetAllVersion();
+    const Bytes image = simulator::makeSampleImage({.rawVersion = 11123});
+    QTemporaryFile file(QDir::tempPath() + "/XXXXXX.bin");
+    file.open();
+    file.write(reinterpret_cast<const char*>(image.data()), static_cast<qint64>(image.size()));
+    file.close();
+    visitDialogs(run, {"load-dialog"}, file.fileName());
+    form.cmdLoading.click();
     visit(run, "file-loaded", form);
-
-    form.optPresent[0].value = 0;
-    form.optPresent[1].value = 1;
-    MainWindow::optPresent_Click(1);
+    selectRow(1);
     visit(run, "interface-unit-selected", form);
-    form.optPresent[0].value = 1;
-    form.optPresent[1].value = 0;
-    MainWindow::optPresent_Click(0);
-
-    form.LabelWriteProtect.visible = true;
+    visitDialogs(run, {"box-not-adapted"});
+    form.cmdUpgrade.click();
+    selectRow(0);
+    form.LabelWriteProtect.visible = true; // the program never shows it
     visit(run, "write-protected", form);
     form.LabelWriteProtect.visible = false;
+    visitDialogs(run, {"save-dialog"});
+    form.cmdPresent.click();
 }
 
-void showTransfer(const Run& run) {
-    frmMain().enabled = false;
-    visit(run, "main-window-disabled", frmMain());
-    FrmWait& form = frmWait();
-    form.prbComm.max = imageSize;
-    form.prbComm.value = 0.34 * imageSize;
-    run.host.show(form);
-    visit(run, "progress", form);
-    form.lblMsg.caption = selectedText(textId::verificationRuns);
-    visit(run, "verification", form);
-    unloadFrmWait();
-    frmMain().enabled = true;
-}
-
-void showTableBoxes(const Run& run) {
-    struct Row {
-        const char* scene;
-        std::int32_t id;
-        int style;
-        const char* msg1;
-    };
-    const int sensorStyle = boxStyle::question + (run.inJapanese() ? boxStyle::ok : boxStyle::okCancel);
-    for (const Row& row : {
-             Row{"box-port-not-effective", textId::portNotEffective1, boxStyle::exclamation, "5"},
-             Row{"box-sensors", textId::notOnlyOneSensor, sensorStyle, ""},
-             Row{"box-not-adapted", textId::fileNotAdapted, boxStyle::ok, ""},
-             Row{"box-question", textId::sensorNotChecked, boxStyle::okCancel, ""},
-             Row{"box-cancel-ends", textId::shutDownByCancel, boxStyle::critical + boxStyle::okCancel,
-                 "通信で異常が発生しました。"},
-             Row{"box-error", textId::applicationError, boxStyle::critical,
-                 "/home/operator/firmware/2026-November/amplifier-with-a-rather-long-name-1.123.bin: "
-                 "Input/output error"},
-         }) {
-        visitDialog(run, row.scene);
-        fncMsgBox(row.id, row.style, row.msg1);
+// Upgrades until the boxes have told how it ended.
+void upgrade(const Run& run, const std::deque<std::string>& boxes) {
+    visitDialogs(run, boxes);
+    frmMain().cmdUpgrade.click();
+    while (!frmMain().enabled) {
+        run.host.waitForEvents(run.host.timeGetTime() + 100);
     }
 }
 
-void showLiteralBoxes(const Run& run) {
-    visitDialog(run, "box-port-setup");
-    run.host.msgBox({textId::portSetup, shared.portSetupText, boxStyle::exclamation, messageText::title});
-    visitDialog(run, "box-end");
-    fncMsgBox(textId::succeed, boxStyle::information + (run.inJapanese() ? boxStyle::ok : boxStyle::okCancel));
-    visitDialog(run, "box-failed");
-    fncMsgBox(textId::failed, boxStyle::information);
+void showTransfer(const Run& run) {
+    run.unit().answers = {{"0101", 0, {.resultCode = "1004"}}, {"300550", 0, {.resultCode = "1234"}}};
+    run.line.moment = [&] {
+        visit(run, "main-window-disabled", frmMain());
+        return true;
+    };
+    upgrade(run, {"box-question", "box-cancel-ends", "box-failed"});
+    run.unit().answers.clear();
+    run.line.moment = [&] {
+        constexpr int blocks = 653; // 34 %
+        if (run.line.unit->journal().blocksAccepted < blocks) {
+            return false;
+        }
+        run.host.sleep(20); // the bar is drawn that often at most
+        FrmWait& form = frmWait();
+        visit(run, "progress", form);
+        // A verification takes minutes on the clock: it would look like this.
+        form.lblMsg.caption = selectedText(textId::verificationRuns);
+        form.cmdCancel.enabled = true;
+        visit(run, "verification", form);
+        return true;
+    };
+    upgrade(run, {"box-end"});
 }
 
-void showFileDialogs(const Run& run) {
-    platform::FileDialog& dialog = frmMain().cmdSoft;
-    dialog.filter = shared.binFileFilter;
-    dialog.initialDirectory = platform::toUtf8(QDir::currentPath());
-    visitDialog(run, "load-dialog");
-    run.host.showOpen(dialog);
-    visitDialog(run, "save-dialog");
-    run.host.showSave(dialog);
+// The program ends after the first; the second holds a path of the operator's computer.
+void showOtherBoxes(const Run& run) {
+    const bool japanese = run.language == Language::japanese;
+    visitDialogs(run, {"box-sensors"});
+    fncMsgBox(textId::notOnlyOneSensor, boxStyle::question + (japanese ? boxStyle::ok : boxStyle::okCancel));
+    visitDialogs(run, {"box-error"});
+    fncMsgBox(textId::applicationError, boxStyle::critical,
+              "/home/operator/firmware/2026-November/amplifier-with-a-rather-long-name-1.123.bin: Input/output error");
 }
 
 } // namespace
@@ -206,16 +196,17 @@ QPalette darkPalette() {
     return palette;
 }
 
-void showAll(platform::QtHost& host, Language language, const Visitor& visitor) {
-    const Run run{host, language, visitor};
-    loadForms(run);
+void showAll(platform::QtHost& host, UnitLine& line, Language language, const Visitor& visitor) {
+    line.unit = std::make_unique<simulator::Unit>(simulator::UnitOptions{.versionText = "V1.200"});
+    const Run run{host, line, language, visitor};
     showStartUp(run);
     showMain(run);
-    showTableBoxes(run);
-    showLiteralBoxes(run);
-    showFileDialogs(run);
+    showOtherBoxes(run);
     showTransfer(run);
-    unloadForms(run);
+    host.commPort().close();
+    host.unload(frmStartUp());
+    host.unload(frmMain());
+    resetForms();
 }
 
 } // namespace gallery

@@ -1,7 +1,9 @@
 // Every window of the program, in every state, in both languages: for pictures, and for tests of the windows.
 #pragma once
 
+#include "gallery/unitLine.h"
 #include "platform/qt/qtHost.h"
+#include "state/variables.h"
 
 #include <QPalette>
 #include <QWidget>
@@ -11,14 +13,12 @@
 
 namespace gallery {
 
-enum class Language { japanese, english };
-
 // Called while a window is open: the name of the scene, and the window.
 using Visitor = std::function<void(const std::string& scene, QWidget& window)>;
 
-// Shows one scene after the other, with the program's own forms and variables; no unit is needed. No form is loaded
-// afterwards.
-void showAll(platform::QtHost& host, Language language, const Visitor& visitor);
+// Starts the program on a simulated unit, whose line is the host's, and shows one scene after the other as the operator
+// meets it. No form is loaded afterwards.
+void showAll(platform::QtHost& host, UnitLine& line, Language language, const Visitor& visitor);
 
 // The colours of a dark desktop; it sets only those that most desktops set.
 QPalette darkPalette();

@@ -97,15 +97,25 @@ QString expectOrder(const QWidget& window) {
     return places + '\n';
 }
 
+gallery::UnitLine* line = nullptr;
+const bool scripted = (
+    makeLine =
+        [] {
+            auto made = std::make_unique<gallery::UnitLine>();
+            line = made.get();
+            return made;
+        },
+    true);
+
 TEST(Windows, AreLegibleAndAccessible) {
     platform::setHost(&*realHost);
     const bool service = hiddenControls.cmdPresent.visible;
     const QPalette lightTheme = QApplication::palette();
     const QString catalogueEntry = STORIES "../../packaging/desktop/" + QGuiApplication::desktopFileName() + ".desktop";
     EXPECT_TRUE(QFile::exists(catalogueEntry));
-    for (const auto language : {gallery::Language::english, gallery::Language::japanese}) {
+    for (const auto language : {Language::english, Language::japanese}) {
         QString seen;
-        gallery::showAll(*realHost, language, [&](const std::string& scene, QWidget& window) {
+        gallery::showAll(*realHost, *line, language, [&](const std::string& scene, QWidget& window) {
             SCOPED_TRACE(scene);
             const bool differs = scene == "file-loaded" || scene == "verification"; // from the delivered screen
             if (scene.ends_with("dialog") || (service && !differs)) {               // or a dialog of the toolkit
@@ -130,7 +140,7 @@ TEST(Windows, AreLegibleAndAccessible) {
                     linesOf(*QAccessible::queryAccessibleInterface(&window)) + tabbed(window) +
                     (qobject_cast<QMessageBox*>(&window) == nullptr ? places : "");
         });
-        const std::string section = language == gallery::Language::english ? "English" : "Japanese";
+        const std::string section = language == Language::english ? "English" : "Japanese";
         expectStory("windows.txt", section + (service ? ", service screen" : ""), seen.toStdString());
         QApplication::setFont(QFont("sans", 20)); // of the boxes; those of the forms stay
     }

@@ -25,7 +25,6 @@ TEST(Peer, ReceivesTheImageWithCrcAndWithChecksum) {
     const std::string received = (folder / "peer.bin").string();
     const Bytes image = simulator::makeSampleImage({});
     std::ranges::copy(image, shared.firmwareImage.begin());
-    std::ofstream(realHost->programDirectory() + "TYPE.INI") << "[AMP_TYPE]\n";
     std::ofstream(realHost->programDirectory() + "Setting.INI") << "[DEVICE]\nCOM3=" << (folder / "unit").string();
     for (const char* mode : {"--with-crc", "--binary"}) { // without a mode it asks for checksums
         std::optional<simulator::PseudoTerminal> end(folder / "unit");

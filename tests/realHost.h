@@ -5,7 +5,9 @@
 #include "platform/qt/qtHost.h"
 
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
+#include <memory>
 #include <optional>
 #include <random>
 
@@ -23,12 +25,13 @@ inline std::filesystem::path makeTestFolder() {
 }
 
 inline std::optional<platform::QtHost> realHost;
+inline std::function<std::unique_ptr<platform::LineDevice>()> makeLine = platform::makeLineDevice;
 
 class RealHost : public testing::Environment {
     void SetUp() override {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         qputenv("XDG_CONFIG_HOME", settings_.c_str());
-        realHost.emplace();
+        realHost.emplace(makeLine());
     }
     void TearDown() override {
         realHost.reset();

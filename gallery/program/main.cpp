@@ -40,9 +40,9 @@ QPixmap pictureOf(QWidget& window) {
     return window.screen()->grabWindow(0, area.x(), area.y(), area.width(), area.height());
 }
 
-void saveAll(platform::QtHost& host, gallery::Language language, const QDir& folder) {
+void saveAll(platform::QtHost& host, gallery::UnitLine& line, Language language, const QDir& folder) {
     folder.mkpath(".");
-    gallery::showAll(host, language, [&](const std::string& scene, QWidget& window) {
+    gallery::showAll(host, line, language, [&](const std::string& scene, QWidget& window) {
         const QString path = folder.filePath(QString::fromStdString(scene) + ".png");
         if (!pictureOf(window).save(path)) {
             std::fprintf(stderr, "%s could not be saved.\n", qPrintable(path));
@@ -54,7 +54,9 @@ void saveAll(platform::QtHost& host, gallery::Language language, const QDir& fol
 } // namespace
 
 int main(int argc, char** argv) {
-    platform::QtHost host;
+    auto line = std::make_unique<gallery::UnitLine>();
+    gallery::UnitLine& unit = *line;
+    platform::QtHost host(std::move(line));
     platform::setHost(&host);
 
     QCommandLineParser options;
@@ -75,6 +77,6 @@ int main(int argc, char** argv) {
     if (options.isSet("dark")) {
         QApplication::setPalette(gallery::darkPalette());
     }
-    saveAll(host, gallery::Language::english, QDir(folders.front() + "/en"));
-    saveAll(host, gallery::Language::japanese, QDir(folders.front() + "/ja"));
+    saveAll(host, unit, Language::english, QDir(folders.front() + "/en"));
+    saveAll(host, unit, Language::japanese, QDir(folders.front() + "/ja"));
 }

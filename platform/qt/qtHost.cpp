@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <chrono>
 #include <clocale>
+#include <utility>
 
 namespace platform {
 
@@ -29,7 +30,8 @@ int argc = 1;
 
 } // namespace
 
-QtHost::QtHost() : application_(argc, argv), timers_([this](const Handler& tick) { deliver(tick); }) {
+QtHost::QtHost(std::unique_ptr<LineDevice> line)
+    : SystemHost(std::move(line)), application_(argc, argv), timers_([this](const Handler& tick) { deliver(tick); }) {
     std::setlocale(LC_NUMERIC, "C"); // the toolkit has set the user's
     setEnglishErrors();
     QCoreApplication::setApplicationName(program::name);

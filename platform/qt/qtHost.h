@@ -10,13 +10,14 @@
 #include <QTimer>
 
 #include <map>
+#include <memory>
 
 namespace platform {
 
 class QtHost final : public SystemHost, QAbstractNativeEventFilter {
   public:
-    // Creates the toolkit's application. There is one host in a process.
-    QtHost();
+    // Creates the toolkit's application. There is one host in a process. The line is what its port opens.
+    explicit QtHost(std::unique_ptr<LineDevice> line = makeLineDevice());
     ~QtHost() override;
 
     // Runs the windows until the program ends the process.

@@ -4,11 +4,12 @@
 
 #include <array>
 #include <ctime>
+#include <utility>
 
 namespace platform {
 
-SystemHost::SystemHost()
-    : files_(makeFiles()), port_(makeLineDevice(), [this](int number) { return deviceOf(number); }) {}
+SystemHost::SystemHost(std::unique_ptr<LineDevice> line)
+    : files_(makeFiles()), port_(std::move(line), [this](int number) { return deviceOf(number); }) {}
 
 std::string SystemHost::dateAndTime() {
     std::array<char, sizeof "2024/04/01 09:05:00"> text{};

@@ -23,7 +23,7 @@ class SystemHost : public Host {
     [[noreturn]] void endProgram(int exitCode) override;
 
   protected:
-    SystemHost();
+    explicit SystemHost(std::unique_ptr<LineDevice> line = makeLineDevice());
 
     DevicePort& port() { return port_; }
 
