@@ -48,7 +48,7 @@ std::size_t characterLength(std::string_view text) {
 }
 
 bool isText(std::string_view content) {
-    const auto odd = [](char c) { return c == '\0' || (c < ' ' && c >= 0 && c != '\r' && c != '\n' && c != '\t'); };
+    const auto odd = [](unsigned char c) { return c < ' ' && c != '\r' && c != '\n' && c != '\t'; };
     return std::ranges::none_of(content, odd) && content.find('\n') != std::string_view::npos;
 }
 

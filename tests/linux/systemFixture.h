@@ -70,7 +70,9 @@ extern "C" int fstat(int fd, struct stat* status) noexcept {
 
 extern "C" int access(const char* name, int type) noexcept {
     errno = EACCES;
-    return driver.openError == EACCES && (type & W_OK) != 0 ? -1 : static_cast<int>(::syscall(SYS_access, name, type));
+    return driver.openError == EACCES && (type & W_OK) != 0
+               ? -1
+               : static_cast<int>(::syscall(SYS_faccessat, AT_FDCWD, name, type));
 }
 
 extern "C" ssize_t read(int fd, void* buf, std::size_t nbytes) {
