@@ -10,6 +10,16 @@ set(release_date ${CMAKE_MATCH_2})
 execute_process(COMMAND date --utc --date ${release_date} +%a,\ %d\ %b\ %Y\ %T\ %z
                 OUTPUT_VARIABLE release_mail_date OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 
+# The version of a package names the release of Debian that it is for, so that the packages of two releases differ, and an
+# upgrade of the system brings the newer one. "+", because a forge may rename files with "~".
+cmake_host_system_information(RESULT host QUERY DISTRIB_INFO)
+set(package_version ${PROJECT_VERSION})
+set(package_suite unstable)
+if(host_ID STREQUAL "debian" AND host_VERSION_ID)
+  set(package_version ${PROJECT_VERSION}+deb${host_VERSION_ID})
+  set(package_suite ${host_VERSION_CODENAME})
+endif()
+
 # Fills in version and date; with COMPRESS also makes a compressed file, NAME.gz.
 set(generated ${PROJECT_BINARY_DIR}/packaging)
 function(fill_in source name)
@@ -70,6 +80,8 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL ${packages})
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_VERSION ${package_version})
+set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE ${PROJECT_HOMEPAGE_URL})
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
@@ -89,7 +101,7 @@ set(CPACK_DEBIAN_CLI_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/packaging/debia
 
 set(CPACK_DEBIAN_WINDOWS_PACKAGE_NAME tarnbeacon)
 # The X11 output is a plugin; the fonts replace those that the windows ask for.
-string(CONCAT CPACK_DEBIAN_WINDOWS_PACKAGE_DEPENDS "tarnbeacon-cli (= ${PROJECT_VERSION}), qt6-qpa-plugins, "
+string(CONCAT CPACK_DEBIAN_WINDOWS_PACKAGE_DEPENDS "tarnbeacon-cli (= ${package_version}), qt6-qpa-plugins, "
        "fonts-liberation2 | fonts-liberation, fonts-ipafont-gothic | fonts-vlgothic")
 set(CPACK_DEBIAN_WINDOWS_PACKAGE_RECOMMENDS qt6-wayland)
 set(CPACK_DEBIAN_WINDOWS_PACKAGE_SUGGESTS qt6-gtk-platformtheme) # for GNOME's colours, also dark ones

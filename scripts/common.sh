@@ -9,7 +9,9 @@ buildPackages=("${cliPackages[@]}" qt6-base-dev)
 # A replacement for each of the two fonts that the windows ask for.
 fontPackages=(fontconfig fonts-liberation2 fonts-ipafont-gothic)
 packagingPackages=(dpkg-dev file cmark-gfm)
-packageCheckPackages=(git lintian desktop-file-utils appstream man-db)
+packageCheckPackages=(binutils dpkg-dev lintian desktop-file-utils appstream man-db)
+# For the preset arm64.
+crossPackages=(crossbuild-essential-arm64 qt6-base-dev:arm64 libgtest-dev:arm64)
 sanitizerPackages=(clang libclang-rt-dev)
 # A virtual screen, and the tools of the scripted operator.
 screenPackages=(xvfb openbox xdotool x11-utils imagemagick)
@@ -61,6 +63,15 @@ quietly() {
         say "$output" >&2
         return 1
     }
+}
+
+# The date of the commit in seconds; in an unpacked source archive its files have it.
+releaseTime() {
+    if [[ -e $root/.git ]]; then
+        git log -1 --format=%ct
+    else
+        stat --format=%Y CHANGELOG.md
+    fi
 }
 
 # Builds the given targets of a preset, or all of them.
