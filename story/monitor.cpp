@@ -2,6 +2,7 @@
 
 #include "startup/startUpWindow.h"
 #include "state/variables.h"
+#include "texts/language.h"
 #include "texts/stringTable.h"
 #include "transfer/programState.h"
 #include "ui/forms.h"
@@ -14,11 +15,21 @@ namespace story {
 
 using namespace platform;
 using simulator::ack;
+using simulator::can;
+using simulator::crcStart;
+using simulator::nak;
 
 namespace {
 
 constexpr std::size_t mostBoxes = 12;           // of an operation
 constexpr std::size_t mostBoxesWithoutPort = 9; // of one that loses its port
+
+// How long the tool waits.
+constexpr Micros commandLimit = fromSeconds(5);
+constexpr Micros operationLimit = fromSeconds(10);
+constexpr Micros startLimit = fromSeconds(60);
+constexpr Micros packetLimit = fromSeconds(10);
+constexpr Micros silenceLimit = fromSeconds(3);
 
 // Letters for what the tool sends; uu is the number of the addressed unit. A block is b.
 constexpr std::array<std::pair<std::string_view, char>, 13> letters{{
@@ -39,13 +50,13 @@ constexpr std::array<std::pair<std::string_view, char>, 13> letters{{
 
 // What an operation sends, blocks and ACKs in a row as one; "/" is with verification. If its port fails, messages may be
 // missing.
-#define READ "r{1,3}(na?(na?)?z{0,10})?x"
+#define READ "(r{3}|r{1,3}na?(na?)?(z{10})?)x"
 const std::map<std::string, const char*> patterns{
     {"", "i?(s(v(ti?)?)?)?"},
     {"cmdTest", "i{0,2}(s(v(ti?)?)?)?"},
     {"cmdLoading", ""},
-    {"cmdUpgrade", "(v(p{1,3}(w{1,3}(be*)?)?xc)?)?"},
-    {"cmdUpgrade/", "(v(p{1,3}(w{1,3}(be*)?)?x(" READ "xc)?)?)?"},
+    {"cmdUpgrade", "(v((p{3}|p{1,3}w{1,3}(be*)?)xc)?)?"},
+    {"cmdUpgrade/", "(v((p{3}|p{1,3}w{1,3}(be*)?)x(" READ "xc)?)?)?"},
     {"cmdPresent", "(" READ "c)?"},
     {"cmdPresent/", "(" READ ")?"},
     {"port",
@@ -62,6 +73,14 @@ char letterOf(const Bytes& message) {
     }
     const auto row = std::ranges::find(letters, text, &std::pair<std::string_view, char>::first);
     return row == letters.end() ? '?' : row->second;
+}
+
+// How long the tool waits for the reply to its last message.
+Micros replyLimit(const std::string& messages) {
+    const char last = messages.empty() ? ' ' : messages.back();
+    return std::string_view("isvt").find(last) != std::string_view::npos    ? commandLimit
+           : std::string_view("pwrxc").find(last) != std::string_view::npos ? operationLimit
+                                                                            : 0;
 }
 
 bool isSuccess(const Box& box) {
@@ -98,12 +117,12 @@ std::int64_t differences(const Bytes& image, const Bytes& other) {
 Monitor::Monitor(World& world, std::function<void(const std::string&)> report)
     : world_(world), report_(std::move(report)) {
     world.line.addHook([this](const Transmission& transmission) { transmitted(transmission); });
-    world.port.bytesTaken = [this](std::span<const std::uint8_t> bytes) { byteRead(bytes.front()); };
-    world.port.operations().add([this](const OperationCall& call) {
-        before_ = std::exchange(latest_, call.operation);
-        reopenedAt_ = call.operation == Operation::reopenPort ? call.at : reopenedAt_;
-        writtenAt_ = call.operation == Operation::writePort ? call.at : writtenAt_;
-    });
+    world.port.bytesTaken = [this](std::span<const std::uint8_t> bytes) {
+        for (const std::uint8_t byte : bytes) {
+            byteRead(byte);
+        }
+    };
+    world.port.operations().add([this](const OperationCall& call) { portUsed(call); });
     world.host.boxOpened = [this, first = world.host.boxOpened](const Box& box) {
         first(box); // the recorder's
         boxOpened(box);
@@ -116,6 +135,11 @@ void Monitor::violation(const std::string& text) {
     report_("VIOLATION: " + text);
 }
 
+bool Monitor::progressShown() const {
+    const Form* form = world_.host.form("frmWait");
+    return form != nullptr && form->visible;
+}
+
 // True if the port fails in this operation, or may have been lost since the last one.
 bool Monitor::portBad() const {
     return !portWasOpen_ || world_.port.operations().failed() > portFailures_ ||
@@ -124,6 +148,22 @@ bool Monitor::portBad() const {
 }
 
 // The line.
+
+void Monitor::portUsed(const OperationCall& call) {
+    const std::int64_t failed = world_.port.operations().failed();
+    if (failed > std::exchange(failuresSeen_, failed)) {
+        stopped_ = stopped_ || latest_ == Operation::clearReceived || latest_ == Operation::readPort ||
+                   latest_ == Operation::writePort;
+    }
+    before_ = std::exchange(latest_, call.operation);
+    writtenAt_ = call.operation == Operation::writePort ? call.at : writtenAt_;
+    if (call.operation == Operation::reopenPort) {
+        reopenedAt_ = call.at;
+        if (!messages_.empty()) {
+            violation("the port is opened again within an operation");
+        }
+    }
+}
 
 void Monitor::countLineFaults() {
     for (const Direction direction : {Direction::toUnit, Direction::fromUnit}) {
@@ -160,30 +200,78 @@ void Monitor::checkMessage(char letter, std::uint8_t number) {
     if (!running_ || (form != nullptr && (form->enabled || (letter != 'v' && !world_.host.keptAwake())))) {
         violation("the tool sends while nothing runs, the window is enabled or the computer may sleep");
     }
-    const bool again =
-        letter == 'b' ? blocks_ > 0 && number == blocks_ % 256 : letter == 'e' && messages_.ends_with('e');
+    if (!heard_ && !portBad() && !quietFor(replyLimit(messages_))) {
+        violation("the tool does not wait for a reply");
+    }
     if (letter == 'w' || letter == 'r') {
         journal_ = world_.unit.journal();
         faultsApplied_ = 0;
-        repeated_ = falseAck_ = false;
+        repeated_ = falseAck_ = stopped_ = false;
         blocks_ = 0;
+        failures_ = cancels_ = unknown_ = 0;
     } else if (letter == 'b' || letter == 'e') {
-        const bool due = letter == 'b' ? number == (blocks_ + 1) % 256 && blocks_ < blockCount : blocks_ == blockCount;
-        if (!again && (!due || (blocks_ > 0 && answer_ != ack))) {
-            violation("a new packet without an ACK, or out of order");
-        }
-        blocks_ += letter == 'b' && !again ? 1 : 0;
-        repeated_ = repeated_ || again;
+        checkPacket(letter, number);
+    } else if (letter == 'x' && !senderMayEnd()) {
+        violation("the tool gives up the write too early");
+    }
+    if (stopped_ && (letter == 'b' || letter == 'e' || letter == 'a' || letter == 'n')) {
+        violation("a transfer goes on after a failure of the port");
     }
     if ((letter != 'a' && letter != 'b') || !messages_.ends_with(letter)) {
         messages_ += letter;
     }
+    quietSince_ = world_.clock.now();
+    heard_ = false;
+}
+
+// No byte has come or gone for this time.
+bool Monitor::quietFor(Micros time) const {
+    return world_.clock.now() - quietSince_ >= time;
+}
+
+// A packet is sent again after NAK or a time-out; the next one needs ACK, the first one a start byte.
+void Monitor::checkPacket(char letter, std::uint8_t number) {
+    const bool again =
+        letter == 'b' ? blocks_ > 0 && number == blocks_ % 256 : letter == 'e' && messages_.ends_with('e');
+    const bool due = letter == 'b' ? number == (blocks_ + 1) % 256 && blocks_ < blockCount : blocks_ == blockCount;
+    const bool asked = again          ? answer_ == nak || (answer_ != ack && quietFor(packetLimit))
+                       : blocks_ == 0 ? answer_ == nak || answer_ == crcStart
+                                      : answer_ == ack;
+    if ((!again && !due) || !asked) {
+        violation("a packet without the answer that it needs, or out of order");
+    }
+    blocks_ += letter == 'b' && !again ? 1 : 0;
+    repeated_ = repeated_ || again;
+    failures_ = again ? failures_ + 1 : 0;
+    cancels_ = 0;
+    answer_ = 0;
+}
+
+// True if the message before is not one of a write, or if the write has ended, or failed as often as it may.
+bool Monitor::senderMayEnd() const {
+    const char last = messages_.empty() ? ' ' : messages_.back();
+    if (portBad() || cancels_ == 2 || (last == 'e' && answer_ == ack)) {
+        return true;
+    }
+    if (last == 'w') {
+        return progressShown() ? unknown_ == 10 || quietFor(startLimit) : messages_.ends_with("www");
+    }
+    return (last != 'b' && last != 'e') || (failures_ == 9 && (answer_ == nak || quietFor(packetLimit)));
 }
 
 void Monitor::byteRead(std::uint8_t byte) {
     countLineFaults();
     answer_ = byte;
+    heard_ = true;
+    quietSince_ = world_.clock.now();
     const bool sending = messages_.ends_with('b') || messages_.ends_with('e');
+    const bool starting = messages_.ends_with('w') && progressShown();
+    if ((sending || starting) && byte == can) {
+        ++cancels_;
+        failures_ = unknown_ = 0;
+    } else if (starting) {
+        ++unknown_;
+    }
     const std::size_t accepted = world_.unit.receivedImage().size() / blockSize;
     if (sending && byte == ack &&
         (messages_.ends_with('e') ? world_.unit.journal().ends == journal_.ends : accepted < blocks_)) {
@@ -221,6 +309,11 @@ void Monitor::boxOpened(const Box& box) {
     countLineFaults();
     if (boxes() > (portBad() ? mostBoxesWithoutPort : mostBoxes)) {
         violation("one box follows another");
+    }
+    const bool silent = box.text.ends_with(selectedText(textId::silentNothingSaved)) ||
+                        box.text.ends_with(selectedText(textId::silentNotVerified));
+    if (silent && !quietFor(silenceLimit)) {
+        violation("the tool does not wait for a block");
     }
     const bool notEqual = isFailure(box) && (box.style == boxStyle::critical || box.id == textId::verifyFailed);
     if (operation_ == "cmdUpgrade" && (isSuccess(box) || notEqual)) {
@@ -315,6 +408,9 @@ void Monitor::checkSaved(bool success) {
     const bool written = disk.passed(Operation::writeFile) > fileWrites_ && file != nullptr && !diskFailed;
     const std::string content = written ? file->content.substr(0, imageSize) : "";
     succeeded = std::ranges::equal(content, unitImage(world_), {}, [](char c) { return static_cast<std::uint8_t>(c); });
+    if (written && messages_.find("nana") == std::string::npos) {
+        violation("the file is written before the unit has ended");
+    }
     if (written && (content.size() != imageSize || (!succeeded && readClean()))) {
         violation("the file is not what the unit sent");
     }

@@ -32,7 +32,12 @@ class Monitor {
 
   private:
     void transmitted(const platform::Transmission& transmission);
+    void portUsed(const platform::OperationCall& call);
     void checkMessage(char letter, std::uint8_t number);
+    void checkPacket(char letter, std::uint8_t number);
+    bool senderMayEnd() const;
+    bool quietFor(Micros time) const;
+    bool progressShown() const;
     void byteRead(std::uint8_t byte);
     void boxOpened(const platform::Box& box);
     void eventRan();
@@ -58,12 +63,16 @@ class Monitor {
     std::string messages_;                                                  // a letter for each message
     simulator::Journal journal_;                                            // when its transfer began
     std::size_t blocks_ = 0;                                                // sent, each once
-    std::uint8_t answer_ = 0;
-    bool repeated_ = false, falseAck_ = false; // packets; an ACK
+    std::uint8_t answer_ = 0;                                               // the last byte since the last packet
+    bool repeated_ = false, falseAck_ = false;                              // packets; an ACK
+    bool stopped_ = false, heard_ = false;                                  // by a failure of the port
+    int failures_ = 0, cancels_ = 0, unknown_ = 0; // NAKs and time-outs of the packet, CANs, other start bytes
+    Micros quietSince_ = 0;                        // the last byte of either side
     // The session.
     Micros disturbedUntil_ = -1;
     platform::Operation before_ = {}, latest_ = {}; // operations of the port
     std::size_t violationsSeen_ = 0;                // of the host
+    std::int64_t failuresSeen_ = 0;                 // of the port
 };
 
 } // namespace story

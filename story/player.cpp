@@ -3,6 +3,7 @@
 #include "app/program.h"
 #include "state/variables.h"
 #include "story/monitor.h"
+#include "story/parts.h"
 #include "story/record/recording.h"
 #include "story/record/text.h"
 #include "story/recordedHost.h"
@@ -25,16 +26,6 @@ const std::map<std::string, Kind> lineFaults{
     {"lose", Kind::lose},     {"flip", Kind::flip},       {"twice", Kind::twice},
     {"insert", Kind::insert}, {"cut", Kind::cut},         {"drop", Kind::drop},
     {"repeat", Kind::repeat}, {"replace", Kind::replace}, {"delay", Kind::delay}};
-
-// Splits a text at the lines that begin with `mark`. The first part is the text above them.
-std::vector<std::string> partsOf(const std::string& text, const std::string& mark) {
-    std::vector<std::string> parts;
-    for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 1 + mark.size()) {
-        end = text.find('\n' + mark, begin);
-        parts.push_back(text.substr(begin, end == std::string::npos ? end : end + 1 - begin));
-    }
-    return parts;
-}
 
 } // namespace
 
@@ -114,7 +105,11 @@ class Session::Player {
     }
     Micros duration() { return static_cast<Micros>(next<double>() * 1e6); }
     Micros moment() { return world_.clock.now() + duration(); }
-    SimulatedFile& file() { return *world_.files.find(next()); }
+    SimulatedFile& file() {
+        const auto path = next();
+        SimulatedFile* file = world_.files.find(path);
+        return file == nullptr ? throw std::invalid_argument("No such file: " + path) : *file;
+    }
 
     static Bytes bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
     std::string content(const std::string& path) {
@@ -507,31 +502,32 @@ const Monitor* Session::monitor() const {
 }
 
 std::string play(const std::string& file) {
-    std::vector<std::string> stories = partsOf('\n' + file, "== "); // the first may have no text above it
-    const std::vector<std::string> blocks = partsOf(stories.front(), ":= ");
+    const Parts stories = partsOf(file, "== ");
+    const Parts blocks = partsOf(stories.front(), ":= ");
     std::string played = stories.front();
     for (std::size_t story = 1; story < stories.size(); ++story) {
-        const std::string& script = stories[story];
-        const std::size_t nameEnd = script.find('\n') + 1;
-        if (script.substr(nameEnd).starts_with(recordedMark)) {
-            played += "== " + script.substr(0, nameEnd) + RecordedHost(script.substr(nameEnd)).play();
+        const std::size_t nameEnd = stories[story].find('\n') + 1;
+        const std::string script = stories[story].substr(nameEnd);
+        std::string text = stories[story].substr(0, nameEnd);
+        if (script.starts_with(recordedMark)) {
+            played += text + RecordedHost(script).play();
             continue;
         }
         Session session;
-        session.perform(blocks[0]);
-        std::string text = script.substr(0, nameEnd) + session.perform(script);
+        session.perform(blocks.front());
+        text += session.perform(script);
         text += session.end();
         for (std::size_t block = 1; block < blocks.size(); ++block) {
             const std::size_t bodyAt = blocks[block].find('\n');
-            const std::string name = "\n:: " + blocks[block].substr(0, bodyAt + 1);
+            const std::string name = "\n:: " + blocks[block].substr(3, bodyAt - 2);
             const std::string body = blocks[block].substr(bodyAt);
             for (std::size_t at = text.find(body); at != std::string::npos; at = text.find(body)) {
                 text.replace(at, body.size(), name);
             }
         }
-        played += "== " + text;
+        played += text;
     }
-    return played.substr(1);
+    return played;
 }
 
 } // namespace story

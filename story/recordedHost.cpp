@@ -3,6 +3,7 @@
 #include "app/program.h"
 #include "base/failure.h"
 #include "platform/simulated/virtualClock.h"
+#include "story/parts.h"
 #include "story/record/packets.h"
 #include "story/record/text.h"
 
@@ -192,14 +193,8 @@ class RecordedFiles : public Files {
 
 RecordedHost::RecordedHost(const std::string& session)
     : port_(std::make_unique<RecordedPort>(*this)), files_(std::make_unique<RecordedFiles>(*this)) {
-    std::vector<std::string> lines;
-    for (std::size_t start = 0, end = 0; start < session.size(); start = end) {
-        end = std::min(session.find('\n', start), session.size() - 1) + 1;
-        while (end < session.size() && session[end] == ' ') { // rows
-            end = std::min(session.find('\n', end), session.size() - 1) + 1;
-        }
-        lines.push_back(session.substr(start, end - start));
-    }
+    Parts lines = partsOf(session, [](std::string_view line) { return !line.starts_with(' '); }); // with their rows
+    lines.erase(lines.begin());
     if (!lines.empty() && !beginsWith(itemOf(lines.back()).text, "ends")) {
         rest_ = lines.back(); // it may have been cut off
         lines.pop_back();

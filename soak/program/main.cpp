@@ -1,12 +1,14 @@
 // Many sessions of the program on a simulated host, each determined by its seed.
 #include "soak/session.h"
 
+#include <charconv>
 #include <cstdlib>
 #include <iostream>
+#include <optional>
+#include <string_view>
+#include <vector>
 
 namespace {
-
-using namespace std::string_literals;
 
 int trace(std::uint64_t seed) {
     const soak::Result result = soak::runSession(seed);
@@ -38,17 +40,23 @@ int runAll(std::uint64_t sessions, std::uint64_t first) {
     return violated == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
+// nullopt: the text is not a whole number.
+std::optional<std::uint64_t> numberOf(std::string_view text) {
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    try {
-        if (argc == 3 && argv[1] == "--trace"s) {
-            return trace(std::stoull(argv[2]));
-        }
-        if (argc == 2 || (argc == 4 && argv[2] == "--first"s)) {
-            return runAll(std::stoull(argv[1]), argc == 2 ? 1 : std::stoull(argv[3]));
-        }
-    } catch (const std::logic_error&) { // of stoull
+    const std::vector<std::string_view> arguments(argv + 1, argv + argc);
+    const bool traces = arguments.size() == 2 && arguments[0] == "--trace";
+    const bool runs = arguments.size() == 1 || (arguments.size() == 3 && arguments[1] == "--first");
+    const auto number = traces || runs ? numberOf(arguments[traces ? 1 : 0]) : std::nullopt;
+    const auto first = arguments.size() == 3 ? numberOf(arguments[2]) : std::optional(std::uint64_t{1});
+    if (number && first) {
+        return traces ? trace(*number) : runAll(*number, *first);
     }
     std::cerr
         << "Usage: tarnbeacon-soak SESSIONS [--first SEED]\n"

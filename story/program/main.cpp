@@ -1,5 +1,6 @@
 // Plays the stories and recorded sessions of a file (docs/REPLAY.md) and prints the file with what happens now. With --check it
 // prints the first line that differs instead, and the lines around it; with --shrink, a story cut down (story/shrink.h).
+#include "story/parts.h"
 #include "story/player.h"
 #include "story/shrink.h"
 
@@ -9,30 +10,20 @@
 #include <iostream>
 #include <sstream>
 #include <string_view>
-#include <vector>
 
 namespace {
 
 constexpr int same = 0, differs = 1, failed = 2; // exit codes
 
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-void printLines(const char* mark, const std::vector<std::string>& lines, std::size_t first, std::size_t end) {
+void printLines(const char* mark, const story::Parts& lines, std::size_t first, std::size_t end) {
     for (std::size_t number = first; number < std::min(end, lines.size()); ++number) {
-        std::cout << mark << number + 1 << ": " << lines[number] << '\n';
+        std::cout << mark << number + 1 << ": " << lines[number] << (lines[number].ends_with('\n') ? "" : "\n");
     }
 }
 
 int check(const std::string& file, const std::string& played) {
     constexpr std::size_t before = 5, after = 3;
-    const std::vector<std::string> recorded = linesOf(file), now = linesOf(played);
+    const story::Parts recorded = story::linesOf(file), now = story::linesOf(played);
     const auto first = static_cast<std::size_t>(std::ranges::mismatch(recorded, now).in1 - recorded.begin());
     if (file == played) {
         return same;
