@@ -4,8 +4,8 @@
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 cd "$root" || exit # commands can be called from any folder
 
-cliPackages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev libgtest-dev)
-buildPackages=("${cliPackages[@]}" qt6-base-dev)
+cliPackages=(cmake ninja-build g++ libcli11-dev nlohmann-json3-dev)
+buildPackages=("${cliPackages[@]}" libgtest-dev qt6-base-dev)
 # A replacement for each of the two fonts that the windows ask for.
 fontPackages=(fontconfig fonts-liberation2 fonts-ipafont-gothic)
 packagingPackages=(dpkg-dev file cmark-gfm)
