@@ -57,16 +57,17 @@ listMaterials() { # architecture, packages...
 
 # What Qt for Windows holds itself, in the words of its source: without what other systems need, what is switched off in
 # scripts/toolkit.sh, and modules that are not linked.
-listPartsOfQt() { # folder of the source, file of the release
+listPartsOfQt() { # folder of the source, its version, file of the release
     local folder="$1" file
     (cd "$folder" && find . -name qt_attribution.json -printf '%P\n' | sort) |
         grep -vE '^(cmake|util|tests|examples)/|^src/(testlib|network|dbus|plugins)/|^src/gui/(opengl|vulkan)/' |
         grep -vE '/(android|gradle|wasm|xcb|libjpeg|md4c|VulkanMemoryAllocator|forkfd|libpsl|pixman|corelib/kernel)/' |
         while read -r file; do
             tr '\n\t' '  ' <"$folder/$file" # there are line breaks within strings
-        done | jq --raw-output --arg file "$2" '(arrays[], objects) | [$file, "CONTAINS", .Name,
+        done | jq --raw-output --arg file "$3" \
+            --arg source "https://snapshot.debian.org/package/qt6-base/$2/" '(arrays[], objects) | [$file, "CONTAINS", .Name,
             (.Version // "" | gsub("[ ,].*"; "")), (.LicenseId // "LicenseRef-public-domain" | gsub(" or "; " OR ") |
-            gsub("ICC License"; "LicenseRef-ICC")), "NOASSERTION", (.Homepage // ""), ""] | join("\t")'
+            gsub("ICC License"; "LicenseRef-ICC")), $source, (.Homepage // ""), ""] | join("\t")'
 }
 
 # On this computer. The source of Qt is fetched again for the parts of it.
@@ -83,7 +84,7 @@ listWindowsMaterials() { # folder for the source of Qt
     file="TarnBeacon-$version-setup.exe"
     listInstalled dpkg-query "$file" STATIC_LINK qt6-base-dev |
         sed "s/\tqt6-base-dev\t/\tqt6-base\t/; s/qt6-base-dev@.*/qt6-base@${qt//+/%2B}?arch=source/"
-    listPartsOfQt "$1/source" "$file"
+    listPartsOfQt "$1/source" "$qt" "$file"
     listInstalled dpkg-query "$file" CONTAINS nsis-common
 }
 
@@ -112,8 +113,9 @@ makeMaterials() { # folder of the files, folder of the lists
             [$files[] | entry + { SPDXID: (.[1] | id), name: .[1], versionInfo: $version, packageFileName: .[1],
               downloadLocation: "NOASSERTION", licenseDeclared: "GPL-3.0-or-later",
               checksums: [{ algorithm: "SHA256", checksumValue: .[2] }] }]
-            + ([$materials[] | entry + { SPDXID: (.[2] + "-" + .[3] | id), name: .[2], versionInfo: .[3],
+            + ([$materials[] | entry + { SPDXID: (.[2] + "-" + .[3] | id), name: .[2],
               downloadLocation: .[5], licenseDeclared: .[4] }
+              + (if .[3] == "" then {} else { versionInfo: .[3] } end)
               + (if .[6] == "" then {} else { homepage: .[6] } end)
               + (if .[7] == "" then {} else { externalRefs: [{ referenceCategory: "PACKAGE-MANAGER",
                   referenceType: "purl", referenceLocator: .[7] }] } end)] | unique_by(.SPDXID))),
