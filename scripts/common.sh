@@ -33,7 +33,7 @@ needPackages() {
         return
     fi
     for package in "$@"; do
-        dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null | grep -qx installed ||
+        dpkg-query --show --showformat='${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed ||
             missing+=("$package")
     done
     if ((${#missing[@]} == 0)); then
