@@ -22,7 +22,7 @@ listInstalled() { # command of the database, file of the release, relation, patt
     shift 3
     # shellcheck disable=SC2016 # the database expands it
     "$database" --show --showformat='${db:Status-Abbrev}|${Package}|${Version}|${source:Package}'\
-'|${source:Version}|${Architecture}|${Homepage}\n' "$@" 2>/dev/null | while IFS='|' read -r state name installed source sourceVersion architecture page; do
+'|${source:Version}|${Architecture}|${Homepage}\n' "$@" | while IFS='|' read -r state name installed source sourceVersion architecture page; do
         [[ $state == ii* ]] || continue
         printf '%s\t' "$file" "$relation" "$name" "$installed" "$(licenceOf "$source")" \
             "https://snapshot.debian.org/package/$source/$sourceVersion/" "$page"
@@ -47,7 +47,7 @@ listMaterials() { # architecture, packages...
             tarnbeacon-cli_*) linked+=(libcli11-dev nlohmann-json3-dev) ;;
             *) linked+=("qt6-base-dev:$architecture") ;;
         esac
-        readarray -t needed < <(inRoot dpkg-deb --field "$package" Depends | grep -oE '\blib[^ ,]*')
+        readarray -t needed < <(inRoot dpkg-deb --field "$package" Depends | tr ',' '\n' | grep -oE '^ ?lib[^ ]*' | tr -d ' ')
         listInstalled rootDatabase "$name" STATIC_LINK "${linked[@]}"
         listInstalled rootDatabase "$name" DYNAMIC_LINK "${needed[@]/%/:$architecture}"
         listInstalled rootDatabase "$name" BUILD_TOOL_OF cmake ninja-build dpkg-dev cmark-gfm xz-utils 'g++-[0-9]*' \
