@@ -10,8 +10,8 @@ set(release_date ${CMAKE_MATCH_2})
 execute_process(COMMAND date --utc --date ${release_date} +%a,\ %d\ %b\ %Y\ %T\ %z
                 OUTPUT_VARIABLE release_mail_date OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 
-# The version of a package names the release of Debian that it is for, so that the packages of two releases differ, and an
-# upgrade of the system brings the newer one. "+", because a forge may rename files with "~".
+# The version of a package names the release of Debian that it is for, so that the packages of two releases differ,
+# and an upgrade of the system brings the newer one. "+", because a forge may rename files with "~".
 cmake_host_system_information(RESULT host QUERY DISTRIB_INFO)
 set(package_version ${PROJECT_VERSION})
 set(package_suite unstable)

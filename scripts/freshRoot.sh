@@ -12,7 +12,8 @@ installInRoot() { # packages...
     quietly inRoot apt-get -q -y install --no-install-recommends "$@"
 }
 
-# Lets the kernel start programs of another architecture, where the installation of the emulator could not: in a container.
+# Lets the kernel start programs of another architecture, where the installation of the emulator could not: in a
+# container.
 enableEmulation() {
     local emulated=/proc/sys/fs/binfmt_misc
     [[ -e $emulated/register ]] || mount -t binfmt_misc binfmt_misc "$emulated"

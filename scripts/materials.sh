@@ -1,5 +1,6 @@
-# Sourced by scripts/release: what each file of a release is made of, in the format SPDX 2.3. A line of a list of materials
-# has the fields: file of the release, relation to it, name, version, licence, where its source is, home page, package URL.
+# Sourced by scripts/release: what each file of a release is made of, in the format SPDX 2.3. A line of a list of
+# materials has the fields: file of the release, relation to it, name, version, licence, where its source is, home
+# page, package URL.
 # shellcheck shell=bash
 
 # Licences of what is linked in, by the name of Debian's source package; of all else Debian's copyright file has them.
@@ -22,12 +23,13 @@ listInstalled() { # command of the database, file of the release, relation, patt
     shift 3
     # shellcheck disable=SC2016 # the database expands it
     "$database" --show --showformat='${db:Status-Abbrev}|${Package}|${Version}|${source:Package}'\
-'|${source:Version}|${Architecture}|${Homepage}\n' "$@" | while IFS='|' read -r state name installed source sourceVersion architecture page; do
-        [[ $state == ii* ]] || continue
-        printf '%s\t' "$file" "$relation" "$name" "$installed" "$(licenceOf "$source")" \
-            "https://snapshot.debian.org/package/$source/$sourceVersion/" "$page"
-        printf '%s\n' "pkg:deb/debian/$name@${installed//+/%2B}?arch=$architecture"
-    done | sort -u
+'|${source:Version}|${Architecture}|${Homepage}\n' "$@" |
+        while IFS='|' read -r state name installed source sourceVersion architecture page; do
+            [[ $state == ii* ]] || continue
+            printf '%s\t' "$file" "$relation" "$name" "$installed" "$(licenceOf "$source")" \
+                "https://snapshot.debian.org/package/$source/$sourceVersion/" "$page"
+            printf '%s\n' "pkg:deb/debian/$name@${installed//+/%2B}?arch=$architecture"
+        done | sort -u
 }
 
 rootDatabase() {
@@ -47,7 +49,8 @@ listMaterials() { # architecture, packages...
             tarnbeacon-cli_*) linked+=(libcli11-dev nlohmann-json3-dev) ;;
             *) linked+=("qt6-base-dev:$architecture") ;;
         esac
-        readarray -t needed < <(inRoot dpkg-deb --field "$package" Depends | tr ',' '\n' | grep -oE '^ ?lib[^ ]*' | tr -d ' ')
+        readarray -t needed < <(inRoot dpkg-deb --field "$package" Depends | tr ',' '\n' |
+            grep -oE '^ ?lib[^ ]*' | tr -d ' ')
         listInstalled rootDatabase "$name" STATIC_LINK "${linked[@]}"
         listInstalled rootDatabase "$name" DYNAMIC_LINK "${needed[@]/%/:$architecture}"
         listInstalled rootDatabase "$name" BUILD_TOOL_OF cmake ninja-build dpkg-dev cmark-gfm xz-utils 'g++-[0-9]*' \
@@ -65,9 +68,9 @@ listPartsOfQt() { # folder of the source, its version, file of the release
         while read -r file; do
             tr '\n\t' '  ' <"$folder/$file" # there are line breaks within strings
         done | jq --raw-output --arg file "$3" \
-            --arg source "https://snapshot.debian.org/package/qt6-base/$2/" '(arrays[], objects) | [$file, "CONTAINS", .Name,
-            (.Version // "" | gsub("[ ,].*"; "")), (.LicenseId // "LicenseRef-public-domain" | gsub(" or "; " OR ") |
-            gsub("ICC License"; "LicenseRef-ICC")), $source, (.Homepage // ""), ""] | join("\t")'
+            --arg source "https://snapshot.debian.org/package/qt6-base/$2/" '(arrays[], objects) |
+            [$file, "CONTAINS", .Name, (.Version // "" | gsub("[ ,].*"; "")), (.LicenseId // "LicenseRef-public-domain" |
+            gsub(" or "; " OR ") | gsub("ICC License"; "LicenseRef-ICC")), $source, (.Homepage // ""), ""] | join("\t")'
 }
 
 # On this computer. The source of Qt is fetched again for the parts of it.
@@ -105,10 +108,10 @@ makeMaterials() { # folder of the files, folder of the lists
         def entry: { filesAnalyzed: false, licenseConcluded: "NOASSERTION", copyrightText: "NOASSERTION" };
         { spdxVersion: "SPDX-2.3", dataLicense: "CC0-1.0", SPDXID: "SPDXRef-DOCUMENT", name: "TarnBeacon-\($version)",
           documentNamespace: "https://tarnbeacon.example/spdx/\($version)-\($commit)",
-          creationInfo: { created: $created, creators: ["Organization: TarnBeacon maintainers", "Tool: scripts/release"] },
+          creationInfo: { created: $created, creators: ["Tool: scripts/release"] },
           hasExtractedLicensingInfos: [
             { licenseId: "LicenseRef-public-domain", extractedText: "Public domain." },
-            { licenseId: "LicenseRef-ICC", extractedText: "The license of the International Color Consortium for its profiles: src/3rdparty/icc/LICENSE.txt in the source of Qt." }],
+            { licenseId: "LicenseRef-ICC", extractedText: "src/3rdparty/icc/LICENSE.txt in the source of Qt." }],
           packages: (
             [$files[] | entry + { SPDXID: (.[1] | id), name: .[1], versionInfo: $version, packageFileName: .[1],
               downloadLocation: "NOASSERTION", licenseDeclared: "GPL-3.0-or-later",
@@ -120,7 +123,8 @@ makeMaterials() { # folder of the files, folder of the lists
               + (if .[7] == "" then {} else { externalRefs: [{ referenceCategory: "PACKAGE-MANAGER",
                   referenceType: "purl", referenceLocator: .[7] }] } end)] | unique_by(.SPDXID))),
           relationships: (
-            [$files[] | { spdxElementId: "SPDXRef-DOCUMENT", relationshipType: "DESCRIBES", relatedSpdxElement: (.[1] | id) }]
+            [$files[] | { spdxElementId: "SPDXRef-DOCUMENT", relationshipType: "DESCRIBES",
+              relatedSpdxElement: (.[1] | id) }]
             + ([$materials[] | (.[0] | id) as $file | (.[2] + "-" + .[3] | id) as $material
               | if .[1] == "BUILD_TOOL_OF"
                 then { spdxElementId: $material, relationshipType: .[1], relatedSpdxElement: $file }
