@@ -48,7 +48,7 @@ void upgrade(benchmark::State& state) {
         platform::World world;
         world.host.run(program::start);
         for (const char* button : {"cmdLoading", "cmdUpgrade"}) {
-            world.host.run([&] { world.person.perform(platform::click("frmMain", button)); });
+            world.host.run([&] { world.theOperator.perform(platform::click("frmMain", button)); });
         }
         if (world.unit.receivedImage() != world.image) {
             state.SkipWithError("the unit holds another image");

@@ -28,7 +28,7 @@ struct CommandLine {
 };
 
 // Reads the arguments. Without a command line to carry out, prints what there is to say, a help text or what is wrong, and
-// gives the exit code.
+// returns the exit code.
 std::optional<int> readCommandLine(int argc, char** argv, CommandLine& line);
 
 } // namespace cli

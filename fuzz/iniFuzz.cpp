@@ -41,7 +41,7 @@ void checkLoad(World& world, const std::string& typeText, std::int32_t rawVersio
         simulator::makeSampleImage({.typeText = typeText, .rawVersion = static_cast<std::uint16_t>(rawVersion)});
     world.files.put(World::firmwarePath, {reinterpret_cast<const char*>(image.data()), image.size()});
     const std::size_t boxesBefore = world.host.boxes().size();
-    world.host.run([&] { world.person.perform(platform::click("frmMain", "cmdLoading")); });
+    world.host.run([&] { world.theOperator.perform(platform::click("frmMain", "cmdLoading")); });
     const FrmMain& form = frmMain();
     check(form.enabled && form.cmdUpgrade.enabled && form.mousePointer != platform::MousePointer::hourglass &&
               shared.fileLoaded && world.host.violations().empty(),

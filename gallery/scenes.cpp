@@ -95,7 +95,7 @@ void selectRow(int row) {
 }
 
 void showStartUp(const Run& run) {
-    run.unit().answers = {{"0501", 0, {.resultCode = "1004"}}};
+    run.unit().replies = {{"0501", 0, {.resultCode = "1004"}}};
     run.line.moment = [&] {
         selectLanguage(run);
         visit(run, "start-up", frmStartUp());
@@ -108,7 +108,7 @@ void showStartUp(const Run& run) {
     form.cmbCom.listIndex = 4; // COM5
     visitDialogs(run, {"box-port-not-effective"});
     form.cmdTest.click();
-    run.unit().answers.clear();
+    run.unit().replies.clear();
     form.cmdTest.click();
 }
 
@@ -145,13 +145,13 @@ void upgrade(const Run& run, const std::deque<std::string>& boxes) {
 }
 
 void showTransfer(const Run& run) {
-    run.unit().answers = {{"0101", 0, {.resultCode = "1004"}}, {"300550", 0, {.resultCode = "1234"}}};
+    run.unit().replies = {{"0101", 0, {.resultCode = "1004"}}, {"300550", 0, {.resultCode = "1234"}}};
     run.line.moment = [&] {
         visit(run, "main-window-disabled", frmMain());
         return true;
     };
     upgrade(run, {"box-question", "box-cancel-ends", "box-failed"});
-    run.unit().answers.clear();
+    run.unit().replies.clear();
     run.line.moment = [&] {
         constexpr int blocks = 653; // 34 %
         if (run.line.unit->journal().blocksAccepted < blocks) {

@@ -77,7 +77,7 @@ std::string fncExchange(const std::string& command, bool rawData, std::int32_t t
     ReplyReceiver receiver(shared.replyBytes, rawData);
     receiveReply(receiver, deadline);
     shared.commBusy = false;
-    if (receiver.brokenAnswer()) {
+    if (receiver.brokenReply()) {
         subWriteLog(receiver.logText());
     }
     return receiver.result();

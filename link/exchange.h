@@ -24,7 +24,7 @@ void subWaitLinkFree(std::int32_t timeoutMs);
 void subWriteLog(const std::string& text);
 
 // Sends any command: waits for the link, exchanges, copies shared.replyBytes to `reply` and, unless
-// `suppressMessage`, shows the failure dialog when the unit gives "1234" on the third try of an operation or later.
+// `suppressMessage`, shows the failure dialog when the unit replies "1234" on the third try of an operation or later.
 std::string fncSendCommand(const std::string& command, bool rawData, Bytes& reply, std::int32_t timeoutMs,
                            bool suppressMessage);
 

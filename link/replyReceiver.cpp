@@ -86,14 +86,14 @@ bool ReplyReceiver::takeBlockCheck(std::uint8_t byte) {
         return false;
     }
     // A frame stays bad even if a later byte matches.
-    if (answered() && !bccBad_) {
+    if (endCodeGood() && !bccBad_) {
         responseCode_ = hexText(at(replyBytes_, replyResponse), 2) + hexText(at(replyBytes_, replyResponse + 1), 2);
     }
     return true;
 }
 
 std::string ReplyReceiver::result() const {
-    if (answered()) {
+    if (endCodeGood()) {
         return responseCode_;
     }
     return endCode_.empty() ? "9999" : "90" + endCode_;

@@ -40,20 +40,20 @@ class ReplyReceiver {
     bool frameDone() const { return frameDone_; }
 
     // The frame is finished, its block check right, its end code 00 or 0F.
-    bool frameGood() const { return frameDone_ && !bccBad_ && answered(); }
+    bool frameGood() const { return frameDone_ && !bccBad_ && endCodeGood(); }
 
     // Result of the exchange so far: with end code 00 or 0F the response code, empty without a good frame; without an end
     // code 9999; else 90 and the end code.
     std::string result() const;
 
     // The end code is 00, but there is no good frame.
-    bool brokenAnswer() const { return endCode_ == "00" && responseCode_.empty(); }
+    bool brokenReply() const { return endCode_ == "00" && responseCode_.empty(); }
 
     // State of a broken answer, for the link log.
     std::string logText() const;
 
   private:
-    bool answered() const { return endCode_ == "00" || endCode_ == "0F"; }
+    bool endCodeGood() const { return endCode_ == "00" || endCode_ == "0F"; }
     void takeText(std::uint8_t byte);
     bool takeBlockCheck(std::uint8_t byte);
     void store(std::uint8_t byte);

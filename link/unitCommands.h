@@ -1,5 +1,5 @@
 // The commands of the unit. Each is sent once per call and returns its result code. A run-time failure is shown in a box and
-// gives "9999". `reply` receives shared.replyBytes, whatever the result; a run-time failure during the exchange leaves it
+// returns "9999". `reply` receives shared.replyBytes, whatever the result; a run-time failure during the exchange leaves it
 // unchanged.
 #pragma once
 

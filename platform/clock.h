@@ -1,4 +1,4 @@
-// The clock of the real host: monotonic; Host::timeGetTime gives its milliseconds.
+// The clock of the real host: monotonic; Host::timeGetTime returns its milliseconds.
 #pragma once
 
 #include "base/time.h"

@@ -20,7 +20,7 @@ class ConsoleOutput {
     // Width of the terminal in characters; 80 when it is not known.
     virtual int columns() const = 0;
 
-    // Takes bytes of the text without waiting and gives their number: less than all when the reader is slow or stopped. When
+    // Takes bytes of the text without waiting and returns their number: less than all when the reader is slow or stopped. When
     // there is no reader any more, all are dropped.
     virtual std::size_t write(std::string_view text) = 0;
 
@@ -31,7 +31,7 @@ class ConsoleOutput {
 enum class ConsoleStream { output, error };
 std::unique_ptr<ConsoleOutput> makeConsoleOutput(ConsoleStream stream);
 
-// From now on takeSignal() gives the signals that ask the program to end, and nothing else that its terminal does ends or
+// From now on takeSignal() returns the signals that ask the program to end, and nothing else that its terminal does ends or
 // stops it.
 void catchSignals();
 

@@ -16,7 +16,7 @@ isRunning() {
     kill -0 "$1" 2>/dev/null
 }
 
-# Asks the process to end, kills it after two seconds, and gives its exit code.
+# Asks the process to end, kills it after two seconds, and returns its exit code.
 stopProcess() {
     local id="$1" tries
     kill "$id" 2>/dev/null || true

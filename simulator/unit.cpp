@@ -92,7 +92,7 @@ void Unit::takeFrame(Micros now) {
     const bool good = frame_.checkGood() && command;
     journal_.frames.push_back({good ? text.substr(5) : text, good, now, {}});
     if (good) {
-        answerCommand(text.substr(5), now);
+        takeCommand(text.substr(5), now);
     } else if (mode_ != Mode::commands) {
         dropFrame(now);
     } else if (!frame_.checkGood()) {
@@ -102,10 +102,10 @@ void Unit::takeFrame(Micros now) {
     }
 }
 
-void Unit::answerCommand(const std::string& command, Micros now) {
-    static const CommandAnswer usual;
-    const CommandAnswer* found = specialAnswer(command);
-    const CommandAnswer& special = found != nullptr ? *found : usual;
+void Unit::takeCommand(const std::string& command, Micros now) {
+    static const CommandReply usual;
+    const CommandReply* found = specialReply(command);
+    const CommandReply& special = found != nullptr ? *found : usual;
     Result result{special.resultCode.value_or("0000")};
     if (!special.ignored && result.code == "0000") {
         result = execute(command, now);
@@ -117,17 +117,17 @@ void Unit::answerCommand(const std::string& command, Micros now) {
     }
 }
 
-const CommandAnswer* Unit::specialAnswer(const std::string& command) {
-    ruleCounts_.resize(options_.answers.size());
-    const CommandAnswer* special = nullptr;
-    for (std::size_t i = 0; i < options_.answers.size(); ++i) {
-        const AnswerRule& rule = options_.answers[i];
+const CommandReply* Unit::specialReply(const std::string& command) {
+    ruleCounts_.resize(options_.replies.size());
+    const CommandReply* special = nullptr;
+    for (std::size_t i = 0; i < options_.replies.size(); ++i) {
+        const ReplyRule& rule = options_.replies[i];
         if (!command.starts_with(rule.prefix)) {
             continue;
         }
         ++ruleCounts_[i];
         if (special == nullptr && (rule.occurrence == 0 || rule.occurrence == ruleCounts_[i])) {
-            special = &rule.answer;
+            special = &rule.reply;
         }
     }
     return special;
@@ -190,9 +190,9 @@ Unit::Result Unit::operate(const std::string& command, Micros now) {
     return {"0000"};
 }
 
-void Unit::reply(const std::string& text, Micros now, const CommandAnswer& special) {
-    Bytes bytes = special.reply ? *special.reply : frameOf(text);
-    if (!special.reply) {
+void Unit::reply(const std::string& text, Micros now, const CommandReply& special) {
+    Bytes bytes = special.bytes ? *special.bytes : frameOf(text);
+    if (!special.bytes) {
         journal_.frames.back().reply = text;
         bytes.back() ^= special.wrongCheck ? 0x55 : 0;
     }

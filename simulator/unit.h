@@ -15,7 +15,7 @@
 
 namespace simulator {
 
-// Answers to commands:
+// Replies to commands:
 // - A frame with a wrong block check gets a reply with end code "13" and nothing else, a frame whose text is no command
 //   gets end code "14", a frame to another node or sub-address no reply. During a transfer, everything but a good frame
 //   counts as noise.
@@ -75,12 +75,12 @@ class Unit {
     void step(Micros now);
     std::optional<Micros> dueByItself() const;
 
-    void answerCommand(const std::string& command, Micros now);
-    const CommandAnswer* specialAnswer(const std::string& command);
+    void takeCommand(const std::string& command, Micros now);
+    const CommandReply* specialReply(const std::string& command);
     Result execute(const std::string& command, Micros now);
     Result readArea(const std::string& command) const;
     Result operate(const std::string& command, Micros now);
-    void reply(const std::string& text, Micros now, const CommandAnswer& special = {});
+    void reply(const std::string& text, Micros now, const CommandReply& special = {});
 
     Bytes& imageOf(const std::string& unitField);
     void keepReceivedImage();
@@ -94,7 +94,7 @@ class Unit {
     FrameReader frame_;
     Micros frameByteAt_ = 0;
     Micros latest_ = 0;           // time of the last action or received byte
-    std::vector<int> ruleCounts_; // frames that each answer rule has counted
+    std::vector<int> ruleCounts_; // frames that each reply rule has counted
     Mode mode_ = Mode::commands;
     std::string preparedUnit_; // unit field of the last "50", until "53" or "54"
     std::string writtenUnit_;  // unit field of the present write

@@ -16,12 +16,12 @@ struct Pieces {
     Micros pause = 0;
 };
 
-// Changes to the answer to one command. Without a value the answer is the usual one.
-struct CommandAnswer {
+// Changes to the reply to one command. Without a value the reply is the usual one.
+struct CommandReply {
     std::optional<std::string> resultCode = std::nullopt; // any but "0000" also refuses the command: no effect
     std::optional<std::string> endCode = std::nullopt;
     std::optional<std::string> data = std::nullopt; // exactly as in the reply: hexadecimal digits or plain text
-    std::optional<Bytes> reply = std::nullopt;      // the whole reply, byte for byte
+    std::optional<Bytes> bytes = std::nullopt;      // the whole reply, byte for byte
     bool silent = false;                            // carried out, but no reply
     bool ignored = false;                           // not carried out, whatever the reply says
     bool wrongCheck = false;
@@ -30,12 +30,12 @@ struct CommandAnswer {
     Pieces pieces = {};
 };
 
-// Applies an answer to the `occurrence`-th frame (from 1; 0: every frame) of those whose command text begins with
+// Applies a reply to the `occurrence`-th frame (from 1; 0: every frame) of those whose command text begins with
 // `prefix`. The empty prefix matches all frames. The first rule that matches applies.
-struct AnswerRule {
+struct ReplyRule {
     std::string prefix = {};
     int occurrence = 0;
-    CommandAnswer answer = {};
+    CommandReply reply = {};
 };
 
 // Changes to the answer to one packet while the unit receives an image.
@@ -61,7 +61,7 @@ struct UnitOptions {
     Bytes interfaceUnitImage = Bytes(imageSize, 0xFF);
 
     Micros replyDelay = fromMilliseconds(2);
-    std::vector<AnswerRule> answers = {};
+    std::vector<ReplyRule> replies = {};
     std::optional<Micros> silentFrom = std::nullopt; // from this time on it receives and sends nothing
 
     // As receiver of an image.

@@ -79,7 +79,7 @@ Commands flood(Random& random) {
     return commands;
 }
 
-std::string answerOtherwise(Random& random) {
+std::string replyOtherwise(Random& random) {
     constexpr std::array prefixes{"any", "0501", "0601", "0101", "300550", "300551", "300552", "300554"};
     constexpr std::array codes{"0000", "0101", "1001", "1004", "1101", "2204", "1234", "1234", "5555", "A0F1"};
     constexpr std::array endCodes{"00", "0F", "11", "13", "FF"};
@@ -92,7 +92,7 @@ std::string answerOtherwise(Random& random) {
     default: what = random.pick(codes); break;
     }
     const char* prefix = random.pick(prefixes);
-    return words("answer", prefix, random.chance(600) ? 0 : 1, what);
+    return words("reply", prefix, random.chance(600) ? 0 : 1, what);
 }
 
 std::string breakOperations(Random& random, const char* command, std::int64_t within) {
@@ -124,7 +124,7 @@ const FaultRow faultRows[]{
          return {lineFault(random, "fromUnit", "replace", escapedBytes(random.pick(answers)))};
      }},
     {"noise and early answers", flood},
-    {"another answer to commands", [](Random& random) -> Commands { return {answerOtherwise(random)}; }},
+    {"another reply to commands", [](Random& random) -> Commands { return {replyOtherwise(random)}; }},
     {"silence or restart",
      [](Random& random) -> Commands {
          const std::string off = seconds(random.spread(1, fromMilliseconds(100)));
@@ -219,7 +219,7 @@ void drawFaults(Drawing& drawing, int perMille) {
 
 void drawAction(Drawing& drawing) {
     std::vector<Action> actions;
-    for (const Action& action : drawing.session.world().person.possible()) {
+    for (const Action& action : drawing.session.world().theOperator.possible()) {
         const auto weight = std::ranges::find(weights, action.control, &std::pair<std::string_view, int>::first);
         actions.insert(actions.end(), weight == weights.end() ? 1 : static_cast<std::size_t>(weight->second), action);
     }

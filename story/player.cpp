@@ -29,7 +29,7 @@ const std::map<std::string, Kind> lineFaults{
 
 } // namespace
 
-// Performs the commands of scripts in a World.
+// Performs the commands of stories in a World.
 class Session::Player {
   public:
     Player() {
@@ -154,13 +154,13 @@ class Session::Player {
         return action;
     }
     void act(const Action& action) {
-        const std::string refused(world_.host.ended() ? "the program has ended" : world_.person.refusal(action));
+        const std::string refused(world_.host.ended() ? "the program has ended" : world_.theOperator.refusal(action));
         if (!refused.empty()) {
             return recorder_.addLine("refused: " + refused);
         }
         run([&] {
             beginAction(action);
-            world_.person.perform(action);
+            world_.theOperator.perform(action);
         });
     }
     void beginAction(const Action& action) {
@@ -172,9 +172,9 @@ class Session::Player {
         beginAction({});
         run(program::start);
     }
-    // Something that a person could do now; a seed chooses it.
+    // Something that the operator could do now; a seed chooses it.
     void doAnything(std::uint64_t seed) {
-        const std::vector<Action> actions = world_.person.possible();
+        const std::vector<Action> actions = world_.theOperator.possible();
         if (!faultless_ && !actions.empty()) {
             const Action action = Random(seed).pick(actions);
             recorder_.addLine("! " + action.form + ' ' + action.control);
@@ -267,7 +267,7 @@ class Session::Player {
         comPort.pulledAt = comPort.pulledAt > world_.clock.now() ? never : comPort.pulledAt;
         comPort.backAt = std::min(comPort.backAt, world_.clock.now());
         const UnitOptions usual;
-        unit_.answers.clear();
+        unit_.replies.clear();
         unit_.sendPieces = {};
         unit_.sendDelay = usual.sendDelay;
         unit_.answerLimit = usual.answerLimit;
@@ -315,24 +315,24 @@ class Session::Player {
         world_.image = path == World::firmwarePath ? image : world_.image;
     }
 
-    void answer() {
-        simulator::AnswerRule rule{next(), next<int>()};
+    void reply() {
+        simulator::ReplyRule rule{next(), next<int>()};
         const std::string what = next();
-        simulator::CommandAnswer& answer = rule.answer;
-        answer.ignored = what == "ignored";
-        answer.silent = what == "silent" || answer.ignored;
-        answer.wrongCheck = what == "wrongCheck";
-        answer.delay = what == "delayed" ? duration() : 0;
+        simulator::CommandReply& reply = rule.reply;
+        reply.ignored = what == "ignored";
+        reply.silent = what == "silent" || reply.ignored;
+        reply.wrongCheck = what == "wrongCheck";
+        reply.delay = what == "delayed" ? duration() : 0;
         rule.prefix = rule.prefix == "any" ? "" : rule.prefix;
         if (what == "end") {
-            answer.endCode = next();
+            reply.endCode = next();
         }
         if (what == "data") {
-            answer.data = rest();
+            reply.data = rest();
         } else if (what.size() == 4) {
-            answer.resultCode = what;
+            reply.resultCode = what;
         }
-        unit_.answers.push_back(rule);
+        unit_.replies.push_back(rule);
     }
 
     void fail() {
@@ -456,7 +456,7 @@ class Session::Player {
         {"noise", [this] { makeNoise(); }},
         {"flip", [this] { flip(next<int>()); }},
         // the unit
-        {"answer", [this] { answer(); }},
+        {"reply", [this] { reply(); }},
         {"packets", [this] { packets(next<int>()); }},
         {"send", [this] { send(next<int>()); }},
         {"repair", [this] { repair(); }},

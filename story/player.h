@@ -1,4 +1,4 @@
-// Plays sessions of the whole program on the simulated host, from a script.
+// Plays sessions of the whole program on the simulated host.
 #pragma once
 
 #include "story/monitor.h"
@@ -25,7 +25,7 @@ class Session {
     Session();
     ~Session();
 
-    // Performs the "*" and "." lines of a script, until a rule is violated, and returns them with what is seen.
+    // Performs the "*" and "." lines of a story, until a rule is violated, and returns them with what is seen.
     std::string perform(const std::string& script);
     // The changes of the images and of the saved file.
     std::string end();

@@ -260,7 +260,7 @@ const SessionItem* RecordedHost::due(std::string_view word, Call call) const {
     return item != nullptr && recording_->lines().without(call) >= item->without ? item : nullptr;
 }
 
-// Takes an item and gives its text after the first word.
+// Takes an item and returns its text after the first word.
 std::string RecordedHost::take(const SessionItem& item) {
     now_ += item.passed;
     std::string_view text = item.text;

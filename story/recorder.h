@@ -1,5 +1,5 @@
 // Records a session as text: a line for each event, in order. "x9" means that a line occurs nine times in a row.
-//   >300551010C00 <0000   a command and the code of its answer; packets and their answers in the same way
+//   >300551010C00 <0000   a command and the code of its reply; packets and their answers in the same way
 //   ->                    a "-" for each call of clearReceived before it
 //   +128                  the progress bar has moved by 128
 //   (10.0 s)              nothing happened for this time

@@ -38,9 +38,9 @@ class Link : public testing::Test {
         action();
         return world.clock.now() - before;
     }
-    // The result of a "0501" with this answer of the unit.
-    std::string resultOf(simulator::CommandAnswer answer, bool suppressMessage = false) {
-        world.unit.options().answers = {{"0501", 0, std::move(answer)}};
+    // The result of a "0501" with this reply of the unit.
+    std::string resultOf(simulator::CommandReply special, bool suppressMessage = false) {
+        world.unit.options().replies = {{"0501", 0, std::move(special)}};
         Bytes reply;
         return fncSendCommand("0501", true, reply, 5000, suppressMessage);
     }
@@ -67,7 +67,7 @@ Bytes wrongCheck(const std::string& text) {
 
 TEST_F(Link, SendsCommandFrames) {
     Bytes reply;
-    world.unit.options().answers = {{"", 0, {.silent = true}}};
+    world.unit.options().replies = {{"", 0, {.silent = true}}};
     fncCommand("01az", reply);
     EXPECT_EQ(timeOf([&] { fncReadArea("D5", 0x1AB, 0xCD1, reply, 2000, false); }), fromMilliseconds(2001));
     EXPECT_EQ(session.sent, bytesOf(stx + "0000001AZ\x03\x29" + stx + "000000101D501AB000CD1\x03\x46"));
@@ -77,32 +77,32 @@ TEST_F(Link, SendsCommandFrames) {
 TEST_F(Link, ParsesReplies) {
     const std::string data447(447, 'x');
     const std::string none = "000000000000..";
-    enum End { answered, timedOut, failed };
+    enum End { replied, timedOut, failed };
     struct Row {
         const char* what;
         Bytes reply;
         std::string result;
         std::string stored; // see storedText()
-        End end = answered;
+        End end = replied;
         std::string logged = {}; // from "S:" on
         bool rawData = true;
     };
     const Row rows[] = {
         {"good", frameOf("00000005010000KP42"), "0000", "050100004B503432"},
-        {"good, hexadecimal", frameOf("000000010100000000041a"), "0000", "010100000000041A", answered, "", false},
-        {"hexadecimal, half a byte", frameOf("00000001010000004"), "0000", "0101000000", answered, "", false},
+        {"good, hexadecimal", frameOf("000000010100000000041a"), "0000", "010100000000041A", replied, "", false},
+        {"hexadecimal, half a byte", frameOf("00000001010000004"), "0000", "0101000000", replied, "", false},
         {"other response code", frameOf("00000F05011001"), "1001", "05011001"},
         {"lower-case digits", frameOf("000000050122ab"), "22AB", "050122AB"},
-        {"another command", frameOf("99999900FFFF0000"), "9099", "00FFFF0000", answered, "", false},
+        {"another command", frameOf("99999900FFFF0000"), "9099", "00FFFF0000", replied, "", false},
         {"end code 0f", frameOf("00000f05010000"), "900f", "05010000"},
         {"end code 13, nothing stored", frameOf("000013"), "9999", none, failed},
         {"end code 13 with a command code", frameOf("0000130501"), "9013", "0501"},
         {"end code 11, any check", wrongCheck("000011ABcd"), "9011", "ABCD00000000.."},
-        {"bad check", wrongCheck("000000050100001"), "", "0501000031", answered,
+        {"bad check", wrongCheck("000000050100001"), "", "0501000031", replied,
          "S:True E:True B:True P:True U:4 A:05 01 00 00 31"},
         {"bad check, 0F", wrongCheck("00000F05010000"), "", "05010000"},
         {"bad check, other end code", wrongCheck("0000220501"), "9022", "0501"},
-        {"a right check after a wrong one", bytesOf(stx + "00000005010000\x03\x06\x07\x07"), "", "05010000", answered,
+        {"a right check after a wrong one", bytesOf(stx + "00000005010000\x03\x06\x07\x07"), "", "05010000", replied,
          "S:True E:True B:True P:True U:3 A:05 01 00 00"},
         {"silence", {}, "9999", none, timedOut},
         {"cut short", bytesOf(stx + "00000005"), "", "050000000000..", timedOut,
@@ -135,8 +135,8 @@ TEST_F(Link, ParsesReplies) {
                 shared.commBusy = false;
                 shared.replyBytes.assign(451, 0xEE);
                 world.port.setReadLimit(readLimit);
-                world.unit.options().answers = {
-                    {"", 0, {.reply = row.reply, .silent = row.reply.empty(), .pieces = {piece, fromMilliseconds(3)}}}};
+                world.unit.options().replies = {
+                    {"", 0, {.bytes = row.reply, .silent = row.reply.empty(), .pieces = {piece, fromMilliseconds(3)}}}};
                 Bytes reply;
                 std::string result;
                 const Micros lasted = timeOf([&] {
@@ -165,9 +165,9 @@ TEST_F(Link, ClearsInputAfterAGoodFrameAndPollsTwiceAfterABadOne) {
         bytes.insert(bytes.end(), 6, 'z');
         world.port.setReadLimit(1);
         world.line.setPace(unpaced);
-        resultOf({.reply = bytes});
+        resultOf({.bytes = bytes});
         EXPECT_EQ(world.port.countReceived(), left);
-        resultOf({.reply = frameOf("00000005010000")}); // the remaining bytes are not a part of the next reply
+        resultOf({.bytes = frameOf("00000005010000")}); // the remaining bytes are not a part of the next reply
         EXPECT_EQ(storedText(), "05010000");
     }
 }
@@ -177,7 +177,7 @@ TEST_F(Link, AcceptsAReplyAtTheTimeout) {
     world.unit.options().replyDelay = 0;
     EXPECT_EQ(resultOf({.delay = fromSeconds(5)}), "0000");
     EXPECT_EQ(resultOf({.delay = fromSeconds(5) + fromMilliseconds(1)}), "9999");
-    world.unit.options().answers.clear();
+    world.unit.options().replies.clear();
     Bytes reply;
     EXPECT_EQ(fncSendCommand("0501", true, reply, 0, false), "0000"); // sent in any case
 }
@@ -202,7 +202,7 @@ TEST_F(Link, ReadsTheUnitState) {
     for (const auto& [reply, result, known] : rows) {
         shared.unitStateText = "before";
         shared.sensorCount = 77;
-        world.unit.options().answers = {{"0601", 0, {.reply = frameOf("0000000601" + reply)}}};
+        world.unit.options().replies = {{"0601", 0, {.bytes = frameOf("0000000601" + reply)}}};
         Bytes bytes;
         EXPECT_EQ(fncReadUnitState("0601", bytes), result) << reply;
         EXPECT_EQ(shared.unitStateText + ' ' + std::to_string(shared.sensorCount), known) << reply;
@@ -213,7 +213,7 @@ TEST_F(Link, ReadsTheUnitState) {
 
 TEST_F(Link, ConvertsResultsToNumbers) {
     for (const auto& [code, number] : {std::pair{"0000", 0}, {"2204", 2204}, {"0E00", 8}, {"12AB", 8}}) {
-        world.unit.options().answers = {{"0101", 0, {.resultCode = code}}};
+        world.unit.options().replies = {{"0101", 0, {.resultCode = code}}};
         EXPECT_EQ(FirmComm::fncCheckTarget(), number) << code;
     }
     for (const auto& [code, number] : {std::pair{"0000", 7}, {"", 8}, {"0101", 9}, {"1004", 15}, {"5555", 27}}) {

@@ -164,7 +164,7 @@ class RealFixture : QObject, public SystemFixture {
             const QString text = textOf(*QAccessible::queryAccessibleInterface(seen(name)));
             add(QString(text).remove('\n').toStdString());
         };
-        // sets a caption of this width, in per cent of its area; gives the width in the window, in quarters of the area
+        // sets a caption of this width, in per cent of its area; returns the width in the window, in quarters of the area
         commands["long"] = [this](Text text) {
             Control& control = form.control(text.substr(0, text.find(' ')));
             QWidget* widget = find(control.name);

@@ -32,8 +32,8 @@ class Session {
     // Presses a button of the main window and runs what follows to its end.
     RunEnd press(const char* control) {
         const Action action = click("frmMain", control);
-        EXPECT_EQ(world.person.refusal(action), "") << control;
-        const RunEnd end = world.host.run([&] { world.person.perform(action); });
+        EXPECT_EQ(world.theOperator.refusal(action), "") << control;
+        const RunEnd end = world.host.run([&] { world.theOperator.perform(action); });
         EXPECT_NE(end, RunEnd::stuck) << world.host.stuckReason();
         return end;
     }

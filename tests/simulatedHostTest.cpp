@@ -22,9 +22,9 @@ class SimulatedFixture : World, public contract::Fixture {
         World::host.reactionTime = fromMilliseconds(50);
         World::host.confirmOverwrite = [](const FileRequest&) { return false; };
         commands["input"] = [](Text) {};
-        commands["press"] = [this](Text name) { person.perform(click("form", name)); };
-        commands["choose"] = [this](Text entry) { person.perform(choose("form", "list", std::stoi(entry))); };
-        commands["closeRequest"] = [this](Text) { person.perform(closing("form")); };
+        commands["press"] = [this](Text name) { theOperator.perform(click("form", name)); };
+        commands["choose"] = [this](Text entry) { theOperator.perform(choose("form", "list", std::stoi(entry))); };
+        commands["closeRequest"] = [this](Text) { theOperator.perform(closing("form")); };
         commands["later"] = [this](Text wait) { World::host.schedule(after(wait), [this] { add("later"); }); };
         commands["ok"] = [this](Text) { answer = boxAnswer::ok; };
         commands["escape"] = [this](Text) { answer = boxAnswer::cancel; };
@@ -119,7 +119,7 @@ TEST_F(SimulatedHostTest, DelaysBytesOnTheLine) {
     world.port.write(Bytes{0x03, 0x03}); // ends the frame: STX 0 0 0 ETX check
     desk.sleep(20);
     EXPECT_EQ(world.unit.journal().frames.at(0).text, "000");
-    EXPECT_EQ(world.person.possible().size(), 10u); // 6 clicks, 3 entries, the close box
+    EXPECT_EQ(world.theOperator.possible().size(), 10u); // 6 clicks, 3 entries, the close box
 }
 
 TEST_F(SimulatedHostTest, RecordsViolations) {

@@ -1,4 +1,4 @@
-// Whole sessions: each script in tests/stories/ plays as it is written there (story/player.h). After an intended change
+// Whole sessions: each story in tests/stories/ plays as it is written there (story/player.h). After an intended change
 // `tarnbeacon-story` prints the new file.
 #include "story/player.h"
 

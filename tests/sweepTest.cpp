@@ -118,7 +118,7 @@ class EachOperation : public testing::TestWithParam<int> {
         if (session.start() == RunEnd::programEnded) {
             return;
         }
-        EXPECT_FALSE(session.world.person.possible().empty()) << "nothing is on the screen";
+        EXPECT_FALSE(session.world.theOperator.possible().empty()) << "nothing is on the screen";
         if (frmMain().visible) {
             session.press("cmdLoading");
             writeSucceeds(session);

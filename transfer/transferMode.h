@@ -17,7 +17,7 @@ std::string fncStartTransfer(const std::string& operation);
 // window.
 void subEndTransfer();
 
-// Sends CAN ten times; stops when the port is gone or `underWay` gives false.
+// Sends CAN ten times; stops when the port is gone or `underWay` returns false.
 void subSendCancel(bool (*underWay)());
 
 // Breaks off the transfer because the system ends the program: CAN, "54", "53". Then ends the program.

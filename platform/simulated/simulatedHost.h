@@ -1,4 +1,4 @@
-// A host on a virtual clock: one thread, no real windows; the same script gives the same run.
+// A host on a virtual clock: one thread, no real windows; the same events make the same run.
 #pragma once
 
 #include "platform/host.h"

@@ -35,7 +35,7 @@ struct World {
     SimulatedLine line;
     SimulatedPort port{clock};
     SimulatedHost host{clock, port, files};
-    ScriptedOperator person{host};
+    ScriptedOperator theOperator{host};
     Bytes image; // of the sample firmware
 };
 

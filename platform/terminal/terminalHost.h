@@ -17,14 +17,14 @@ struct TerminalOperator {
     std::optional<std::int16_t> portNumber; // instead of Setting.INI's
     std::string device;                     // of that port; empty: by Setting.INI, or the default of the system
 
-    std::function<int(const Message&)> answer; // shows a box and gives its answer
+    std::function<int(const Message&)> answer; // shows a box and returns its answer
     // The path for a dialog, and an empty one to cancel it.
     std::function<std::string(const FileDialog&)> openPath, savePath;
     std::function<void(double value, double max)> progress; // of the visible bar, at most every 100 ms
     // Runs some ten times a second while the program waits; `events`: window events may run, and it may throw.
     std::function<void(bool events)> waiting;
     std::function<void(bool on)> transfer; // a transfer begins or is over
-    // The program ends the process; gives the exit code for that.
+    // The program ends the process; returns the exit code for that.
     std::function<int(int exitCode)> ended;
 };
 

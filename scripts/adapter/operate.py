@@ -65,8 +65,8 @@ def kindOf(window):
 def front():
     """The kind of the window in front and the window; empty if there is none that can be used."""
     try:
-        shown = {kindOf(window): window for program in children(desktop) if program.get_process_id() == tool.pid
-                 for window in children(program) if has(window, Atspi.StateType.SHOWING)}
+        shown = {kindOf(window): window for application in children(desktop) if application.get_process_id() == program.pid
+                 for window in children(application) if has(window, Atspi.StateType.SHOWING)}
     except (GLib.Error, StopIteration, AttributeError, TypeError):  # busy, or a window has closed meanwhile
         return {}
     kind = next((kind for kind in ("alert", "tree", "progress bar", "main", "choice") if kind in shown), None)
@@ -130,26 +130,26 @@ def answerBoxes(last, back="main", shot=None):
 
 
 def picture(name):
-    """Of the whole screen, with the windows of this operator's tool above all others."""
-    subprocess.run(f"for window in $(xdotool search --onlyvisible --pid {tool.pid}); do xdotool windowraise $window; done;"
+    """Of the whole screen, with the windows of this operator's program above all others."""
+    subprocess.run(f"for window in $(xdotool search --onlyvisible --pid {program.pid}); do xdotool windowraise $window; done;"
                    f" import -window root {root}/screenshots/adapter/{name}.png", shell=True, check=False)
 
 
-def startTool(preset, number):
-    global tool
+def startProgram(preset, number):
+    global program
     shutil.rmtree(home, ignore_errors=True)
     home.mkdir(0o700)
     for file in (root / f"build/{preset}/app/tarnbeacon", root / "packaging/TYPE.INI", work / "sample.bin"):
         shutil.copy(file, home)
     (home / "Setting.INI").write_text(f"[IFU]\nCOM={number}\n")
     os.chown(home, nobody, nobody)
-    tool = subprocess.Popen([home / "tarnbeacon"], cwd=home, user=nobody, group=nobody, extra_groups=[dialout],
+    program = subprocess.Popen([home / "tarnbeacon"], cwd=home, user=nobody, group=nobody, extra_groups=[dialout],
                             env={**os.environ, "HOME": home, "XDG_RUNTIME_DIR": home})
 
 
-def endTool():
+def endProgram():
     press(see("main"), "End")
-    tool.wait(60)
+    program.wait(60)
 
 
 def isHeld(device):
@@ -165,7 +165,7 @@ def sendToEmulator(command):
 def pull(device, held=False):
     sendToEmulator("device_del adapter")
     until("the device to go", lambda: not os.path.exists(device))
-    until("the tool to let go of it", lambda: held or not isHeld(device), 10)
+    until("the program to let go of it", lambda: held or not isHeld(device), 10)
 
 
 def plug(unit, device):

@@ -17,7 +17,7 @@ packetLostText = rf"COM6 \({usbDevice}\): the device has gone away \| Applicatio
 
 
 def startAtClosedPort(driver, tried, number, box):
-    startTool("release", number)
+    startProgram("release", number)
     expect(driver, tried, "a box says so, then port choice", answerBoxes("Please check.", "choice"),
            rf"{box} \| {timeOut} \| {wrongSetup}")
 
@@ -77,13 +77,13 @@ def upgrade(driver, tried, unit, afterPull=False):
 
 
 def end(driver, device, off):
-    endTool()
+    endProgram()
     expect(driver, "low latency after the end", off, latency(device))
 
 
 def paced(driver, device, number, unit):
     admit(device)
-    startTool("release", number)
+    startProgram("release", number)
     load()
     upgrade(driver, "an upgrade at the speed of the line", unit)
     picture(f"{driver}-upgraded")
@@ -169,7 +169,7 @@ def usb():
 def service(driver):
     pull(usbDevice)
     plug("silent", usbDevice)
-    startTool("service", 6)
+    startProgram("service", 6)
     until("the program to open the port", lambda: isHeld(usbDevice))
     time.sleep(1)
     pull(usbDevice)

@@ -30,23 +30,23 @@ Micros durationOf(std::string_view option, std::string_view text) {
 }
 
 // [PREFIX:]N=CODE, or N=silence.
-AnswerRule ruleOf(std::string_view option, std::string_view text) {
+ReplyRule ruleOf(std::string_view option, std::string_view text) {
     const std::size_t equals = text.find('=');
     if (equals == std::string_view::npos) {
         refuse(option, text);
     }
     const std::string_view which = text.substr(0, equals);
-    const std::string_view answer = text.substr(equals + 1);
+    const std::string_view reply = text.substr(equals + 1);
     const std::size_t colon = which.find(':');
-    AnswerRule rule;
+    ReplyRule rule;
     if (colon != std::string_view::npos) {
         rule.prefix = which.substr(0, colon);
     }
     rule.occurrence = numberOf(option, which.substr(colon == std::string_view::npos ? 0 : colon + 1), 1'000'000);
-    if (answer == "silence") {
-        rule.answer.silent = rule.answer.ignored = true;
-    } else if (answer.size() == 4) {
-        rule.answer.resultCode = answer;
+    if (reply == "silence") {
+        rule.reply.silent = rule.reply.ignored = true;
+    } else if (reply.size() == 4) {
+        rule.reply.resultCode = reply;
     } else {
         refuse(option, text);
     }
@@ -96,7 +96,7 @@ const std::map<std::string, Option, std::less<>> knownOptions{
      {true, [](auto& o, Text n, Text v) { o.unit.typeKey = v.size() == 1 ? v[0] : (refuse(n, v), ' '); }}},
     {"--checksum", {false, [](auto& o, Text, Text) { o.unit.crc = false; }}},
     {"--silent", {false, [](auto& o, Text, Text) { o.unit.silentFrom = 0; }}},
-    {"--answer", {true, [](auto& o, Text n, Text v) { o.unit.answers.push_back(ruleOf(n, v)); }}},
+    {"--reply", {true, [](auto& o, Text n, Text v) { o.unit.replies.push_back(ruleOf(n, v)); }}},
     {"--reply-delay", {true, [](auto& o, Text n, Text v) { o.unit.replyDelay = durationOf(n, v); }}},
     {"--packet-delay", {true, [](auto& o, Text n, Text v) { o.unit.packetDelay = durationOf(n, v); }}},
     {"--no-answer",
@@ -136,7 +136,7 @@ Properties of the unit:
 
 Behaviour:
   --reply-delay MS        from a command to its reply (2)
-  --answer [PREFIX:]N=CODE  answer the N-th command (0: each) that begins with PREFIX with this result code of
+  --reply [PREFIX:]N=CODE reply to the N-th command (0: each) that begins with PREFIX with this result code of
                           four digits, or with "silence"; may be given more than once
   --silent                receive and send nothing
   --checksum              receive with checksums instead of CRC

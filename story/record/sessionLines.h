@@ -61,7 +61,7 @@ class SessionSink {
 
 class SessionLines {
   public:
-    // `clock` gives the present time in milliseconds.
+    // `clock` returns the present time in milliseconds.
     SessionLines(SessionSink& sink, std::function<std::int64_t()> clock);
 
     // A line of what the program did.

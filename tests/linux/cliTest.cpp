@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Performs the commands in a new folder and gives them with what they print.
+// Performs the commands in a new folder and returns them with what they print.
 std::string perform(const std::string& story, const fs::path& folder) {
     std::ofstream script(folder / "script");
     script << "exec 2>&1\n. " SOURCES "tests/linux/cliSession.sh\n";
