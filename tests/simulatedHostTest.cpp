@@ -44,7 +44,7 @@ class SimulatedFixture : World, public contract::Fixture {
         commands["break"] = [this](Text) { fails(World::files.operations(), Operation::closeFile); };
         commands["give"] = [this](Text text) { line.put(Direction::fromUnit, bytes(text), after("0")); };
         commands["arrived"] = [this](Text count) {
-            addBytes(std::span(sent).first(std::min(sent.size(), std::stoul(count))));
+            addBytes(std::span(sent).first(std::min<std::size_t>(sent.size(), std::stoul(count))));
             sent.clear();
         };
         commands["stream"] = [this](Text length) {
