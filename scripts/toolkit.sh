@@ -13,6 +13,7 @@ toolkitFeaturesOff=(
     system_doubleconversion system_freetype system_harfbuzz system_jpeg system_pcre2 system_png system_zlib
 )
 toolkitOptions=(
+    -DCMAKE_INSTALL_PREFIX=/toolkit # in the libraries, so the same for each user; it is installed below another folder
     -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF -DBUILD_WITH_PCH=ON -DFEATURE_static_runtime=ON
     -DQT_BUILD_EXAMPLES=OFF -DQT_BUILD_TESTS=OFF -DQT_FORCE_BUILD_TOOLS=OFF -DINPUT_opengl=no
     -DQT_QMAKE_TARGET_MKSPEC=win32-g++
@@ -48,17 +49,21 @@ needToolkit() {
     exec {lock}>&-
 }
 
-# Uses the variables of needToolkit. What a build that was broken off has finished is in the folder `work`.
+# Uses the variables of needToolkit. What a build that was broken off has finished is in the folder `work`. The libraries
+# do not depend on that folder, nor on the date.
 buildToolkit() {
+    local map="-ffile-prefix-map=$work=." SOURCE_DATE_EPOCH
     say "Building Qt $version for Windows in $work; this takes up to half an hour, and is done once"
     [[ -d $work/source ]] || fetchSource "$version" "$work"
     say "  configuring"
-    quietly cmake -S "$work/source" -B "$work/build" -G Ninja -DCMAKE_INSTALL_PREFIX="$work/installed" \
+    SOURCE_DATE_EPOCH="$(dpkg-parsechangelog -l "$work/source/debian/changelog" -S Timestamp)"
+    export SOURCE_DATE_EPOCH
+    quietly cmake -S "$work/source" -B "$work/build" -G Ninja -DCMAKE_C_FLAGS="$map" -DCMAKE_CXX_FLAGS="$map" \
         -DCMAKE_TOOLCHAIN_FILE="$toolchain" -DQT_HOST_PATH=/usr \
         -DQT_HOST_PATH_CMAKE_DIR="/usr/lib/$(dpkg-architecture -q DEB_HOST_MULTIARCH)/cmake" "${toolkitOptions[@]}"
     showProgress "$work/build.log" cmake --build "$work/build"
-    quietly cmake --install "$work/build" --strip
-    mv "$work/installed" "$toolkit" # it can be moved
+    quietly env DESTDIR="$work/installed" cmake --install "$work/build" --strip
+    mv "$work/installed/toolkit" "$toolkit" # it can be moved
     rm -rf "$work"
 }
 

@@ -94,7 +94,11 @@ std::string programDirectory() {
 }
 
 std::string systemName() {
-    return "Windows";
+    OSVERSIONINFOW version{};
+    version.dwOSVersionInfoSize = sizeof version;
+    ::GetVersionExW(&version); // the true one, because the manifest names this Windows
+    return "Windows " + std::to_string(version.dwMajorVersion) + '.' + std::to_string(version.dwMinorVersion) + '.' +
+           std::to_string(version.dwBuildNumber);
 }
 
 void stopProcess(int exitCode) {
