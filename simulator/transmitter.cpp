@@ -23,8 +23,4 @@ void Transmitter::release(Micros now) {
     }
 }
 
-std::optional<Micros> Transmitter::due() const {
-    return queue_.empty() ? std::nullopt : std::optional(queue_.front().at);
-}
-
 } // namespace simulator

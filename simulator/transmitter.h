@@ -3,7 +3,6 @@
 #include "simulator/unitOptions.h"
 
 #include <deque>
-#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -28,7 +27,7 @@ class Transmitter {
     // Discards the bytes that are not due yet.
     void drop() { queue_.clear(); }
 
-    std::optional<Micros> due() const;
+    Micros due() const { return queue_.empty() ? never : queue_.front().at; }
 
     // The output since the last call.
     std::vector<Output> take() { return std::exchange(released_, {}); }

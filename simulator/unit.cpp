@@ -243,34 +243,31 @@ void Unit::keepReceivedImage() {
     }
 }
 
-std::optional<Micros> Unit::due() const {
-    auto next = dueByItself();
-    if (const auto output = transmitter_.due(); output && (!next || *output < *next)) {
-        next = output;
-    }
-    return next && silentAt(*next) ? std::nullopt : next;
+Micros Unit::due() const {
+    const Micros next = std::min(dueByItself(), transmitter_.due());
+    return silentAt(next) ? never : next;
 }
 
-std::optional<Micros> Unit::dueByItself() const {
+Micros Unit::dueByItself() const {
     if (frame_.receiving()) {
         return frameByteAt_ + options_.interByteLimit;
     }
     switch (mode_) {
     case Mode::receiving: return receiver_.due();
     case Mode::sending: return sender_.due();
-    default: return std::nullopt;
+    default: return never;
     }
 }
 
 void Unit::advance(Micros now) {
-    for (auto next = due(); next && *next <= now; next = due()) {
-        latest_ = std::max(latest_, *next); // a frame that is being received delays other actions
+    for (Micros next = due(); next <= now; next = due()) {
+        latest_ = std::max(latest_, next); // a frame that is being received delays other actions
         step(latest_);
     }
 }
 
 void Unit::step(Micros now) {
-    if (const auto next = dueByItself(); next && *next <= now) {
+    if (dueByItself() <= now) {
         if (frame_.receiving()) {
             dropFrame(now);
         } else if (mode_ == Mode::receiving) {

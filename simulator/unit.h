@@ -8,7 +8,6 @@
 #include "simulator/xmodemReceiver.h"
 #include "simulator/xmodemSender.h"
 
-#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -39,8 +38,8 @@ class Unit {
     // Runs everything that the unit does by itself up to `now`.
     void advance(Micros now);
 
-    // Time at which `advance` has something to do next.
-    std::optional<Micros> due() const;
+    // Time at which `advance` has something to do next; `never` without one.
+    Micros due() const;
 
     // The output of the unit since the last call, in order.
     std::vector<Output> takeOutput() { return transmitter_.take(); }
@@ -73,7 +72,7 @@ class Unit {
     void takeFrame(Micros now);
     void dropFrame(Micros now);
     void step(Micros now);
-    std::optional<Micros> dueByItself() const;
+    Micros dueByItself() const;
 
     void takeCommand(const std::string& command, Micros now);
     const CommandReply* specialReply(const std::string& command);

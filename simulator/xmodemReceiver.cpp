@@ -71,17 +71,17 @@ void XmodemReceiver::takeNoise(Micros now) {
     }
 }
 
-std::optional<Micros> XmodemReceiver::due() const {
+Micros XmodemReceiver::due() const {
     switch (phase_) {
     case Phase::waiting: return waitEnd_;
     case Phase::packet:
     case Phase::purging: return lastByteAt_ + options_.interByteLimit;
-    default: return std::nullopt;
+    default: return never;
     }
 }
 
 void XmodemReceiver::advance(Micros now) {
-    if (const auto next = due(); !next || *next > now) {
+    if (due() > now) {
         return;
     }
     if (!packetSeen_) {

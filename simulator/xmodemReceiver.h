@@ -5,7 +5,6 @@
 #include "simulator/unitOptions.h"
 
 #include <array>
-#include <optional>
 #include <span>
 
 namespace simulator {
@@ -28,7 +27,7 @@ class XmodemReceiver {
     void takeNoise(Micros now);
 
     void advance(Micros now);
-    std::optional<Micros> due() const;
+    Micros due() const;
 
     // False while a packet is being received: an STX is then data.
     bool betweenPackets() const { return phase_ != Phase::packet; }

@@ -104,12 +104,8 @@ void XmodemSender::sendPacket(Micros now) {
     nextAt_ = now + options_.sendDelay;
 }
 
-std::optional<Micros> XmodemSender::due() const {
-    return phase_ == Phase::ended ? std::nullopt : std::optional(nextAt_);
-}
-
 void XmodemSender::advance(Micros now) {
-    if (phase_ == Phase::ended || nextAt_ > now) {
+    if (due() > now) {
         return;
     }
     switch (phase_) {

@@ -4,7 +4,6 @@
 #include "simulator/transmitter.h"
 #include "simulator/unitOptions.h"
 
-#include <optional>
 #include <span>
 
 namespace simulator {
@@ -21,7 +20,7 @@ class XmodemSender {
 
     void receive(std::uint8_t byte, Micros now);
     void advance(Micros now);
-    std::optional<Micros> due() const;
+    Micros due() const { return phase_ == Phase::ended ? never : nextAt_; }
 
     // Complete, cancelled, or ended because no answer came.
     bool ended() const { return phase_ == Phase::ended; }

@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <sstream>
+#include <utility>
 
 namespace soak {
 
@@ -28,16 +30,10 @@ constexpr std::array<std::pair<std::string_view, int>, 6> weights{
 
 template <class... Parts>
 std::string words(const Parts&... parts) {
-    std::string text;
-    const auto add = [&](const auto& part) {
-        if constexpr (std::is_arithmetic_v<std::decay_t<decltype(part)>>) {
-            text += ' ' + std::to_string(part);
-        } else {
-            text += ' ' + std::string(part);
-        }
-    };
-    (add(parts), ...);
-    return text.substr(1);
+    std::ostringstream text;
+    const char* blank = "";
+    ((text << std::exchange(blank, " ") << parts), ...);
+    return text.str();
 }
 
 // A time that the commands read, in seconds.
@@ -120,8 +116,14 @@ const FaultRow faultRows[]{
     {"another answer to packets",
      [](Random& random) -> Commands {
          using namespace simulator;
-         const Bytes answers[]{{ack}, {nak}, {can, can}, {can, ack}, {eot}, {crcStart}};
+         const Bytes answers[]{{ack}, {nak}, {can}, {can, can}, {can, ack}, {can, nak}, {eot}, {crcStart}};
          return {lineFault(random, "fromUnit", "replace", escapedBytes(random.pick(answers)))};
+     }},
+    {"NAK after NAK, and between them CAN",
+     [](Random& random) -> Commands {
+         const std::int64_t last = random.between(9, 30);
+         return {words("line fromUnit replace", last, 1000, escapedBytes({simulator::nak})),
+                 words("line fromUnit replace", last, 100, escapedBytes({simulator::can}))};
      }},
     {"noise and early answers", flood},
     {"another reply to commands", [](Random& random) -> Commands { return {replyOtherwise(random)}; }},
@@ -142,6 +144,11 @@ const FaultRow faultRows[]{
      [](Random& random) -> Commands { return {words("answerLimit", spreadTime(random, 50, 2500))}; }},
     {"EOT sent once", [](Random&) -> Commands { return {"oneEnd"}; }},
     {"port fails", [](Random& random) -> Commands { return {breakOperations(random, "failPort", 64)}; }},
+    {"an operation of the port fails",
+     [](Random& random) -> Commands {
+         constexpr std::array operations{"writePort", "clearReceived", "countReceived", "readPort"};
+         return {words("fail", random.pick(operations), random.spread(1, 8))};
+     }},
     {"adapter pulled",
      [](Random& random) -> Commands {
          const Micros pulled = random.spread(1, fromMilliseconds(200));
@@ -168,14 +175,14 @@ struct Drawing {
     explicit Drawing(std::uint64_t seed) : random(seed), result{words("==", "seed", seed) + '\n', {}, {}, 0} {}
 
     void add(char mark, const std::string& command) {
-        if (session.goesOn()) {
-            result.story += session.perform(mark + (' ' + command) + '\n');
+        if (session->goesOn()) {
+            result.story += session->perform(mark + (' ' + command) + '\n');
         }
     }
     void event(const std::string& command) { add('.', command); }
 
     Random random;
-    story::Session session;
+    std::unique_ptr<story::Session> session = story::newSession();
     Result result;
 };
 
@@ -219,7 +226,7 @@ void drawFaults(Drawing& drawing, int perMille) {
 
 void drawAction(Drawing& drawing) {
     std::vector<Action> actions;
-    for (const Action& action : drawing.session.world().theOperator.possible()) {
+    for (const Action& action : drawing.session->world().theOperator.possible()) {
         const auto weight = std::ranges::find(weights, action.control, &std::pair<std::string_view, int>::first);
         actions.insert(actions.end(), weight == weights.end() ? 1 : static_cast<std::size_t>(weight->second), action);
     }
@@ -238,7 +245,7 @@ Result runSession(std::uint64_t seed) {
     drawWorld(drawing);
     drawFaults(drawing, 100);
     drawing.add('*', "start");
-    for (std::int64_t actions = random.between(2, 6); actions > 0 && drawing.session.goesOn(); --actions) {
+    for (std::int64_t actions = random.between(2, 6); actions > 0 && drawing.session->goesOn(); --actions) {
         drawFaults(drawing, 700);
         drawing.event(words("dialog", random.pick(loadPaths)));
         drawing.event(words("save", random.pick(savePaths)));
@@ -246,13 +253,13 @@ Result runSession(std::uint64_t seed) {
     }
     drawing.add('*', seed % 2 == 0 ? "finish write" : "finish save");
     Result& result = drawing.result;
-    result.story += drawing.session.end();
-    const story::Monitor& monitor = *drawing.session.monitor();
+    result.story += drawing.session->end();
+    const story::Monitor& monitor = *drawing.session->monitor();
     result.violation = monitor.violations.empty() ? "" : monitor.violations.front();
     for (const auto& [end, count] : monitor.counts) {
         result.counts[end] += count;
     }
-    result.virtualTime = drawing.session.world().clock.now();
+    result.virtualTime = drawing.session->world().clock.now();
     return result;
 }
 

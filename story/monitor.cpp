@@ -2,6 +2,7 @@
 
 #include "startup/startUpWindow.h"
 #include "state/variables.h"
+#include "story/recorder.h"
 #include "texts/language.h"
 #include "texts/stringTable.h"
 #include "transfer/programState.h"
@@ -9,6 +10,8 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <numeric>
 #include <regex>
 
 namespace story {
@@ -81,6 +84,14 @@ Micros replyLimit(const std::string& messages) {
     return std::string_view("isvt").find(last) != std::string_view::npos    ? commandLimit
            : std::string_view("pwrxc").find(last) != std::string_view::npos ? operationLimit
                                                                             : 0;
+}
+
+// A whole reply with the code of success.
+bool acceptsCommand(const Bytes& reply) {
+    constexpr std::size_t code = 11; // its place, behind STX, address, end code and command
+    const std::uint8_t check = std::accumulate(reply.begin() + 1, reply.end(), std::uint8_t{0}, std::bit_xor());
+    return reply.size() >= code + 6 && check == 0 &&
+           std::string(reply.begin() + code, reply.begin() + code + 4) == "0000";
 }
 
 bool isSuccess(const Box& box) {
@@ -183,6 +194,7 @@ void Monitor::transmitted(const Transmission& transmission) {
         if (frame && (blocks_ > 0 || messages_.ends_with("rn") || messages_.ends_with("rr"))) {
             disturb(world_.clock.now()); // the reply to an earlier command
         }
+        accepted_ = accepted_ || (frame && acceptsCommand(transmission.bytes));
         return;
     }
     if (!frame || before_ != Operation::writePort) {
@@ -203,6 +215,11 @@ void Monitor::checkMessage(char letter, std::uint8_t number) {
     if (!heard_ && !portBad() && !quietFor(replyLimit(messages_))) {
         violation("the tool does not wait for a reply");
     }
+    const std::string step = messages_.empty() ? "" : std::string{messages_.back(), letter};
+    if ((step == "pw" || step == "wb" || step == "rn") && !accepted_ && disturbedUntil_ < begun_) {
+        violation("the tool goes on, and the unit has refused");
+    }
+    accepted_ = false;
     if (letter == 'w' || letter == 'r') {
         journal_ = world_.unit.journal();
         faultsApplied_ = 0;
@@ -260,7 +277,6 @@ bool Monitor::senderMayEnd() const {
 }
 
 void Monitor::byteRead(std::uint8_t byte) {
-    countLineFaults();
     answer_ = byte;
     heard_ = true;
     quietSince_ = world_.clock.now();
@@ -276,6 +292,7 @@ void Monitor::byteRead(std::uint8_t byte) {
     if (sending && byte == ack &&
         (messages_.ends_with('e') ? world_.unit.journal().ends == journal_.ends : accepted < blocks_)) {
         falseAck_ = true;
+        countLineFaults();
         if (!repeated_ && disturbedUntil_ < begun_) {
             violation("the tool takes an ACK for what the unit has not accepted");
         }
@@ -330,19 +347,16 @@ void Monitor::eventRan() {
     if (form == nullptr) {
         return;
     }
-    const std::int32_t state = shared.programState;
-    using namespace FirmComm::state;
-    const bool resting = state == idle || state == idleAfterWrite || state == verified;
     if (form->CommTimer.running()) {
-        if (resting || !world_.host.keptAwake()) {
+        if (atRest() || !world_.host.keptAwake()) {
             violation("nothing is under way, and CommTimer runs; or the computer may sleep between two steps");
         }
         return;
     }
     // Nothing runs, so the operator must be able to go on.
-    if (!resting || !form->enabled || form->mousePointer == MousePointer::hourglass || frmWaitLoaded() ||
-        world_.host.keptAwake() || shared.verifying || (state == verified && shared.serialPort != nullptr)) {
-        violation("nothing runs, but the windows are not idle");
+    const bool portKept = shared.programState == FirmComm::state::verified && shared.serialPort != nullptr;
+    if (const std::string found = obstaclesIn(world_); !found.empty() || shared.verifying || portKept) {
+        violation("nothing runs, but the windows are not idle: " + found);
     }
     endOperation();
 }

@@ -65,7 +65,7 @@ class Monitor {
     std::size_t blocks_ = 0;                                                // sent, each once
     std::uint8_t answer_ = 0;                                               // the last byte since the last packet
     bool repeated_ = false, falseAck_ = false;                              // packets; an ACK
-    bool stopped_ = false, heard_ = false;                                  // by a failure of the port
+    bool stopped_ = false, heard_ = false, accepted_ = false; // by a failure of the port; any byte; a command
     int failures_ = 0, cancels_ = 0, unknown_ = 0; // NAKs and time-outs of the packet, CANs, other start bytes
     Micros quietSince_ = 0;                        // the last byte of either side
     // The session.

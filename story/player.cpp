@@ -27,10 +27,8 @@ const std::map<std::string, Kind> lineFaults{
     {"insert", Kind::insert}, {"cut", Kind::cut},         {"drop", Kind::drop},
     {"repeat", Kind::repeat}, {"replace", Kind::replace}, {"delay", Kind::delay}};
 
-} // namespace
-
 // Performs the commands of stories in a World.
-class Session::Player {
+class Player : public Session {
   public:
     Player() {
         recorder_.messageBegins = [this] { messageBegins(); };
@@ -39,17 +37,17 @@ class Session::Player {
         };
     }
 
-    World& world() { return world_; }
-    const Monitor* monitor() const { return monitor_ ? &*monitor_ : nullptr; }
-    bool goesOn() const { return !world_.host.ended() && (!monitor_ || monitor_->violations.empty()); }
+    World& world() override { return world_; }
+    const Monitor* monitor() const override { return monitor_ ? &*monitor_ : nullptr; }
+    bool goesOn() const override { return !world_.host.ended() && (!monitor_ || monitor_->violations.empty()); }
 
-    std::string end() {
+    std::string end() override {
         return change("amplifier", before_[1], unit_.amplifierImage) +
                change("interface unit", before_[0], unit_.interfaceUnitImage) +
                change("saved.bin", {}, bytesOf(content(World::savedPath)));
     }
 
-    std::string perform(const std::string& script) {
+    std::string perform(const std::string& script) override {
         std::string played;
         std::istringstream lines(script);
         for (std::string line; std::getline(lines, line) && (!monitor_ || monitor_->violations.empty());) {
@@ -277,7 +275,10 @@ class Session::Player {
     void breakOperations(OperationGate& gate, int failure) {
         const std::int64_t n = gate.passed() + next<int>();
         const auto lasting = next() == "forever" ? Persistence::permanent : Persistence::once;
-        gate.add([this, fail = failNthOfAll(n, lasting, Failure(failure, "It broke."))](const OperationCall& call) {
+        addFailure(gate, failNthOfAll(n, lasting, {failure, "It broke."}));
+    }
+    void addFailure(OperationGate& gate, const OperationHook& fail) {
+        gate.add([this, fail](const OperationCall& call) {
             if (!faultless_) {
                 fail(call);
             }
@@ -336,11 +337,15 @@ class Session::Player {
     }
 
     void fail() {
-        const Operation operation = operations.at(next());
+        const auto named = std::ranges::find(operationNames, next());
+        if (named == operationNames.end()) {
+            throw std::invalid_argument("No such operation");
+        }
+        const auto operation = static_cast<Operation>(named - operationNames.begin());
         const int n = std::max(1, next<int>());
         for (OperationGate* gate : {&world_.port.operations(), &world_.files.operations()}) {
-            gate->add(failNth(operation, gate->passed(operation) + n, Persistence::once,
-                              {failureNumber::portLost, "It broke."}));
+            addFailure(*gate, failNth(operation, gate->passed(operation) + n, Persistence::once,
+                                      {failureNumber::portLost, "It broke."}));
         }
     }
 
@@ -482,23 +487,10 @@ class Session::Player {
     };
 };
 
-Session::Session() : player_(std::make_unique<Player>()) {}
-Session::~Session() = default;
+} // namespace
 
-std::string Session::perform(const std::string& script) {
-    return player_->perform(script);
-}
-std::string Session::end() {
-    return player_->end();
-}
-bool Session::goesOn() const {
-    return player_->goesOn();
-}
-World& Session::world() {
-    return player_->world();
-}
-const Monitor* Session::monitor() const {
-    return player_->monitor();
+std::unique_ptr<Session> newSession() {
+    return std::make_unique<Player>();
 }
 
 std::string play(const std::string& file) {
@@ -513,10 +505,10 @@ std::string play(const std::string& file) {
             played += text + RecordedHost(script).play();
             continue;
         }
-        Session session;
-        session.perform(blocks.front());
-        text += session.perform(script);
-        text += session.end();
+        const auto session = newSession();
+        session->perform(blocks.front());
+        text += session->perform(script);
+        text += session->end();
         for (std::size_t block = 1; block < blocks.size(); ++block) {
             const std::size_t bodyAt = blocks[block].find('\n');
             const std::string name = "\n:: " + blocks[block].substr(3, bodyAt - 2);

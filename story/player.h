@@ -22,22 +22,21 @@ std::string play(const std::string& file);
 // One story, for a caller that draws its lines one after the other.
 class Session {
   public:
-    Session();
-    ~Session();
+    Session() = default;
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+    virtual ~Session() = default;
 
     // Performs the "*" and "." lines of a story, until a rule is violated, and returns them with what is seen.
-    std::string perform(const std::string& script);
+    virtual std::string perform(const std::string& script) = 0;
     // The changes of the images and of the saved file.
-    std::string end();
+    virtual std::string end() = 0;
     // The program has not ended, and no rule is violated.
-    bool goesOn() const;
+    virtual bool goesOn() const = 0;
 
-    platform::World& world();
-    const Monitor* monitor() const; // nullptr before the line ". rules"
-
-  private:
-    class Player;
-    std::unique_ptr<Player> player_;
+    virtual platform::World& world() = 0;
+    virtual const Monitor* monitor() const = 0; // nullptr before the line ". rules"
 };
+std::unique_ptr<Session> newSession();
 
 } // namespace story

@@ -310,11 +310,6 @@ std::string RecordedHost::play() {
     return played_ + rest_;
 }
 
-Form* RecordedHost::formOf(const std::string& name) const {
-    const auto at = std::ranges::find(forms_, name, [](const Form* form) { return form->name; });
-    return at == forms_.end() ? nullptr : *at;
-}
-
 void RecordedHost::unload(Form& form) {
     std::erase(forms_, &form);
     form.visible = false;

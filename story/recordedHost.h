@@ -75,7 +75,6 @@ class RecordedHost final : public platform::Host, public SessionSink {
     void idle();
     void wait(std::int64_t until);
     void showDialog(platform::FileDialog& dialog);
-    platform::Form* formOf(const std::string& name) const;
 
     std::string head_;
     std::vector<SessionItem> items_;

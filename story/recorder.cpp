@@ -3,26 +3,18 @@
 #include "base/checked.h"
 #include "base/text.h"
 #include "state/variables.h"
+#include "story/parts.h"
 #include "story/record/text.h"
 #include "transfer/programState.h"
 #include "ui/forms.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 
 namespace story {
 
 using namespace platform;
-
-const std::map<std::string, Operation> operations{
-    {"choosePort", Operation::choosePort},   {"setSettings", Operation::setSettings},
-    {"openPort", Operation::openPort},       {"setBufferSizes", Operation::setBufferSizes},
-    {"clearUnsent", Operation::clearUnsent}, {"closePort", Operation::closePort},
-    {"openFile", Operation::openFile},       {"readFile", Operation::readFile},
-    {"writeFile", Operation::writeFile},     {"closeFile", Operation::closeFile},
-    {"appendLine", Operation::appendLine},   {"readPort", Operation::readPort}, // the last two are not recorded
-    {"writePort", Operation::writePort},
-};
 
 namespace {
 
@@ -34,6 +26,12 @@ const Shown& shown(const World& world, const char* name) {
     return loaded == nullptr ? none : static_cast<const Shown&>(*loaded);
 }
 
+// The operations that have a line.
+constexpr std::array recorded{Operation::choosePort, Operation::setSettings,    Operation::openPort,
+                              Operation::closePort,  Operation::setBufferSizes, Operation::clearUnsent,
+                              Operation::openFile,   Operation::readFile,       Operation::writeFile,
+                              Operation::closeFile,  Operation::appendLine};
+
 constexpr std::size_t shortestReply = 17; // STX, 10 digits, a result code, ETX, block check
 
 std::string shortText(const Bytes& bytes) {
@@ -42,6 +40,9 @@ std::string shortText(const Bytes& bytes) {
 
 // The visible controls of the first window.
 std::string startWindow(const FrmStartUp& form) {
+    if (!form.visible) {
+        return "no start window";
+    }
     std::string text = "start window at " + std::to_string(form.left) + ' ' + std::to_string(form.top);
     for (const Control* control : form.controls) {
         const bool shows = control->visible && control->kind != ControlKind::menu;
@@ -50,15 +51,18 @@ std::string startWindow(const FrmStartUp& form) {
                     ? ' ' + at(control->items, control->listIndex) + " of " + std::to_string(control->items.size())
                     : "";
     }
-    return form.visible ? text : "no start window";
+    return text;
 }
 
 } // namespace
 
+bool atRest() {
+    using namespace FirmComm::state;
+    return shared.programState == idle || shared.programState == idleAfterWrite || shared.programState == verified;
+}
+
 std::string obstaclesIn(const World& world) {
     const FrmMain& form = frmMain();
-    using namespace FirmComm::state;
-    const auto state = shared.programState;
     const std::pair<bool, std::string> obstacles[]{
         {!form.visible, "no main window"},
         {!form.enabled, "window off"},
@@ -67,7 +71,7 @@ std::string obstaclesIn(const World& world) {
         {world.host.keptAwake(), "awake"},
         {form.CommTimer.running(), "ticks"},
         {shared.stepBusy, "step busy"},
-        {state != idle && state != idleAfterWrite && state != verified, "state " + std::to_string(state)},
+        {!atRest(), "state " + std::to_string(shared.programState)},
         {!world.host.violations().empty(), "violations"},
     };
     std::string text;
@@ -121,29 +125,35 @@ std::string Recorder::take() {
     return text;
 }
 
-std::vector<std::string> Recorder::state() const {
+// What the operator sees, a line for each part. It is called at each event, so it makes few texts of its own.
+std::string Recorder::state() const {
     const auto& form = shown<FrmMain>(world_, "frmMain");
     const auto& wait = shown<FrmWait>(world_, "frmWait");
-    const char* pointers[] = {"usual pointer", "arrow"};
-    const auto row = [&](std::size_t number) {
-        return form.lblTitle[number].caption + ' ' + form.lblVersion[number].caption;
+    std::string text;
+    text.reserve(300);
+    const auto add = [&text](const auto&... parts) { ((text += parts), ..., (text += '\n')); };
+    const auto addRow = [&](const char* name, std::size_t row) {
+        add(name, form.lblTitle[row].caption, " ", form.lblVersion[row].caption);
     };
-    return {
-        startWindow(shown<FrmStartUp>(world_, "frmStartUp")),
-        form.visible ? "main window" : "no main window",
-        form.enabled ? "window on" : "window off",
-        form.mousePointer == MousePointer::hourglass ? "hourglass" : pointers[static_cast<int>(form.mousePointer)],
-        "amplifier " + row(0),
-        "interface unit " + row(1),
-        "file " + row(2),
-        form.cmdUpgrade.enabled ? "upgrade on" : "upgrade off",
-        (form.CommTimer.enabled() ? "ticks " : "no ticks ") + std::to_string(form.CommTimer.interval()),
-        !frmWaitLoaded() ? "no progress"
-        : wait.visible   ? wait.lblMsg.caption + " 0 to " + std::to_string(static_cast<int>(wait.prbComm.max))
-                         : "progress hidden",
-        wait.cmdCancel.enabled ? "cancel on" : "cancel off",
-        world_.host.keptAwake() ? "awake" : "may sleep",
-    };
+    add(startWindow(shown<FrmStartUp>(world_, "frmStartUp")));
+    add(form.visible ? "main window" : "no main window");
+    add(form.enabled ? "window on" : "window off");
+    add(form.mousePointer == MousePointer::hourglass ? "hourglass"
+        : form.mousePointer == MousePointer::arrow   ? "arrow"
+                                                     : "usual pointer");
+    addRow("amplifier ", 0);
+    addRow("interface unit ", 1);
+    addRow("file ", 2);
+    add(form.cmdUpgrade.enabled ? "upgrade on" : "upgrade off");
+    add(form.CommTimer.enabled() ? "ticks " : "no ticks ", std::to_string(form.CommTimer.interval()));
+    if (frmWaitLoaded() && wait.visible) {
+        add(wait.lblMsg.caption, " 0 to ", std::to_string(static_cast<int>(wait.prbComm.max)));
+    } else {
+        add(frmWaitLoaded() ? "progress hidden" : "no progress");
+    }
+    add(wait.cmdCancel.enabled ? "cancel on" : "cancel off");
+    add(world_.host.keptAwake() ? "awake" : "may sleep");
+    return text;
 }
 
 // Adds the time without events before this moment, and what has changed.
@@ -153,13 +163,15 @@ void Recorder::addChanges() {
         std::snprintf(length, sizeof length, "(%.1f s)", static_cast<double>(quiet) / 1e6);
         add(length, length[0]);
     }
-    const std::vector<std::string> before = std::exchange(state_, state());
-    std::string changes;
-    for (std::size_t part = 0; part < state_.size(); ++part) {
-        changes += state_[part] == before[part] ? "" : (changes.empty() ? "" : ", ") + state_[part];
-    }
-    if (!changes.empty()) {
+    if (std::string now = state(); now != state_) {
+        std::string changes;
+        const Parts before = linesOf(state_), parts = linesOf(now);
+        for (std::size_t part = 0; part < parts.size(); ++part) {
+            const bool same = part < before.size() && parts[part] == before[part];
+            changes += same ? "" : (changes.empty() ? "" : ", ") + parts[part].substr(0, parts[part].size() - 1);
+        }
         lines_.push_back({'[' + changes + ']'});
+        state_ = std::move(now);
     }
 }
 
@@ -189,9 +201,8 @@ void Recorder::add(const std::string& text, char side, bool waits) {
 
 void Recorder::addOperation(Operation operation) {
     clears_ += operation == Operation::clearReceived ? "-" : "";
-    const auto named = std::ranges::find(operations, operation, [](const auto& each) { return each.second; });
-    if (named != operations.end() && operation != Operation::readPort && operation != Operation::writePort) {
-        addEvent(named->first);
+    if (std::ranges::find(recorded, operation) != recorded.end()) {
+        addEvent(std::string(nameOf(operation)));
     }
     if (operation == Operation::closePort || operation == Operation::readFile) {
         scheduleEvent();
@@ -219,7 +230,7 @@ void Recorder::addArrival(const Transmission& transmission) {
 
 void Recorder::addTransmission(const Transmission& transmission) {
     const Bytes& bytes = transmission.bytes;
-    const std::string text(bytes.begin(), bytes.end());
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     if (!frame_.empty() && transmission.direction == Direction::toUnit && transmission.at != frameAt_) {
         addEvent(">part of a command"); // its port has failed
         frame_.clear();
@@ -236,7 +247,7 @@ void Recorder::addTransmission(const Transmission& transmission) {
         }
     } else if (transmission.direction == Direction::fromUnit && text[0] == simulator::stx &&
                text.size() >= shortestReply) {
-        addEvent('<' + text.substr(11, 4));
+        addEvent('<' + std::string(text.substr(11, 4)));
         scheduleEvent();
     } else if (!text.empty()) {
         const bool packet = bytes.size() > 10 || bytes[0] == simulator::eot;

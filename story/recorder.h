@@ -13,16 +13,14 @@
 #include "platform/simulated/world.h"
 
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace story {
 
-// Names of the operations of port and disk.
-extern const std::map<std::string, platform::Operation> operations;
-
+// No procedure of a transfer is under way.
+bool atRest();
 // What keeps the operator from going on although nothing runs; empty if nothing does.
 std::string obstaclesIn(const platform::World& world);
 
@@ -52,7 +50,7 @@ class Recorder {
         int count = 1;
     };
 
-    std::vector<std::string> state() const;
+    std::string state() const;
     void addChanges();
     void addEvent(const std::string& event, bool waits = false);
     void add(const std::string& text, char side, bool waits = false);
@@ -62,7 +60,7 @@ class Recorder {
     void addTransmission(const platform::Transmission& transmission);
 
     platform::World& world_;
-    std::vector<std::string> state_ = state();
+    std::string state_ = state();
     std::vector<Line> lines_;
     Micros lastAt_ = world_.clock.now();
     int bar_ = 0;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/failure.h"
+#include "platform/operation.h"
 #include "platform/simulated/virtualClock.h"
 
 #include <array>
@@ -9,30 +10,6 @@
 #include <vector>
 
 namespace platform {
-
-enum class Operation {
-    choosePort,
-    setSettings,
-    openPort,
-    closePort,
-    reopenPort,
-    setBufferSizes,
-    countReceived,
-    clearReceived,
-    clearUnsent,
-    setReadLimit,
-    readPort,
-    writePort,
-    fileExists,
-    fileLength,
-    openFile,
-    readFile,
-    writeFile,
-    closeFile,
-    readWholeFile,
-    appendLine,
-};
-constexpr std::size_t operationCount = static_cast<std::size_t>(Operation::appendLine) + 1;
 
 // An operation that is about to run. Both counts begin at 1.
 struct OperationCall {

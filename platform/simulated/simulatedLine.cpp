@@ -55,7 +55,7 @@ Writes SimulatedLine::kindOf(Direction direction, const Bytes& bytes, Micros at)
 
 Micros SimulatedLine::nextAtUnit() const {
     const Micros event = events_.empty() ? never : events_.begin()->first;
-    const Micros unit = unit_ == nullptr ? never : unit_->due().value_or(never);
+    const Micros unit = unit_ == nullptr ? never : unit_->due();
     return std::min({event, unit, toUnit_.writeEnd()});
 }
 

@@ -129,28 +129,22 @@ void LineSession::writeOutput(Micros now) {
     }
 }
 
-std::optional<Micros> LineSession::due() const {
-    auto next = unit_.due();
-    const auto consider = [&next](Micros moment) { next = next ? std::min(*next, moment) : moment; };
-    if (!pendingInput_.empty()) {
-        consider(inputCompleteAt_);
-    }
+Micros LineSession::due() const {
+    Micros output = never;
     if (!pendingOutput_.empty() && !terminalFull_) {
-        consider(pendingOutput_.front().start + lineTime(nextWritten(pendingOutput_.front())));
+        output = pendingOutput_.front().start + lineTime(nextWritten(pendingOutput_.front()));
     }
-    if (journalDueAt_) {
-        consider(*journalDueAt_);
-    }
-    return next;
+    return std::min(
+        {unit_.due(), pendingInput_.empty() ? never : inputCompleteAt_, output, journalDueAt_.value_or(never)});
 }
 
 void LineSession::sleep(Micros now, const sigset_t& waitMask) {
     pollfd terminal{terminal_.descriptor(), 0, 0};
     terminal.events = static_cast<short>((pendingInput_.empty() ? POLLIN : 0) | (terminalFull_ ? POLLOUT : 0));
-    const auto next = due();
-    const Micros wait = next ? std::max<Micros>(0, *next - now) : 0;
+    const Micros next = due();
+    const Micros wait = std::max<Micros>(0, next - now);
     const timespec limit{wait / fromSeconds(1), wait % fromSeconds(1) * 1000};
-    if (ppoll(&terminal, 1, next ? &limit : nullptr, &waitMask) < 0 && errno != EINTR) {
+    if (ppoll(&terminal, 1, next == never ? nullptr : &limit, &waitMask) < 0 && errno != EINTR) {
         throw std::system_error(errno, std::generic_category(), "ppoll");
     }
     mayRead_ = (terminal.revents & POLLIN) != 0;

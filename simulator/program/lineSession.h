@@ -34,7 +34,7 @@ class LineSession {
     void queueOutput(Micros now);
     void writeOutput(Micros now);
     std::size_t nextWritten(const Delivery& delivery) const;
-    std::optional<Micros> due() const;
+    Micros due() const;
     void sleep(Micros now, const sigset_t& waitMask);
     void saveFiles(Micros now);
     std::string timesText();

@@ -8,7 +8,7 @@
 #include <exception>
 #include <fstream>
 #include <iostream>
-#include <sstream>
+#include <iterator>
 #include <string_view>
 
 namespace {
@@ -38,20 +38,24 @@ int check(const std::string& file, const std::string& played) {
 
 int main(int argc, char** argv) {
     const std::string_view option = argc == 3 ? argv[1] : "";
-    std::stringstream file;
-    if ((argc != 2 && option != "--check" && option != "--shrink") ||
-        !(file << std::ifstream(argv[argc - 1], std::ios::binary).rdbuf())) {
+    if (argc != 2 && option != "--check" && option != "--shrink") {
         std::cerr << "Usage: tarnbeacon-story [--check | --shrink] FILE\n";
+        return failed;
+    }
+    std::ifstream in(argv[argc - 1], std::ios::binary);
+    const std::string file{std::istreambuf_iterator<char>(in), {}};
+    if (!in) {
+        std::cerr << argv[argc - 1] << " cannot be read.\n";
         return failed;
     }
     try {
         if (option == "--shrink") {
-            std::cout << story::shrink(file.str());
+            std::cout << story::shrink(file);
             return same;
         }
-        const std::string played = story::play(file.str());
+        const std::string played = story::play(file);
         if (option == "--check") {
-            return check(file.str(), played);
+            return check(file, played);
         }
         std::cout << played;
         return same;

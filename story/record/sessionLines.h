@@ -1,6 +1,8 @@
 // The lines of a session in order (docs/SESSIONS.md). A line is what the program did or what it was given.
 #pragma once
 
+#include "platform/operation.h"
+
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -9,42 +11,7 @@
 
 namespace story {
 
-// The operations of the host whose results are recorded.
-enum class Call {
-    choosePort,
-    setSettings,
-    openPort,
-    closePort,
-    setBufferSizes,
-    countReceived,
-    clearReceived,
-    clearUnsent,
-    readPort,
-    writePort,
-    fileExists,
-    fileLength,
-    openFile,
-    readFile,
-    writeFile,
-    closeFile,
-    readWholeFile,
-    appendLine,
-    dialog,
-    wait, // doEvents and waitForEvents
-    time,
-    date,
-    instance,
-};
-constexpr std::array<std::string_view, 23> callNames{
-    "choosePort",    "setSettings", "openPort",  "closePort", "setBufferSizes", "countReceived",
-    "clearReceived", "clearUnsent", "readPort",  "writePort", "fileExists",     "fileLength",
-    "openFile",      "readFile",    "writeFile", "closeFile", "readWholeFile",  "appendLine",
-    "dialog",        "wait",        "time",      "date",      "instance"};
-static_assert(callNames.size() == static_cast<std::size_t>(Call::instance) + 1);
-
-inline std::string_view nameOf(Call call) {
-    return callNames[static_cast<std::size_t>(call)];
-}
+using Call = platform::Operation;
 
 // Receives each line with its line end. A line with the content of a file holds the rows of it too.
 class SessionSink {
@@ -91,7 +58,7 @@ class SessionLines {
     std::function<std::int64_t()> clock_;
     std::int64_t known_;
     int cleared_ = 0;
-    std::array<std::int64_t, callNames.size()> calls_{};
+    std::array<std::int64_t, platform::operationCount> calls_{};
     std::string line_; // in work
 };
 

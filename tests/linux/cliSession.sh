@@ -25,7 +25,10 @@ cli() {
     LC_ALL=C "$CLI_PROGRAM" --config . --port ./port "$@" 2>&1 || echo "exit code $?"
 }
 
-# The same in a terminal 60 characters wide, with what is typed after that many seconds. bash goes on after a SIGINT that
+# Plays a session; prints the exit code unless that is 0.
+story() { "$STORY_PROGRAM" "$@" 2>&1 || echo "exit code $?"; }
+
+# The program in a terminal 60 characters wide, with what is typed after that many seconds. bash goes on after a SIGINT that
 # the program has handled; other shells end.
 onTerminal() { # seconds:characters... -- arguments
     local keys=()

@@ -24,7 +24,7 @@ std::string perform(const std::string& story, const fs::path& folder) {
     }
     script.close();
     const std::string command = "cd '" + folder.string() +
-                                "' && SOURCE=" SOURCES " CLI_PROGRAM=" CLI_PROGRAM " UNIT_PROGRAM=" UNIT_PROGRAM
+                                "' && SOURCE=" SOURCES " CLI_PROGRAM=" CLI_PROGRAM " STORY_PROGRAM=" STORY_PROGRAM " UNIT_PROGRAM=" UNIT_PROGRAM
                                 " bash script";
     std::FILE* const pipe = ::popen(command.c_str(), "r");
     std::string printed;
