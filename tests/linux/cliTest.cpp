@@ -24,8 +24,8 @@ std::string perform(const std::string& story, const fs::path& folder) {
     }
     script.close();
     const std::string command = "cd '" + folder.string() +
-                                "' && SOURCE=" SOURCES " CLI_PROGRAM=" CLI_PROGRAM " STORY_PROGRAM=" STORY_PROGRAM " UNIT_PROGRAM=" UNIT_PROGRAM
-                                " bash script";
+                                "' && SOURCE=" SOURCES " CLI_PROGRAM=" CLI_PROGRAM " STORY_PROGRAM=" STORY_PROGRAM
+                                " UNIT_PROGRAM=" UNIT_PROGRAM " bash script";
     std::FILE* const pipe = ::popen(command.c_str(), "r");
     std::string printed;
     char part[4096];
