@@ -41,7 +41,7 @@ std::size_t UnitLine::write(std::span<const std::uint8_t> bytes) {
 
 void UnitLine::wait(Micros until, bool /*forRoom*/) {
     fetch();
-    const Micros end = std::min(until, unit->due().value_or(until));
+    const Micros end = std::min(until, unit->due());
     if (received_.empty()) {
         std::this_thread::sleep_for(std::chrono::microseconds(std::max<Micros>(end - clockMicros(), 0)));
     }
