@@ -1,7 +1,7 @@
 // The real host, on the toolkit's offscreen screen and a pseudo terminal, meets the contract of all hosts. Rows for its
-// appearance, keyboard and line are in tests/stories/qtHost.txt, rows for each system in qtLinux.txt and
-// qtWindows.txt.
+// appearance and keyboard are in tests/stories/qtHost.txt, rows for each system in qtLinux.txt and qtWindows.txt.
 #include "platform/qt/drawing.h"
+#include "tests/lineFixture.h"
 #include "tests/realHost.h"
 #include "tests/windowText.h"
 
@@ -11,15 +11,9 @@
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QTest>
-#include <QThread>
 #include <QTimer>
 #include <QTreeView>
 #include <QWindow>
-
-#include <ctime>
-#include <numeric>
-#include <systemFixture.h> // of tests/linux or tests/windows
-#include <thread>
 
 namespace {
 
@@ -53,21 +47,16 @@ void enter(QFileDialog* dialog, const std::string& name) {
     name.empty() ? dialog->reject() : QTest::keyClick(line, Qt::Key_Return);
 }
 
-class RealFixture : QObject, public SystemFixture {
+class RealFixture : QObject, public LineFixture {
   public:
-    RealFixture() : SystemFixture(*realHost, makeTestFolder().generic_string() + '/') {
+    RealFixture() : LineFixture(*realHost) {
         addOperator();
         addWindow();
-        addLine();
         other.onTaskBar = false;
         desk.load(other);
         perform("device " + unit + "\t' the unit");
     }
-    ~RealFixture() override {
-        stream = {};
-        desk.unload(other);
-        std::filesystem::remove_all(folder);
-    }
+    ~RealFixture() override { desk.unload(other); }
 
   private:
     template <class Widget = QWidget>
@@ -97,19 +86,6 @@ class RealFixture : QObject, public SystemFixture {
         } else if (button->setFocus(); button->window()->focusWidget() == button) {
             QTest::keyClick(window, Qt::Key_Space);
         }
-    }
-    // Reads up to `count` bytes at the far end, until no more arrive.
-    Bytes take(std::size_t count) {
-        Bytes bytes(count);
-        std::size_t taken = 0;
-        for (int quiet = 0; taken < count && quiet < 50; ++quiet) {
-            desk.waitForBytes(desk.timeGetTime() + 1); // this also sends
-            const std::size_t more = end->read(std::span(bytes).subspan(taken));
-            taken += more;
-            quiet = more > 0 ? 0 : quiet;
-        }
-        bytes.resize(taken);
-        return bytes;
     }
     bool eventFilter(QObject* /*watched*/, QEvent* event) override {
         painted = painted || event->type() == QEvent::Paint;
@@ -266,60 +242,11 @@ class RealFixture : QObject, public SystemFixture {
             QTimer::singleShot(std::stoi(length), [] { QCoreApplication::exit(); });
             realHost->run();
         };
-        commands["now"] = [this](Text) {
-            const auto clock = [] {
-                const std::time_t now = std::time(nullptr);
-                char text[20];
-                std::strftime(text, sizeof text, "%Y/%m/%d %H:%M:%S", std::localtime(&now));
-                return std::string(text);
-            };
-            const std::string before = clock();
-            const std::string present = desk.dateAndTime();
-            add(before <= present && present <= clock() ? "now" : present);
-        };
+        commands["default"] = [this](Text number) { add(defaultDevice(std::stoi(number)) + '.'); };
         commands["screen"] = [this](Text) { add(desk.screenSize().width), add(desk.screenSize().height); };
     }
 
-    void addLine() {
-        commands["give"] = [this](Text text) { end->write(bytes(text)); };
-        commands["arrived"] = [this](Text count) { addBytes(take(std::stoul(count))); };
-        commands["unsent"] = [this](Text) { add(take(200'000).size() < 100'000 ? "dropped" : "sent"); };
-        commands["stream"] = [this](Text) {
-            stream = std::jthread([this](const std::stop_token& stop) {
-                for (; !stop.stop_requested(); QThread::msleep(5)) {
-                    end->write(Bytes{'x'});
-                }
-            });
-        };
-        commands["pull"] = [this](Text) { end.reset(); };
-        commands["plug"] = [this](Text) { end.emplace(unit); };
-        commands["hold"] = [this](Text) { program->open(unit, {}); };
-        commands["free"] = [this](Text) { program->close(); };
-        commands["device"] = [this](Text path) {
-            std::ofstream(desk.programDirectory() + "Setting.INI")
-                << "[DEVICE]\nCOM3=" << path << "\nCOM4=/nowhere/tty\n";
-        };
-        commands["default"] = [this](Text number) { add(defaultDevice(std::stoi(number)) + '.'); };
-        commands["everyByte"] = [this](Text) {
-            Bytes all(256);
-            std::iota(all.begin(), all.end(), std::uint8_t{0});
-            port.write(all);
-            const bool sent = take(all.size()) == all;
-            end->write(all);
-            waitFor([&] { return port.countReceived() == 256; });
-            add(std::ranges::equal(port.read(), all) && sent ? "same" : "other");
-        };
-        commands["idle"] = [this](Text) {
-            const double used = processorTime();
-            desk.waitForBytes(desk.timeGetTime() + 200);
-            add(processorTime() - used < 0.04 ? "asleep" : "busy");
-        };
-    }
-
     std::string input = "mouse";
-    std::optional<simulator::PseudoTerminal> end{unit};
-    std::jthread stream;
-    std::unique_ptr<LineDevice> program = makeLineDevice(); // of another program
     TestForm other{"other"};
     bool painted = false;
     bool raised = false;
@@ -333,6 +260,8 @@ std::unique_ptr<Fixture> makeFixture() {
     return std::make_unique<RealFixture>();
 }
 
+INSTANTIATE_TEST_SUITE_P(Window, PlatformContract, testing::ValuesIn(sectionsOf("windowHost.txt")), testName);
+INSTANTIATE_TEST_SUITE_P(Line, PlatformContract, testing::ValuesIn(sectionsOf("lineHost.txt")), testName);
 INSTANTIATE_TEST_SUITE_P(Real, PlatformContract, testing::ValuesIn(sectionsOf("qtHost.txt")), testName);
 INSTANTIATE_TEST_SUITE_P(System, PlatformContract, testing::ValuesIn(sectionsOf(systemStory)), testName);
 

@@ -3,25 +3,16 @@
 #pragma once
 
 #include "platform/qt/qtHost.h"
+#include "tests/testFolder.h"
 
-#include <filesystem>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
 #include <optional>
-#include <random>
 
 // The font library keeps memory until the end of the process.
 extern "C" const char* __lsan_default_suppressions() { // NOLINT: the sanitizer's name, once in each program
     return "leak:libfontconfig";
-}
-
-// Makes a new folder for a test.
-inline std::filesystem::path makeTestFolder() {
-    const auto folder =
-        std::filesystem::temp_directory_path() / ("tarnbeacon" + std::to_string(std::random_device()()));
-    std::filesystem::create_directory(folder);
-    return folder;
 }
 
 inline std::optional<platform::QtHost> realHost;

@@ -75,9 +75,15 @@ class SimulatedFixture : World, public contract::Fixture {
 
 } // namespace
 
-std::unique_ptr<contract::Fixture> contract::makeFixture() {
+namespace contract {
+
+std::unique_ptr<Fixture> makeFixture() {
     return std::make_unique<SimulatedFixture>();
 }
+
+INSTANTIATE_TEST_SUITE_P(Window, PlatformContract, testing::ValuesIn(sectionsOf("windowHost.txt")), testName);
+
+} // namespace contract
 
 namespace {
 

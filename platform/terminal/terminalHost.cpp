@@ -16,6 +16,7 @@ constexpr Micros longestWait = 100'000; // a signal ends no wait
 } // namespace
 
 void TerminalHost::sleep(int milliseconds) {
+    timers_.readSettings(clockMicros());
     std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
 
@@ -29,6 +30,7 @@ void TerminalHost::waitForBytes(std::int64_t until) {
 
 void TerminalHost::doEvents() {
     timers_.readSettings(clockMicros());
+    person_.waiting(true);
     tickDue();
     passProgress();
 }
