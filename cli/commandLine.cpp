@@ -50,6 +50,10 @@ std::string checkPort(const std::string& text) {
     return path || comNumber(text) ? std::string() : "a port is COM1 to COM16, or the path of a device";
 }
 
+std::string checkFile(const std::string& text) {
+    return trim(text).empty() ? "the name of a file is missing" : "";
+}
+
 void addCommands(CLI::App& app, CommandLine& line) {
     const auto unit = [&line](CLI::App* command) {
         command
@@ -63,16 +67,28 @@ void addCommands(CLI::App& app, CommandLine& line) {
     app.fallthrough();
     app.add_subcommand("identify", "Print models and versions of both parts of the unit");
     CLI::App* const upgrade = app.add_subcommand("upgrade", "Write a firmware file into the unit");
-    upgrade->add_option("FILE", line.file, "the firmware file")->required()->option_text(" ");
+    upgrade->add_option("FILE", line.file, "the firmware file")->required()->check(checkFile)->option_text(" ");
     unit(upgrade);
     upgrade->add_flag("--verify", line.verify, "read the unit back after the write and compare");
     upgrade->add_flag("--accept-unchecked", line.acceptUnchecked, "write even if the check of the sensor fails");
     upgrade->add_flag("--if-different", line.ifDifferent, "leave a unit alone that has the file's version already");
     CLI::App* const save = app.add_subcommand("save", "Read the firmware of the unit into a file");
-    save->add_option("FILE", line.file, "the file to be written")->required()->option_text(" ");
+    save->add_option("FILE", line.file, "the file to be written")->required()->check(checkFile)->option_text(" ");
     unit(save);
     save->add_flag("--overwrite", line.overwrite, "replace a file that exists");
     app.add_subcommand("ports", "List the serial ports");
+}
+
+std::string failureText(const CLI::App* app, const CLI::Error& error) {
+    std::string text = error.what();
+    if (app->get_parent() == nullptr && app->get_subcommands().empty() && error.get_name() == "RequiredError") {
+        const std::vector<std::string> unknown = app->remaining();
+        text = unknown.empty()                    ? "a command is missing"
+               : unknown.front().starts_with('-') ? unknown.front() + " is not an option"
+                                                  : unknown.front() + " is not a command";
+        text += "; the commands are identify, upgrade, save and ports";
+    }
+    return "tarnbeacon-cli: " + text + "\nRun it with --help for more information.\n";
 }
 
 void finish(CommandLine& line, const std::string& port) {
@@ -91,6 +107,7 @@ std::optional<int> readCommandLine(int argc, char** argv, CommandLine& line) {
     CLI::App app(description, "tarnbeacon-cli");
     std::string port;
     app.footer(footer);
+    app.failure_message(failureText);
     app.set_version_flag("--version",
                          "tarnbeacon-cli " + std::to_string(program::major) + '.' + std::to_string(program::minor));
     app.add_option("--port", port, "the port: COM1 to COM16, or the path of a device; default: Setting.INI says")

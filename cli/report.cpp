@@ -1,6 +1,7 @@
 #include "cli/report.h"
 
 #include "platform/clock.h"
+#include "texts/language.h"
 
 #include <algorithm>
 #include <array>
@@ -46,15 +47,28 @@ std::string figures(const Progress& progress) {
     return text.data();
 }
 
-std::string barLine(const Progress& progress, int columns) {
+// The places that a text takes on a terminal, where a Japanese character has two.
+int placesOf(const std::string& text) {
+    int places = 0;
+    for (const char byte : text) {
+        const auto value = static_cast<unsigned char>(byte);
+        places += value < 0x80 ? 1 : value >= 0xE0 ? 2 : 0;
+    }
+    return places;
+}
+
+std::string barLine(const std::string& title, const Progress& progress, int columns) {
     constexpr int leastBar = 5;
     const std::string text = figures(progress);
-    const int width = columns - 1 - static_cast<int>(text.size()) - 4; // brackets, two blanks
+    const int room = columns - 1 - static_cast<int>(text.size());
+    const int width = room - placesOf(title) - 4; // brackets, two blanks
     if (width < leastBar) {
-        return text.substr(0, static_cast<std::size_t>(std::max(columns - 1, 0)));
+        return room >= placesOf(title) ? title + text
+                                       : text.substr(0, static_cast<std::size_t>(std::max(columns - 1, 0)));
     }
     const auto done = static_cast<std::size_t>(width * progress.percent / 100);
-    return '[' + std::string(done, '#') + std::string(static_cast<std::size_t>(width) - done, '.') + "]  " + text;
+    return title + '[' + std::string(done, '#') + std::string(static_cast<std::size_t>(width) - done, '.') + "]  " +
+           text;
 }
 
 } // namespace
@@ -118,18 +132,20 @@ void Report::result(const std::string& text, const json& object, bool failure) {
     }
 }
 
-void Report::progress(double bytes, double all) {
+void Report::progress(const std::string& operation, double bytes, double all) {
     if (quiet_) {
         return;
     }
     const Micros now = platform::clockMicros();
-    if (bytes == 0 || startedAt_ == 0) {
+    if (bytes == 0 || operation != operation_) {
+        operation_ = operation;
         startedAt_ = now;
         reported_ = -1;
     }
     const Progress progress = progressOf(bytes, all, now - startedAt_);
+    const std::string title = operation == "verify" ? selectedText(textId::verificationRuns) + ' ' : std::string();
     if (terminal_ && !json_) {
-        output_.offer('\r' + barLine(progress, output_.columns()) + "\033[K");
+        output_.offer('\r' + barLine(title, progress, output_.columns()) + "\033[K");
         barShown_ = true;
         return;
     }
@@ -140,6 +156,7 @@ void Report::progress(double bytes, double all) {
     reported_ = step;
     if (json_) {
         output_.offer(dumped({{"event", "progress"},
+                              {"operation", operation},
                               {"bytes", static_cast<int>(bytes)},
                               {"total", static_cast<int>(all)},
                               {"percent", progress.percent},
@@ -147,7 +164,7 @@ void Report::progress(double bytes, double all) {
                               {"secondsLeft", progress.left}}) +
                       '\n');
     } else {
-        output_.offer(figures(progress) + '\n');
+        output_.offer(title + figures(progress) + '\n');
     }
 }
 

@@ -37,7 +37,8 @@ class Report {
     void event(const std::string& line, const nlohmann::ordered_json& object);
     // A text of a box, or another message that is not a result; `notice`: not about a failure.
     void message(const std::string& text, const nlohmann::ordered_json& object, bool notice);
-    void progress(double bytes, double all);
+    // `operation`: write, verify or save.
+    void progress(const std::string& operation, double bytes, double all);
     // The last line. A failure goes to standard error.
     void result(const std::string& text, const nlohmann::ordered_json& object, bool failure);
 
@@ -54,8 +55,9 @@ class Report {
     OutputQueue errors_{platform::ConsoleStream::error};
     bool terminal_ = output_.isTerminal();
     bool barShown_ = false;
-    Micros startedAt_ = 0; // the transfer whose bar is shown
-    int reported_ = -1;    // per cent printed last, or tens of it
+    std::string operation_; // whose bar is shown
+    Micros startedAt_ = 0;  // of it
+    int reported_ = -1;     // per cent printed last, or tens of it
 };
 
 } // namespace cli

@@ -78,8 +78,8 @@ platform::TerminalOperator Session::person() {
             .device = {},
             .answer = [this](const platform::Message& box) { return answer(box); },
             .openPath = [this](const platform::FileDialog&) { return line_.file; },
-            .savePath = [this](const platform::FileDialog&) { return savePath(); },
-            .progress = [this](double value, double all) { report_.progress(value, all); },
+            .savePath = [this](const platform::FileDialog&) { return line_.file; },
+            .progress = [this](double value, double all) { report_.progress(operation(), value, all); },
             .waiting = [this](bool events) { whileWaiting(events); },
             .transfer =
                 [this](bool on) {
@@ -237,11 +237,22 @@ void Session::endUpgrade() {
     end(exitCode::failed, selectedText(textId::transferFailed));
 }
 
-void Session::save() {
-    frmMain().cmdPresent.click();
-    if (fileExists_) {
+// Fails before the read, which takes minutes.
+void Session::requireWritableFile() {
+    platform::Files& files = host_.files();
+    if (!line_.overwrite && files.exists(line_.file)) {
         end(exitCode::fileUnusable, filledText(textId::fileExists, {line_.file}));
     }
+    try {
+        files.openBinary(line_.file, platform::FileAccess::write);
+    } catch (const Failure& failure) {
+        end(exitCode::fileUnusable, failure.description());
+    }
+}
+
+void Session::save() {
+    requireWritableFile();
+    frmMain().cmdPresent.click();
     waitForEnd();
     if (!fileFailure_.empty()) {
         end(exitCode::fileUnusable, fileFailure_);
@@ -249,6 +260,10 @@ void Session::save() {
     const bool saved = shared.outcome == Outcome::succeeded;
     end(saved ? exitCode::done : exitCode::failed,
         saved ? filledText(textId::saved, {line_.file}) : selectedText(textId::transferFailed));
+}
+
+std::string Session::operation() const {
+    return line_.command == "save" ? "save" : shared.verifying ? "verify" : "write";
 }
 
 void Session::waitForEnd() {
@@ -282,11 +297,6 @@ int Session::answer(const platform::Message& box) {
     return refuses ? platform::boxAnswer::cancel : platform::boxAnswer::ok;
 }
 
-std::string Session::savePath() {
-    fileExists_ = !line_.overwrite && host_.files().exists(line_.file);
-    return fileExists_ ? std::string() : line_.file;
-}
-
 void Session::whileWaiting(bool events) {
     report_.flush();
     if (const int number = platform::takeSignal(); number != 0) {
@@ -308,8 +318,9 @@ void Session::takeSignal(int number) {
         return;
     }
     warnedAt_ = now;
-    const std::string text = selectedText(textId::breakOffMeans);
-    report_.message(text, {{"event", "message"}, {"id", textId::breakOffMeans}, {"text", text}}, false);
+    const std::int32_t id = operation() == "write" ? textId::breakOffMeans : textId::breakOffReadMeans;
+    const std::string text = selectedText(id);
+    report_.message(text, {{"event", "message"}, {"id", id}, {"text", text}}, false);
 }
 
 // The program ends the process: after a box that has said why, or in silence.

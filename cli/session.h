@@ -36,11 +36,12 @@ class Session {
     [[noreturn]] void upgrade();
     void load();
     [[noreturn]] void endUpgrade();
+    void requireWritableFile();
     [[noreturn]] void save();
+    std::string operation() const; // that runs
     void waitForEnd();
 
     int answer(const platform::Message& box);
-    std::string savePath();
     void whileWaiting(bool events);
     void takeSignal(int number);
     int explainEnd(int exitCode);
@@ -63,7 +64,6 @@ class Session {
     std::set<int> failures_;  // numbers of the failures that boxes reported
     std::string lastBox_;     // its text
     std::string fileFailure_; // text of the box about a file
-    bool fileExists_ = false; // the file of a save, and it must not be replaced
     std::string versionBefore_;
 
     bool transfer_ = false; // one runs

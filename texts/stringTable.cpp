@@ -112,6 +112,12 @@ constexpr std::array rows{
         "るには、3秒以内にもう一度操作してください。",
         "A transfer is running. If it is broken off, the unit may have no working firmware until an upgrade succeeds. "
         "The transfer goes on; interrupt again within three seconds to break it off."},
+    Row{textId::breakOffReadMeans, "IDS_CLI_BREAK_OFF_READ_MEANS",
+        "読み出し中です。ここで中断してもユニットのファームウェアは変わりませんが、"
+        "読み出しは初めからやり直しになります。"
+        "読み出しを続けます。中断するには、3秒以内にもう一度操作してください。",
+        "The firmware of the unit is being read. If that is broken off, it has to be read from the beginning; the unit "
+        "keeps its firmware. The reading goes on; interrupt again within three seconds to break it off."},
     Row{textId::brokenOff, "IDS_CLI_BROKEN_OFF", "転送を中断しました。", "The transfer was broken off."},
     Row{textId::portUnusable, "IDS_CLI_PORT_UNUSABLE", "ポート %1 を使用できません（%2）。",
         "The port %1 cannot be used: %2."},

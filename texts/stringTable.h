@@ -94,6 +94,7 @@ constexpr std::int32_t answeredCancel = 4321;
 constexpr std::int32_t portOpens = 4322;
 constexpr std::int32_t noPorts = 4323;
 constexpr std::int32_t ended = 4324;
+constexpr std::int32_t breakOffReadMeans = 4325;
 } // namespace textId
 
 constexpr std::int32_t englishOffset = 500;

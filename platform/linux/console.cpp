@@ -79,10 +79,10 @@ std::unique_ptr<ConsoleOutput> makeConsoleOutput(ConsoleStream stream) {
     return std::make_unique<DescriptorOutput>(stream == ConsoleStream::output ? STDOUT_FILENO : STDERR_FILENO);
 }
 
-// A terminal that is gone or stopped must not end or stop a transfer. A shell starts a background program with SIGINT
-// ignored; that stays.
+// A terminal that is gone or stopped, or a file that grows too long, must not end or stop a transfer. A shell starts a
+// background program with SIGINT ignored; that stays.
 void catchSignals() {
-    for (const int number : {SIGHUP, SIGPIPE, SIGTSTP, SIGTTOU, SIGTTIN, SIGQUIT}) {
+    for (const int number : {SIGHUP, SIGPIPE, SIGXFSZ, SIGTSTP, SIGTTOU, SIGTTIN, SIGQUIT}) {
         std::signal(number, SIG_IGN);
     }
     for (const int number : {SIGINT, SIGTERM}) {

@@ -106,7 +106,8 @@ std::vector<PortEntry> listPorts() {
 
 bool sameDevice(const std::string& a, const std::string& b) {
     std::error_code failed;
-    return a == b || std::filesystem::equivalent(a, b, failed);
+    const path first = std::filesystem::canonical(a, failed);
+    return a == b || (!failed && first == std::filesystem::canonical(b, failed));
 }
 
 // The lock first: on a pseudo terminal the program at the other end may have the device open too. A user sees all locks,

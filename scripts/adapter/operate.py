@@ -3,6 +3,7 @@ and plugs in the adapter, and reads the state of a port from its driver."""
 import fcntl
 import functools
 import grp
+import json
 import os
 import re
 import shutil
@@ -135,21 +136,46 @@ def picture(name):
                    f" import -window root {root}/screenshots/adapter/{name}.png", shell=True, check=False)
 
 
-def startProgram(preset, number):
-    global program
+def start(file, *arguments, settings="", **options):
+    """Starts it in a new folder as a user who may use serial ports."""
     shutil.rmtree(home, ignore_errors=True)
     home.mkdir(0o700)
-    for file in (root / f"build/{preset}/app/tarnbeacon", root / "packaging/TYPE.INI", work / "sample.bin"):
+    for file in (root / "build" / file, root / "packaging/TYPE.INI", work / "sample.bin"):
         shutil.copy(file, home)
-    (home / "Setting.INI").write_text(f"[IFU]\nCOM={number}\n")
+    (home / "Setting.INI").write_text(settings)
     os.chown(home, nobody, nobody)
-    program = subprocess.Popen([home / "tarnbeacon"], cwd=home, user=nobody, group=nobody, extra_groups=[dialout],
-                            env={**os.environ, "HOME": home, "XDG_RUNTIME_DIR": home})
+    return subprocess.Popen([home / Path(file).name, *arguments], cwd=home, user=nobody, group=nobody,
+                            extra_groups=[dialout], env={**os.environ, "HOME": home, "XDG_RUNTIME_DIR": home}, **options)
+
+
+def startProgram(preset, number):
+    global program
+    program = start(f"{preset}/app/tarnbeacon", settings=f"[IFU]\nCOM={number}\n")
+
+
+def runWithoutScreen(device, *arguments, atPercent=101, action=None):
+    """Performs the action as soon as the program has written so much. Returns its exit code and the texts of its messages
+    and its result."""
+    texts = []
+    with start("release/cli/tarnbeacon-cli", "--json", "--port", device, *arguments, stdout=subprocess.PIPE,
+               text=True) as program:
+        for event in map(json.loads, program.stdout):
+            if event.get("percent", 0) >= atPercent and action:
+                action()
+                action = None
+            if event.get("text"):
+                texts.append(" ".join(event["text"].split()))
+    return f"{program.returncode}: " + " | ".join(texts)
 
 
 def endProgram():
     press(see("main"), "End")
     program.wait(60)
+
+
+def killProgram():
+    program.kill()
+    program.wait()
 
 
 def isHeld(device):

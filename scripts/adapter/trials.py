@@ -1,5 +1,6 @@
 """The trials in the emulated computer: "serial" the 16550A, "usb" an adapter that is pulled and plugged in again, and
-"paced" another adapter at the speed of the line. scripts/tryAdapter names the units."""
+"paced" another adapter at the speed of the line, "cli" the part of "usb" without a screen. scripts/tryAdapter names the
+units."""
 import traceback
 from contextlib import contextmanager
 
@@ -164,6 +165,37 @@ def usb():
     upgrade(driver, "under its own name again: the next upgrade", "usb")
     end(driver, usbDevice, "off, timer 16 ms")
     service(driver)
+    killProgram()
+    withoutScreen()
+
+
+def withoutScreen():
+    driver = "ftdi_sio"
+    written = "0: Succeed | QT-MVR: version .* was replaced by .*; the unit holds the file"
+
+    def upgrade():
+        image = work / "cli.bin"
+        image.unlink(missing_ok=True)
+        seen = runWithoutScreen(usbDevice, "upgrade", "sample.bin")
+        same = image.exists() and image.read_bytes() == (home / "sample.bin").read_bytes()
+        return f"{seen}; the unit {'holds' if same else 'does not hold'} the file"
+    pull(usbDevice)
+    expect(driver, "without a screen: a missing port", "exit code 3 and the cause", runWithoutScreen(usbDevice, "identify"),
+           rf"3: .*The port {usbDevice} cannot be used: No such file or directory\..*")
+    plug("cli", usbDevice)
+    expect(driver, "without a screen: an upgrade", "exit code 0; the unit holds the file", upgrade(), written)
+    seen = runWithoutScreen(usbDevice, "upgrade", "sample.bin", atPercent=30, action=lambda: pull(usbDevice, held=True))
+    expect(driver, "without a screen: a pull in a write", "exit code 1; the port and the cause", seen,
+           rf"1: Application error\. RES : {usbDevice}: the device has gone away \| .*The transfer failed\.")
+    plug("cli", usbDevice)
+    waits = []  # the unit is in its transfer mode until it has waited long enough for a block
+
+    def upgraded():
+        waits.append(upgrade())
+        return waits[-1].startswith("0:")
+    until("the unit", upgraded)
+    expect(driver, "without a screen: plugged in again, the next upgrade", "exit code 4 until the unit is ready; then 0",
+           " || ".join(waits), rf"(4: [^|]*( \| [^|]*)*; the unit does not hold the file \|\| )*{written}")
 
 
 def service(driver):
@@ -192,7 +224,7 @@ def service(driver):
 
 
 try:
-    {"serial": serial, "usb": usb, "paced": lambda: paced("ftdi_sio", "/dev/ttyUSB0", 5, "usbPaced")}[trial]()
+    {"serial": serial, "usb": usb, "cli": withoutScreen, "paced": lambda: paced("ftdi_sio", "/dev/ttyUSB0", 5, "usbPaced")}[trial]()
 except Exception as error:
     traceback.print_exc()
     expect(trial, "all of it", "no failure of the trial itself", f"{error!r}; see the last picture and the logs")

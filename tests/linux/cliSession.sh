@@ -28,7 +28,10 @@ cli() {
 # Plays a session; prints the exit code unless that is 0.
 story() { "$STORY_PROGRAM" "$@" 2>&1 || echo "exit code $?"; }
 
-# The program in a terminal 60 characters wide, with what is typed after that many seconds. bash goes on after a SIGINT that
+# Becomes the program, so that a signal reaches it.
+program() { exec "$CLI_PROGRAM" --config . --port ./port "$@"; }
+
+# Runs it in a terminal 60 characters wide, with what is typed after that many seconds. bash goes on after a SIGINT that
 # the program has handled; other shells end.
 onTerminal() { # seconds:characters... -- arguments
     local keys=()
@@ -42,5 +45,16 @@ onTerminal() { # seconds:characters... -- arguments
         sleep 0.5
     } | SHELL=/bin/bash LC_ALL=C script -qec "stty cols 60; '$CLI_PROGRAM' --config . --port ./port $*; echo exit code \$?" /dev/null |
         tr '\r' '\n' | grep -v '^$'
+}
+
+# Runs it in a terminal that goes away after a second; the shell in it stays for the exit code.
+inLostTerminal() { # arguments
+    SHELL=/bin/bash LC_ALL=C script -qec "trap : HUP; '$CLI_PROGRAM' --config . --port ./port $*; echo exit code \$? >status" \
+        /dev/null &>/dev/null &
+    disown
+    sleep 1
+    kill -KILL $!
+    until [[ -s status ]]; do sleep 0.05; done
+    cat status
 }
 trap '[[ -z ${unitProcess-} ]] || kill "$unitProcess"' EXIT

@@ -1,12 +1,11 @@
 // The program without a screen against the simulated unit on a pseudo terminal: tests/stories/cli.txt. Each line that
 // begins with "$ " is a command of the shell, below it is what it prints.
 #include "tests/storyFile.h"
+#include "tests/testFolder.h"
 
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <random>
 
 namespace {
 
@@ -39,8 +38,7 @@ std::string perform(const std::string& story, const fs::path& folder) {
 class Cli : public testing::TestWithParam<Section> {};
 
 TEST_P(Cli, DoesWhatTheStorySays) {
-    const fs::path folder = fs::temp_directory_path() / ("tarnbeacon-cli" + std::to_string(std::random_device()()));
-    fs::create_directory(folder);
+    const fs::path folder = makeTestFolder();
     expectStory("cli.txt", GetParam().name, perform(GetParam().text, folder));
     fs::remove_all(folder);
 }
