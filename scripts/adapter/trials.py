@@ -171,7 +171,7 @@ def usb():
 
 def withoutScreen():
     driver = "ftdi_sio"
-    written = "0: Succeed | QT-MVR: version .* was replaced by .*; the unit holds the file"
+    written = r"0: Succeed \| QT-MVR: version .* was replaced by .*\.; the unit holds the file"
 
     def upgrade():
         image = work / "cli.bin"
@@ -180,7 +180,8 @@ def withoutScreen():
         same = image.exists() and image.read_bytes() == (home / "sample.bin").read_bytes()
         return f"{seen}; the unit {'holds' if same else 'does not hold'} the file"
     pull(usbDevice)
-    expect(driver, "without a screen: a missing port", "exit code 3 and the cause", runWithoutScreen(usbDevice, "identify"),
+    seen = runWithoutScreen(usbDevice, "identify")
+    expect(driver, "without a screen: a missing port", "exit code 3 and the cause", seen,
            rf"3: .*The port {usbDevice} cannot be used: No such file or directory\..*")
     plug("cli", usbDevice)
     expect(driver, "without a screen: an upgrade", "exit code 0; the unit holds the file", upgrade(), written)
@@ -194,8 +195,9 @@ def withoutScreen():
         waits.append(upgrade())
         return waits[-1].startswith("0:")
     until("the unit", upgraded)
-    expect(driver, "without a screen: plugged in again, the next upgrade", "exit code 4 until the unit is ready; then 0",
-           " || ".join(waits), rf"(4: [^|]*( \| [^|]*)*; the unit does not hold the file \|\| )*{written}")
+    seen = " || ".join(dict.fromkeys(waits))
+    expect(driver, "without a screen: plugged in again", "exit code 4 until the unit is ready; then an upgrade", seen,
+           rf"(4: [^|]*( \| [^|]*)*; the unit does not hold the file \|\| )*{written}")
 
 
 def service(driver):
