@@ -161,11 +161,6 @@ bool Monitor::portBad() const {
 // The line.
 
 void Monitor::portUsed(const OperationCall& call) {
-    const std::int64_t failed = world_.port.operations().failed();
-    if (failed > std::exchange(failuresSeen_, failed)) {
-        stopped_ = stopped_ || latest_ == Operation::clearReceived || latest_ == Operation::readPort ||
-                   latest_ == Operation::writePort;
-    }
     before_ = std::exchange(latest_, call.operation);
     writtenAt_ = call.operation == Operation::writePort ? call.at : writtenAt_;
     if (call.operation == Operation::reopenPort) {
@@ -197,10 +192,9 @@ void Monitor::transmitted(const Transmission& transmission) {
         accepted_ = accepted_ || (frame && acceptsCommand(transmission.bytes));
         return;
     }
-    if (!frame || before_ != Operation::writePort) {
-        if (before_ != Operation::clearReceived && !portBad()) {
-            violation("the tool sends without discarding what it has received");
-        }
+    if ((!frame || before_ != Operation::writePort) && !portBad() &&
+        (before_ != Operation::clearReceived || world_.port.waiting() > 0)) {
+        violation("the tool sends without discarding what it has received");
     }
     if (!frame || transmission.bytes.size() > 1) {
         checkMessage(letterOf(transmission.bytes), transmission.bytes[transmission.bytes.size() > 1 ? 1 : 0]);
@@ -212,18 +206,11 @@ void Monitor::checkMessage(char letter, std::uint8_t number) {
     if (!running_ || (form != nullptr && (form->enabled || (letter != 'v' && !world_.host.keptAwake())))) {
         violation("the tool sends while nothing runs, the window is enabled or the computer may sleep");
     }
-    if (!heard_ && !portBad() && !quietFor(replyLimit(messages_))) {
-        violation("the tool does not wait for a reply");
-    }
-    const std::string step = messages_.empty() ? "" : std::string{messages_.back(), letter};
-    if ((step == "pw" || step == "wb" || step == "rn") && !accepted_ && disturbedUntil_ < begun_) {
-        violation("the tool goes on, and the unit has refused");
-    }
-    accepted_ = false;
+    checkReply(letter);
     if (letter == 'w' || letter == 'r') {
         journal_ = world_.unit.journal();
         faultsApplied_ = 0;
-        repeated_ = falseAck_ = stopped_ = false;
+        repeated_ = falseAck_ = false;
         blocks_ = 0;
         failures_ = cancels_ = unknown_ = 0;
     } else if (letter == 'b' || letter == 'e') {
@@ -231,14 +218,38 @@ void Monitor::checkMessage(char letter, std::uint8_t number) {
     } else if (letter == 'x' && !senderMayEnd()) {
         violation("the tool gives up the write too early");
     }
-    if (stopped_ && (letter == 'b' || letter == 'e' || letter == 'a' || letter == 'n')) {
-        violation("a transfer goes on after a failure of the port");
-    }
     if ((letter != 'a' && letter != 'b') || !messages_.ends_with(letter)) {
         messages_ += letter;
     }
     quietSince_ = world_.clock.now();
     heard_ = false;
+}
+
+// What the tool has waited for before this message.
+void Monitor::checkReply(char letter) {
+    if (!heard_ && !portBad() && !quietFor(replyLimit(messages_))) {
+        violation("the tool does not wait for a reply");
+    }
+    const std::string step = messages_.empty() ? "" : std::string{messages_.back(), letter};
+    const bool asked = boxes() > std::exchange(boxesBefore_, boxes());
+    const bool needsReply =
+        !step.empty() && std::string_view("is sv vt ti pw wb rn").find(step) != std::string_view::npos;
+    if ((needsReply || (step == "vp" && !asked)) && !accepted_ && disturbedUntil_ < begun_) {
+        violation("the tool goes on, and the unit has refused");
+    }
+    accepted_ = accepted_ && messages_.ends_with(letter); // the reply may just have missed the time limit
+    if (letter == 'b' || letter == 'e' || letter == 'a' || letter == 'n') {
+        const std::int64_t failed = transferFailures();
+        if (failed > std::exchange(transferFailures_, failed) && step != "wb" && step != "rn") {
+            violation("a transfer goes on after a failure of the port");
+        }
+    }
+}
+
+// Failures that end a transfer.
+std::int64_t Monitor::transferFailures() const {
+    const OperationGate& port = world_.port.operations();
+    return port.failed(Operation::clearReceived) + port.failed(Operation::readPort) + port.failed(Operation::writePort);
 }
 
 // No byte has come or gone for this time.
@@ -313,9 +324,11 @@ void Monitor::actionBegins(const Action& action) {
     verifying_ = mainForm(world_) != nullptr && mainForm(world_)->chkVerify.value == 1;
     portWasOpen_ = world_.port.isOpen() || mainForm(world_) == nullptr;
     firstBox_ = world_.host.boxes().size();
+    boxesBefore_ = 0;
     portFailures_ = world_.port.operations().failed();
     fileWrites_ = world_.files.operations().passed(Operation::writeFile);
-    fileFailures_ = world_.files.operations().failed();
+    const OperationGate& disk = world_.files.operations();
+    fileFailures_ = disk.failed() - disk.failed(Operation::appendLine); // the link log may fail
     reopenedAt_ = writtenAt_ = -1;
     begunBefore_ = messages_.empty() ? begunBefore_ : begun_; // an operation that sends nothing does not notice a loss
     begun_ = action_ == "cmdLoading" ? begun_ : world_.clock.now();
@@ -381,6 +394,10 @@ void Monitor::endOperation() {
                !(verifying_ && success)) {
         violation("the outcome of the write is not that of its box");
     }
+    const bool refused = messages_.starts_with("vpppx") || messages_.starts_with("rrrx");
+    if (refused && !bad && shared.outcome != Outcome::refused) {
+        violation("the outcome is not the refusal of the unit");
+    }
     checkLoss();
     const bool needsNotice =
         operation_ == "cmdUpgrade" ? messages_.size() > 1 : messages_.starts_with('r') && !verifying_;
@@ -418,11 +435,12 @@ void Monitor::checkSaved(bool success) {
     const std::string path = world_.host.fileRequests().back().path.value_or("");
     const SimulatedFile* file = world_.files.find(path);
     const OperationGate& disk = world_.files.operations();
-    const bool diskFailed = disk.failed() > fileFailures_ || (!path.empty() && shown(path));
+    const bool diskFailed =
+        disk.failed() - disk.failed(Operation::appendLine) > fileFailures_ || (!path.empty() && shown(path));
     const bool written = disk.passed(Operation::writeFile) > fileWrites_ && file != nullptr && !diskFailed;
     const std::string content = written ? file->content.substr(0, imageSize) : "";
     succeeded = std::ranges::equal(content, unitImage(world_), {}, [](char c) { return static_cast<std::uint8_t>(c); });
-    if (written && messages_.find("nana") == std::string::npos) {
+    if (written && messages_.find("nana") == std::string::npos && messages_.find("nna") == std::string::npos) {
         violation("the file is written before the unit has ended");
     }
     if (written && (content.size() != imageSize || (!succeeded && readClean()))) {

@@ -34,10 +34,12 @@ class Monitor {
     void transmitted(const platform::Transmission& transmission);
     void portUsed(const platform::OperationCall& call);
     void checkMessage(char letter, std::uint8_t number);
+    void checkReply(char letter);
     void checkPacket(char letter, std::uint8_t number);
     bool senderMayEnd() const;
     bool quietFor(Micros time) const;
     bool progressShown() const;
+    std::int64_t transferFailures() const;
     void byteRead(std::uint8_t byte);
     void boxOpened(const platform::Box& box);
     void eventRan();
@@ -57,7 +59,7 @@ class Monitor {
     // The operation under way.
     std::string action_, operation_; // by their controls
     bool running_ = false, cancelled_ = false, verifying_ = false, portWasOpen_ = true;
-    std::size_t firstBox_ = 0;
+    std::size_t firstBox_ = 0, boxesBefore_ = 0; // the latter before the last message
     std::int64_t portFailures_ = 0, fileWrites_ = 0, fileFailures_ = 0, faultsApplied_ = 0;
     Micros begun_ = 0, begunBefore_ = 0, reopenedAt_ = -1, writtenAt_ = -1; // the last two by its calls of the port
     std::string messages_;                                                  // a letter for each message
@@ -65,14 +67,14 @@ class Monitor {
     std::size_t blocks_ = 0;                                                // sent, each once
     std::uint8_t answer_ = 0;                                               // the last byte since the last packet
     bool repeated_ = false, falseAck_ = false;                              // packets; an ACK
-    bool stopped_ = false, heard_ = false, accepted_ = false; // by a failure of the port; any byte; a command
+    bool heard_ = false, accepted_ = false; // since the last message: any byte; the unit has accepted it
+    std::int64_t transferFailures_ = 0;
     int failures_ = 0, cancels_ = 0, unknown_ = 0; // NAKs and time-outs of the packet, CANs, other start bytes
     Micros quietSince_ = 0;                        // the last byte of either side
     // The session.
     Micros disturbedUntil_ = -1;
     platform::Operation before_ = {}, latest_ = {}; // operations of the port
     std::size_t violationsSeen_ = 0;                // of the host
-    std::int64_t failuresSeen_ = 0;                 // of the port
 };
 
 } // namespace story

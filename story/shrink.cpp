@@ -81,7 +81,7 @@ std::string blank(const std::string& line) {
     return row ? rowsOf(std::string(contentOfRows(line).size(), '\0')) : line;
 }
 
-// Joins the rows that can be one.
+// Joins the rows that can be one, as a player writes them.
 std::string withFewRows(const std::string& text) {
     std::string result;
     for (const std::string& item : partsOf(text, [](std::string_view line) { return !line.starts_with(' '); })) {
@@ -129,7 +129,7 @@ std::string cutDown(const Case& story) {
         return {};
     }
     const auto fails = [&](const std::string& below) { return story.failure(below) == first; };
-    std::string below = reduced(story.steps, fails, [](const std::string&) { return ""; });
+    const std::string below = reduced(story.steps, fails, [](const std::string&) { return ""; });
     const std::string text = story.above + below, played = play(text);
     if (story.failureIn == firstViolation) {
         return played;
@@ -141,8 +141,11 @@ std::string cutDown(const Case& story) {
         end = below.find('\n', end) + 1;
         upTo = below.substr(0, end);
     } while (end < below.size() && !fails(upTo));
-    below = story.recorded ? reduced(linesOf(upTo), fails, blank) : upTo;
-    return story.recorded ? withFewRows(story.above + below) : story.above + below;
+    if (!story.recorded) {
+        return story.above + upTo;
+    }
+    const auto failsWithFewRows = [&](const std::string& changed) { return fails(withFewRows(changed)); };
+    return story.above + withFewRows(reduced(linesOf(upTo), failsWithFewRows, blank));
 }
 
 } // namespace

@@ -18,6 +18,7 @@ void OperationGate::pass(Operation operation) {
         }
     } catch (const Failure&) {
         ++failed_;
+        ++failures_[static_cast<std::size_t>(operation)];
         throw;
     }
 }

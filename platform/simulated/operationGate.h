@@ -31,15 +31,17 @@ class OperationGate {
     void add(OperationHook hook) { hooks_.push_back(std::move(hook)); }
     void removeHooks() { hooks_.clear(); }
 
-    // Number of all operations so far, of one operation, and of those that a hook has made fail.
+    // Number of all operations so far and of one operation; of those that a hook has made fail.
     std::int64_t passed() const { return passed_; }
     std::int64_t passed(Operation operation) const { return counts_[static_cast<std::size_t>(operation)]; }
     std::int64_t failed() const { return failed_; }
+    std::int64_t failed(Operation operation) const { return failures_[static_cast<std::size_t>(operation)]; }
 
   private:
     const VirtualClock& clock_;
     std::vector<OperationHook> hooks_;
     std::array<std::int64_t, operationCount> counts_{};
+    std::array<std::int64_t, operationCount> failures_{};
     std::int64_t passed_ = 0;
     std::int64_t failed_ = 0;
 };

@@ -34,6 +34,8 @@ class SimulatedDevice : public LineDevice {
     void clearUnsent() override;
     void wait(Micros /*until*/, bool /*forRoom*/) override {} // the host moves the clock
 
+    // Number of bytes that have arrived and were not read.
+    std::size_t waiting() const { return received_.size(); }
     // Runs everything on the line that is due.
     void advance();
     // Time of the next event of line or device; `never` without one.

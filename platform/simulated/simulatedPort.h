@@ -15,6 +15,8 @@ class SimulatedPort : public DevicePort {
     void removeComPort(int number) { device_.comPorts().erase(SimulatedDevice::path(number)); }
     OperationGate& operations() { return operations_; }
 
+    // Number of bytes in the device that the port has not read.
+    std::size_t waiting() const { return device_.waiting(); }
     // For observers: called with the bytes of each read of the program.
     std::function<void(std::span<const std::uint8_t>)> bytesTaken;
 
