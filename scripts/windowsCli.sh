@@ -63,7 +63,7 @@ tryCli() {
     cmp "$demo/sample.bin" "$drive/saved.bin" || fail "The saved file differs."
     cliEnds 5 "saved.bin" save 'C:\saved.bin'
     stopProcess "$unitProcess" || true
-    startCliUnit --answer 300550:0=1001
+    startCliUnit --reply 300550:0=1001
     cliEnds 1 "Failed" upgrade "$sample"
     stopProcess "$unitProcess" || true
     startCliUnit --silent

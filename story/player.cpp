@@ -27,6 +27,12 @@ const std::map<std::string, Kind> lineFaults{
     {"insert", Kind::insert}, {"cut", Kind::cut},         {"drop", Kind::drop},
     {"repeat", Kind::repeat}, {"replace", Kind::replace}, {"delay", Kind::delay}};
 
+void replaceLines(std::string& text, const std::string& from, const std::string& to) {
+    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from)) {
+        text.replace(at, from.size(), to);
+    }
+}
+
 // Performs the commands of stories in a World.
 class Player : public Session {
   public:
@@ -495,27 +501,31 @@ std::unique_ptr<Session> newSession() {
 
 std::string play(const std::string& file) {
     const Parts stories = partsOf(file, "== ");
-    const Parts blocks = partsOf(stories.front(), ":= ");
+    const Parts head = partsOf(stories.front(), ":= ");
+    std::vector<std::pair<std::string, std::string>> blocks; // whole lines: a name, and the lines that it stands for
+    for (auto block = head.begin() + 1; block != head.end(); ++block) {
+        const std::size_t nameEnd = block->find('\n');
+        blocks.emplace_back("\n:: " + block->substr(3, nameEnd - 2), block->substr(nameEnd));
+    }
     std::string played = stories.front();
-    for (std::size_t story = 1; story < stories.size(); ++story) {
-        const std::size_t nameEnd = stories[story].find('\n') + 1;
-        const std::string script = stories[story].substr(nameEnd);
-        std::string text = stories[story].substr(0, nameEnd);
-        if (script.starts_with(recordedMark)) {
-            played += text + RecordedHost(script).play();
+    for (auto story = stories.begin() + 1; story != stories.end(); ++story) {
+        const std::size_t nameEnd = story->find('\n') + 1;
+        std::string lines = story->substr(nameEnd);
+        std::string text = story->substr(0, nameEnd);
+        if (lines.starts_with(recordedMark)) {
+            played += text + RecordedHost(lines).play();
             continue;
         }
+        lines.insert(0, "\n");
+        for (auto block = blocks.rbegin(); block != blocks.rend(); ++block) {
+            replaceLines(lines, block->first, block->second);
+        }
         const auto session = newSession();
-        session->perform(blocks.front());
-        text += session->perform(script);
+        session->perform(head.front());
+        text += session->perform(lines);
         text += session->end();
-        for (std::size_t block = 1; block < blocks.size(); ++block) {
-            const std::size_t bodyAt = blocks[block].find('\n');
-            const std::string name = "\n:: " + blocks[block].substr(3, bodyAt - 2);
-            const std::string body = blocks[block].substr(bodyAt);
-            for (std::size_t at = text.find(body); at != std::string::npos; at = text.find(body)) {
-                text.replace(at, body.size(), name);
-            }
+        for (const auto& [name, body] : blocks) {
+            replaceLines(text, body, name);
         }
         played += text;
     }

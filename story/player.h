@@ -14,7 +14,7 @@ namespace story {
 //   * press cmdUpgrade   an action of the operator
 //   . silence            an event or a setting outside the program; its effects are not recorded
 //   . rules              from here on the rules of story/monitor.h hold; a story ends with its first line "VIOLATION: ..."
-//   := name              at the head of the file: gives the lines below it a name
+//   := name              at the head of the file: gives the lines below it a name; they may have actions and other names
 //   :: name              stands for these lines
 // Commands above the first name are performed before each story. The table of commands is in story/player.cpp.
 std::string play(const std::string& file);

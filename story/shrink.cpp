@@ -107,13 +107,23 @@ struct Case {
     }
 };
 
+// An action, an event or a setting, or the name of a block with one.
+bool isStep(std::string_view line, const Parts& blocks) {
+    const std::string begin = ":= " + std::string(line.substr(std::min<std::size_t>(3, line.size()))) + '\n';
+    const auto block = std::ranges::find_if(blocks, [&](const std::string& text) { return text.starts_with(begin); });
+    return line.starts_with("* ") || line.starts_with(". ") ||
+           (line.starts_with(":: ") && block != blocks.end() &&
+            std::ranges::any_of(linesOf(*block), [&](const auto& each) {
+                return isStep(std::string_view(each).substr(0, each.size() - 1), blocks);
+            }));
+}
+
 Case caseOf(const Parts& preamble, const std::string& story, decltype(Case::failureIn) failureIn) {
     const std::string name = linesOf(story).front();
     const std::string script = story.substr(name.size());
     if (!script.starts_with(recordedMark)) {
         return {join({preamble.begin() + 1, preamble.end()}) + name,
-                partsOf(preamble.front() + script,
-                        [](std::string_view line) { return line.starts_with("* ") || line.starts_with(". "); }),
+                partsOf(preamble.front() + script, [&](std::string_view line) { return isStep(line, preamble); }),
                 false, failureIn};
     }
     Parts steps = partsOf(script, isAction);
