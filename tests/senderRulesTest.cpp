@@ -10,6 +10,21 @@ namespace {
 using Answers = std::vector<int>; // of the receiver: a byte each, or silence up to the timeout
 constexpr int silence = -1;
 
+// The words of a text, each after a blank; "x*3" stands for three in a row.
+std::string repeated(const std::string& text) {
+    std::istringstream words(text);
+    std::string result;
+    std::string word, next;
+    for (words >> word; !word.empty(); word = std::exchange(next, "")) {
+        int count = 1;
+        for (; words >> next && next == word; next.clear()) {
+            ++count;
+        }
+        result += ' ' + word + (count == 1 ? "" : '*' + std::to_string(count));
+    }
+    return result;
+}
+
 // A receiver for the program's sender; the line discards what the simulated unit sends.
 class Sender : public testing::Test {
   protected:
@@ -51,9 +66,9 @@ class Sender : public testing::Test {
         EXPECT_EQ(world.host.run([&] { result = xModem::xModemS(); }), RunEnd::idle);
         EXPECT_FALSE(frmWait().timerWait.enabled() || frmWait().timerWait.interval() != 0);
         std::ostringstream seen;
-        seen << (record.size() < 200 ? record : "..." + record.substr(record.size() - 60)) << " = " << std::hex
-             << result << std::dec << " after " << (world.clock.now() - begin) / 1000 << " ms, "
-             << frmWait().prbComm.value;
+        const std::string sent = repeated(record);
+        seen << (sent.size() < 80 ? sent : "..." + sent.substr(sent.size() - 60)) << " = " << std::hex << result
+             << std::dec << " after " << (world.clock.now() - begin) / 1000 << " ms, " << frmWait().prbComm.value;
         return seen.str();
     }
 
@@ -111,7 +126,7 @@ TEST_F(Sender, ReadsPendingBytesOneByOneAndAtTheTimeout) {
     EXPECT_TRUE(transfer({}).starts_with(" = 1003"));
     put('C', world.clock.now() + fromSeconds(60));
     put(simulator::ack, world.clock.now() + fromSeconds(70));
-    EXPECT_TRUE(transfer({}).starts_with(" -1 -2 -2"));
+    EXPECT_TRUE(transfer({}).starts_with(" -1 -2*"));
 }
 
 TEST_F(Sender, RunsWindowEventsWhileBytesArePending) {
