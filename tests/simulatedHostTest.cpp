@@ -128,6 +128,54 @@ TEST_F(SimulatedHostTest, DelaysBytesOnTheLine) {
     EXPECT_EQ(world.theOperator.possible().size(), 10u); // 6 clicks, 3 entries, the close box
 }
 
+TEST(LineFaults, ChangeOneWrite) {
+    using Kind = LineFault::Kind;
+    const Bytes xy{'X', 'Y'};
+    const std::pair<LineFault, const char*> rows[]{{{.kind = Kind::lose}, "ac at 9"},
+                                                   {{.kind = Kind::flip}, "a\"c at 9"}, // a bit of b
+                                                   {{.kind = Kind::twice}, "abbc at 9"},
+                                                   {{.kind = Kind::insert, .bytes = xy}, "aXYbc at 9"},
+                                                   {{.kind = Kind::insert, .place = 7, .bytes = xy}, "abcXY at 9"},
+                                                   {{.kind = Kind::cut}, "a at 9"},
+                                                   {{.kind = Kind::drop}, " at 9"},
+                                                   {{.kind = Kind::repeat}, "abcabc at 9"},
+                                                   {{.kind = Kind::replace, .bytes = xy}, "XY at 9"},
+                                                   {{.kind = Kind::delay, .time = 20}, "abc at 29"},
+                                                   {{.kind = Kind::drop, .writes = Writes::transfer}, "abc at 9"},
+                                                   {{.kind = Kind::drop, .first = 2}, "abc at 9"},
+                                                   {{.kind = Kind::drop, .last = 0}, "abc at 9"},
+                                                   {{.kind = Kind::drop, .perMille = 0}, "abc at 9"}};
+    for (auto [fault, expected] : rows) {
+        fault.place = fault.place.value_or(1);
+        std::vector<LineFault> faults{fault};
+        Random random;
+        Bytes bytes{'a', 'b', 'c'};
+        Micros at = 9;
+        applyFaults(faults, Writes::frames, random, bytes, at);
+        const std::string text = std::string(bytes.begin(), bytes.end()) + " at " + std::to_string(at);
+        EXPECT_EQ(text, expected);
+        EXPECT_EQ(faults[0].applied, text == "abc at 9" ? 0 : 1);
+    }
+}
+
+TEST_F(SimulatedHostTest, ReportsWhatHangs) {
+    const std::function<void()> nest = [&] { desk.schedule(0, nest), desk.doEvents(); };
+    const std::pair<std::function<void()>, const char*> rows[]{
+        {[&] { desk.waitForBytes(never); }, "the program waits for bytes that nothing will send"},
+        {[&] { desk.waitForEvents(never); }, "the program waits and nothing will ever happen"},
+        {nest, "window events run inside each other without end"},
+        {[&] {
+             while (desk.timeGetTime() == 0) {
+             }
+         },
+         "the program loops without waiting, at 0 s"},
+        {[&] { desk.sleep(24 * 3'600'001); }, "the program still runs after 86400 s"}};
+    for (const auto& [action, expected] : rows) {
+        EXPECT_EQ(desk.run(action), RunEnd::stuck);
+        EXPECT_EQ(desk.stuckReason(), expected);
+    }
+}
+
 TEST_F(SimulatedHostTest, RecordsViolations) {
     TestForm other("other");
     desk.hide(other);
