@@ -11,6 +11,7 @@
 #include "link/replyReceiver.h"
 #include "platform/qt/qtHost.h"
 #include "state/variables.h"
+#include "transfer/blockReader.h"
 #include "transfer/loadCommand.h"
 #include "transfer/programState.h"
 #include "transfer/transferCommands.h"
@@ -98,7 +99,7 @@ bool read(const std::string& path) {
         host().waitForEvents(never);
     }
     print("read_ms", clockMicros() - start);
-    return shared.readBackCount == imageSize;
+    return FirmComm::reader.readBackCount == imageSize;
 }
 
 bool load(const std::string& path) {

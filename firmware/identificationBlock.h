@@ -15,6 +15,7 @@ constexpr std::int32_t imageBase = 0xC0000;
 // the array.
 std::string fncImageText(const Bytes& image, std::int32_t first, std::int32_t last, std::int32_t base);
 
+// No operation of the system reads the lead text: the field is a part of the file's format.
 enum class FileField { leadText = 0, rawVersion = 1, typeText = 2 };
 
 // A text from shared.firmwareImage: the five characters at the start of the block; the raw version as a decimal number, or

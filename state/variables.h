@@ -57,7 +57,6 @@ struct SharedVariables {
     Bytes firmwareImage = Bytes(imageSize + 1); // the loaded file, source of a write; firmware/
     bool fileLoaded = false;                    // a file of the right size is in firmwareImage; firmware/
     Bytes readBackImage = Bytes(imageSize + 1); // bytes received from the unit; transfer/
-    std::int32_t readBackCount = 0;             // how many; transfer/
 
     // The transfer procedures, written by transfer/.
     std::int16_t commRetry = 0; // number of the present try of an operation; from 3 on, the unit's result code "1234"

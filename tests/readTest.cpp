@@ -149,7 +149,7 @@ TEST(Read, StopsAtTheEndOfTheArray) {
         EXPECT_EQ(shared.readBackImage.back(), count <= blockCount ? 0 : 'x');
         FirmComm::subStoreBlock();
     }
-    EXPECT_EQ(shared.readBackCount, imageSize + 1);
+    EXPECT_EQ(FirmComm::reader.readBackCount, imageSize + 1);
     EXPECT_EQ(frmWait().prbComm.value, imageSize);
     shared.firmwareImage = shared.readBackImage;
     shared.firmwareImage.back() = 0;

@@ -160,11 +160,11 @@ void subStoreBlock() {
     try {
         noteStored(reader.cutBlocks);
         for (std::int32_t index = xModem::headerSize;
-             index < xModem::headerSize + blockSize && shared.readBackCount <= imageSize; ++index) {
-            at(shared.readBackImage, shared.readBackCount) = at(reader.blockBuffer, index);
-            ++shared.readBackCount;
+             index < xModem::headerSize + blockSize && reader.readBackCount <= imageSize; ++index) {
+            at(shared.readBackImage, reader.readBackCount) = at(reader.blockBuffer, index);
+            ++reader.readBackCount;
         }
-        frmWait().prbComm.value = std::min(shared.readBackCount, imageSize);
+        frmWait().prbComm.value = std::min(reader.readBackCount, imageSize);
     } catch (const std::exception&) {
         subReportError();
     }
@@ -172,11 +172,11 @@ void subStoreBlock() {
 
 // After the last block, a part of a block is noise.
 bool imageIncomplete() {
-    return reader.cutBlocks.damaged || (reader.cutBlocks.lost && shared.readBackCount < imageSize);
+    return reader.cutBlocks.damaged || (reader.cutBlocks.lost && reader.readBackCount < imageSize);
 }
 
 bool imageArrived() {
-    return shared.readBackCount == imageSize && !imageIncomplete();
+    return reader.readBackCount == imageSize && !imageIncomplete();
 }
 
 void reportLostBlocks() {
@@ -187,7 +187,7 @@ void reportLostBlocks() {
 
 void subResetReader() {
     std::ranges::fill(shared.readBackImage, std::uint8_t{0});
-    shared.readBackCount = 0;
+    reader.readBackCount = 0;
     reader.cutBlocks = {};
 }
 

@@ -24,6 +24,7 @@ constexpr std::int32_t end = 12;    // silence for 3000 ms, or the port failed; 
 struct Reader {
     Bytes blockBuffer = Bytes(1025); // bytes of the latest poll that found block data
     std::int16_t blockLength = 0;    // how many
+    std::int32_t readBackCount = 0;  // bytes in shared.readBackImage
     std::int64_t lastActivityAt = 0; // clock at the last byte received or control byte sent, milliseconds
 
     // State of blocks of which a poll has found only a part.

@@ -18,8 +18,8 @@ std::int32_t writeShowingFailure(const Bytes& bytes) {
     } catch (const std::exception&) {
         const FailureReport failure = currentFailure();
         if (!std::exchange(FirmComm::lossShown, true)) {
-            platform::host().msgBox({textId::rawWriteFailed, failure.description, platform::boxStyle::critical,
-                                     selectedText(textId::rawWriteFailed)});
+            showText(textId::rawWriteFailed, platform::boxStyle::critical, failure.description,
+                     selectedText(textId::rawWriteFailed));
         }
         return failure.number;
     }

@@ -22,7 +22,7 @@ struct FrmMain : platform::Form {
     platform::Control fraLanguage;
     std::array<platform::Control, 2> optLanguage; // Japanese, English
     platform::Control LabelWriteProtect;          // visible: a write ends after its checks
-    platform::Control Line2;
+    platform::Control Line2;                      // hidden for good, as in the stored form
 
     platform::Timer CommTimer{"CommTimer"}; // steps the transfer procedures
     platform::FileDialog cmdSoft;           // the open and the save dialog

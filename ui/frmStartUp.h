@@ -5,7 +5,7 @@
 
 struct FrmStartUp : platform::Form {
     platform::Control shpComm; // covers the picture at port choice
-    platform::Control lblBPS;
+    platform::Control lblBPS;  // hidden for good with its list, as in the stored form
     platform::Control cmbBps;
     platform::Control lblCom;
     platform::Control cmbCom;
