@@ -160,9 +160,10 @@ void showTransfer(const Run& run) {
         run.host.sleep(20); // the bar is drawn that often at most
         FrmWait& form = frmWait();
         visit(run, "progress", form);
-        // A verification takes minutes on the clock: it would look like this.
-        form.lblMsg.caption = selectedText(textId::verificationRuns);
+        // A read takes minutes on the clock: it would look like this.
         form.cmdCancel.enabled = true;
+        visit(run, "save", form);
+        form.lblMsg.caption = selectedText(textId::verificationRuns);
         visit(run, "verification", form);
         return true;
     };
