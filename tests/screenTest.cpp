@@ -11,9 +11,11 @@ namespace {
 std::string textOf(const Form& form) {
     std::string line = form.title;
     for (const Control* control : form.controls) {
-        line += control->picture == 0 ? "" : '#' + std::to_string(control->picture);
-        line += control->caption.empty() ? "" : '|' + control->caption + (control->font.name == "Arial" ? " (a)" : "");
-        line += control->textColour == greyText ? " pale" : "";
+        std::string part = control->picture == 0 ? "" : '#' + std::to_string(control->picture);
+        part += control->caption.empty() ? "" : '|' + control->caption + (control->font.name == "Arial" ? " (a)" : "");
+        part += control->textColour == greyText ? " pale" : "";
+        line += !part.empty() && line.size() - line.rfind('\n') > 90 ? "\n " : ""; // of the last line
+        line += part;
     }
     return line + '\n';
 }
