@@ -1,6 +1,3 @@
-// The windows that differ on the service screen, tested as those of the delivered one. Its places replace the library's.
+// The windows that differ on the service screen, tested by qtGalleryTest.cpp: these places replace those of the library.
 #define TARNBEACON_SERVICE_SCREEN
-// NOLINTBEGIN(bugprone-suspicious-include)
-#include "tests/qtGalleryTest.cpp"
-#include "ui/serviceScreen.cpp"
-// NOLINTEND(bugprone-suspicious-include)
+#include "ui/serviceScreen.cpp" // NOLINT(bugprone-suspicious-include)
