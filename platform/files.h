@@ -44,7 +44,8 @@ class Files {
     // to a copy in the same folder, which replaces the file when it is closed. They go into the file itself, with no way
     // back, where the operator may not create a copy, and where a copy would lose something: another name of the file,
     // another owner, an access list, or a device.
-    // Opens to extend: then also creates a missing file, and each write goes into the file itself at once.
+    // Opens to extend: then also creates a missing file, and each write goes into the file itself at once. Fails while
+    // another program extends it.
     virtual std::unique_ptr<BinaryFile> openBinary(const std::string& path, FileAccess access) = 0;
 
     // The bytes of the whole file. If the system has a code page other than UTF-8, a file that is neither UTF-8 nor

@@ -195,7 +195,7 @@ RecordedHost::RecordedHost(const std::string& session)
     : port_(std::make_unique<RecordedPort>(*this)), files_(std::make_unique<RecordedFiles>(*this)) {
     Parts lines = partsOf(session, [](std::string_view line) { return !line.starts_with(' '); }); // with their rows
     lines.erase(lines.begin());
-    if (!lines.empty() && !beginsWith(itemOf(lines.back()).text, "ends")) {
+    if (!lines.empty() && (!lines.back().ends_with('\n') || beginsWith(itemOf(lines.back()).text, "content"))) {
         rest_ = lines.back(); // it may have been cut off
         lines.pop_back();
     }
@@ -203,8 +203,10 @@ RecordedHost::RecordedHost(const std::string& session)
         if (line.starts_with(". ")) {
             head_ += line;
             readHead(line);
-        } else {
-            items_.push_back(itemOf(line));
+            continue;
+        }
+        for (const std::string& item : longLines(line)) {
+            items_.push_back(itemOf(item));
         }
     }
 }
@@ -262,7 +264,8 @@ const SessionItem* RecordedHost::due(std::string_view word, Call call) const {
 
 // Takes an item and returns its text after the first word.
 std::string RecordedHost::take(const SessionItem& item) {
-    now_ += item.passed;
+    known_ += item.passed;
+    now_ = known_;
     std::string_view text = item.text;
     text.starts_with('<') ? text.remove_prefix(1) : (void)takeWord(text);
     at_ += at_ < items_.size() && &item == &items_[at_] ? 1 : 0; // not a line of the head
@@ -289,7 +292,9 @@ void RecordedHost::add(std::string_view line, bool given) {
         throw SessionEnd{};
     }
     at_ += !given && !items_[at_].given ? 1 : 0;
-    played_ += line;
+    const ShortLines::Change change = short_.add(line);
+    played_.resize(played_.size() - change.back);
+    played_ += change.text;
 }
 
 std::string RecordedHost::play() {
@@ -321,7 +326,17 @@ bool RecordedHost::runEvent(std::string_view mark) {
     if (item == nullptr) {
         return false;
     }
-    perform(take(*item));
+    const std::string event = take(*item);
+    if (!event.starts_with("again")) {
+        event_ = event;
+    } else {
+        std::string_view times = event;
+        takeWord(times);
+        const bool last = ++again_ >= takeNumber(times);
+        again_ = last ? 0 : again_;
+        at_ -= last ? 0 : 1;
+    }
+    perform(std::string(event_)); // a copy: another event may run in it
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include "platform/host.h"
 #include "story/record/knownFiles.h"
 #include "story/record/recordingHost.h"
+#include "story/record/shortLines.h"
 
 #include <string>
 #include <vector>
@@ -81,8 +82,12 @@ class RecordedHost final : public platform::Host, public SessionSink {
     std::size_t at_ = 0; // the next item
     std::string rest_;   // the last line of a session that does not end
     std::string played_;
-    std::int64_t now_ = 0;  // milliseconds since the start
-    std::int64_t idle_ = 0; // calls since the last line
+    ShortLines short_;       // of what is played
+    std::string event_;      // the last one
+    std::int64_t again_ = 0; // so many times it has come again
+    std::int64_t now_ = 0;   // milliseconds since the start
+    std::int64_t known_ = 0; // the time of the last line taken; a wait can be ahead of it
+    std::int64_t idle_ = 0;  // calls since the last line
     platform::Size screen_;
     std::string directory_;
     std::optional<std::int16_t> givenPort_;

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
@@ -114,6 +115,13 @@ class DiskFile : public BinaryFile {
 
     const std::string& path() const { return path_; }
 
+    // Fails if another program has locked the file. Some file systems have no locks.
+    void lock() const {
+        if (::flock(descriptor_, LOCK_EX | LOCK_NB) < 0 && errno == EWOULDBLOCK) {
+            raise(path_, EBUSY);
+        }
+    }
+
     // Appends the content of another file, from its beginning.
     void appendFile(const DiskFile& other) {
         constexpr std::size_t part = 1 << 20;
@@ -211,6 +219,12 @@ std::unique_ptr<Copy> makeCopy(const std::string& path, const std::string& targe
     }
 }
 
+std::unique_ptr<BinaryFile> openToExtend(const std::string& path) {
+    auto file = std::make_unique<DiskFile>(path, O_RDWR | O_CREAT);
+    file->lock();
+    return file;
+}
+
 std::unique_ptr<BinaryFile> openToWrite(const std::string& path) {
     struct stat status {};
     if (::stat(path.c_str(), &status) == 0) {
@@ -242,7 +256,7 @@ class DiskFiles : public Files {
     std::unique_ptr<BinaryFile> openBinary(const std::string& path, FileAccess access) override {
         switch (access) {
         case FileAccess::read: return std::make_unique<DiskFile>(path, O_RDONLY);
-        case FileAccess::extend: return std::make_unique<DiskFile>(path, O_RDWR | O_CREAT);
+        case FileAccess::extend: return openToExtend(path);
         default: return openToWrite(path);
         }
     }

@@ -14,6 +14,7 @@ constexpr std::uint8_t etx = 0x03;
 constexpr std::uint8_t soh = 0x01;
 constexpr std::size_t headSize = 3;
 constexpr std::size_t blockSize = 128;
+constexpr std::size_t mostMissing = 16;       // blocks in a row; more of them are another transfer
 constexpr std::string_view address = "00000"; // before the text of a command
 constexpr std::string_view hexDigits = "0123456789ABCDEF";
 
@@ -44,24 +45,28 @@ std::optional<std::string> commandText(std::span<const std::uint8_t> frame) {
     return text.substr(address.size());
 }
 
-std::string BlockNames::nameOf(std::span<const std::uint8_t> bytes, std::string_view image) {
+bool BlockNames::addName(std::string& line, std::span<const std::uint8_t> bytes, std::string_view image) {
     const std::size_t checkSize = bytes.size() - std::min(bytes.size(), headSize + blockSize);
     if ((checkSize != 1 && checkSize != 2) || bytes[0] != soh || (bytes[1] ^ bytes[2]) != 0xFF) {
-        return {};
+        return false;
     }
-    for (const std::size_t number : {last_, last_ + 1, std::size_t{1}}) {
-        if (number > 0 && (number & 0xFF) == bytes[1] && number * blockSize <= image.size() &&
+    const std::size_t ahead = (bytes[1] - last_) & 0xFF;
+    const std::size_t next = last_ + ahead;
+    for (const std::size_t number : {ahead <= mostMissing ? next : bytes[1], next}) {
+        if (number > 0 && number * blockSize <= image.size() &&
             std::memcmp(&image[(number - 1) * blockSize], &bytes[headSize], blockSize) == 0) {
             last_ = number;
-            std::string name = "block " + std::to_string(number) + ' ';
+            line += "block ";
+            line += std::to_string(number);
+            line += ' ';
             for (const std::uint8_t byte : bytes.last(checkSize)) {
-                name += hexDigits[byte >> 4];
-                name += hexDigits[byte & 0xF];
+                line += hexDigits[byte >> 4];
+                line += hexDigits[byte & 0xF];
             }
-            return name;
+            return true;
         }
     }
-    return {};
+    return false;
 }
 
 Bytes blockOf(std::string_view numberAndCheck, std::string_view image) {

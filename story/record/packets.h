@@ -19,9 +19,9 @@ bool frameComplete(std::span<const std::uint8_t> frame);
 // Names the blocks of one direction of the line.
 class BlockNames {
   public:
-    // "block 17 3F2A" for SOH, the number of the block, its complement, 128 bytes that are block 17 of the image, and its
-    // check bytes, here 3F 2A; empty for any other bytes. The next block is the same, the next one, or the first.
-    std::string nameOf(std::span<const std::uint8_t> bytes, std::string_view image);
+    // Adds "block 17 3F2A" to a line for SOH, the number of the block, its complement, 128 bytes that are block 17 of the
+    // image, and its check bytes, here 3F 2A; false for any other bytes. A block may come again, or be missing.
+    bool addName(std::string& line, std::span<const std::uint8_t> bytes, std::string_view image);
 
   private:
     std::size_t last_ = 0; // number of the last block; the first is 1

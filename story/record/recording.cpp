@@ -3,8 +3,10 @@
 #include "base/failure.h"
 #include "base/version.h"
 #include "platform/profile.h"
+#include "story/record/shortLines.h"
 #include "story/record/text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -18,8 +20,8 @@ class SessionFile : public SessionSink {
   public:
     SessionFile(Host& host, const std::string& path) : host_(host) {
         attempt([&] {
-            at_ = host.files().exists(path) ? host.files().length(path) : 0;
             file_ = host.files().openBinary(path, platform::FileAccess::extend);
+            at_ = host.files().length(path);
             std::array<std::uint8_t, 1> last{'\n'};
             if (at_ > 0) {
                 file_->read(at_ - 1, last);
@@ -29,9 +31,14 @@ class SessionFile : public SessionSink {
     }
 
     void add(std::string_view line, bool) override {
-        if (file_) {
-            unwritten_ += line;
+        if (!file_) {
+            return;
         }
+        const ShortLines::Change change = short_.add(line);
+        const std::size_t unwritten = std::min(change.back, unwritten_.size());
+        unwritten_.resize(unwritten_.size() - unwritten);
+        at_ -= static_cast<std::int64_t>(change.back - unwritten);
+        unwritten_ += change.text;
     }
 
     void flush() override {
@@ -65,8 +72,9 @@ class SessionFile : public SessionSink {
 
     Host& host_;
     std::unique_ptr<platform::BinaryFile> file_;
-    std::int64_t at_ = 0;
+    std::int64_t at_ = 0; // where the unwritten text goes
     std::string unwritten_;
+    ShortLines short_;
 };
 
 std::string settingOf(Host& host) {

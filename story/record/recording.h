@@ -10,7 +10,7 @@
 namespace story {
 
 // The first line of a recorded session, below its name.
-constexpr const char* recordedMark = ". recorded 1\n";
+constexpr const char* recordedMark = ". recorded 2\n";
 
 // The file that the option "--record FILE" names; empty: none.
 std::string recordOption(int argc, const char* const* argv);

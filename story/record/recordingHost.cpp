@@ -102,6 +102,7 @@ class RecordingPort : public platform::SerialPort {
     Bytes frame_;              // written so far
     BlockNames sent_;
     BlockNames taken_;
+    std::string line_; // in work
 };
 
 void RecordingPort::settle() {
@@ -114,11 +115,12 @@ void RecordingPort::settle() {
 }
 
 void RecordingPort::addSent(std::span<const std::uint8_t> bytes) {
-    std::string line = sent_.nameOf(bytes, host_.image_);
-    if (line.empty()) {
-        line = commandText(bytes).value_or("");
+    line_.assign(1, '>');
+    if (!sent_.addName(line_, bytes, host_.image_)) {
+        const std::string command = commandText(bytes).value_or("");
+        line_ += command.empty() ? bytesText(bytes) : command;
     }
-    host_.lines_.did('>' + (line.empty() ? bytesText(bytes) : line));
+    host_.lines_.did(line_);
 }
 
 void RecordingPort::clearReceived() {
@@ -129,8 +131,10 @@ void RecordingPort::clearReceived() {
 }
 
 std::int16_t RecordingPort::countReceived() {
-    settle();
     const std::int16_t count = host_.attempt(Call::countReceived, [&] { return inner_.countReceived(); });
+    if (count != counted_ || !frame_.empty()) {
+        settle();
+    }
     if (count == 0) {
         host_.lines_.nothing(Call::countReceived);
     }
@@ -147,13 +151,14 @@ Bytes RecordingPort::read() {
         host_.lines_.nothing(Call::readPort);
         return bytes;
     }
-    std::string line = taken_.nameOf(bytes, host_.image_);
-    line.insert(0, 1, '<');
-    line += line.size() == 1 ? bytesText(bytes) : "";
-    if (counted > 0 && counted != bytes.size()) {
-        line += " of " + std::to_string(counted);
+    line_.assign(1, '<');
+    if (!taken_.addName(line_, bytes, host_.image_)) {
+        line_ += bytesText(bytes);
     }
-    host_.lines_.given(line, host_.lines_.emptyPolls());
+    if (counted > 0 && counted != bytes.size()) {
+        line_ += " of " + std::to_string(counted);
+    }
+    host_.lines_.given(line_, host_.lines_.emptyPolls());
     return bytes;
 }
 
@@ -299,9 +304,9 @@ void RecordingHost::given(std::string_view line, std::int64_t without) {
 }
 
 void RecordingHost::addScreen() {
-    settle();
     if (std::exchange(screenDue_, false)) {
         for (const std::string& line : screen_.changes()) {
+            settle();
             lines_.did(line);
         }
     }
@@ -315,10 +320,17 @@ void RecordingHost::addSettings() {
 
 // Window events.
 
-// "*": the program was idle. "~": in a wait. "~~": in the same wait as the event before.
+// "*": the program was idle. "~": in a wait. "~~": in the same wait as the event before. "again": as the line above, and the
+// program has not looked at the time since.
 void RecordingHost::addEvent(const std::string& name, std::int64_t now) {
-    const char* mark = waits_ == 0 ? "* " : std::exchange(eventInWait_, true) ? "~~ " : "~ ";
-    lines_.given(mark + name, mark[1] == ' ' && mark[0] == '~' ? lines_.without(Call::wait) : 0, now);
+    const std::string mark = waits_ == 0 ? "* " : std::exchange(eventInWait_, true) ? "~~ " : "~ ";
+    if (name == lastEvent_ && name.starts_with("tick ") && lines_.onlyWaitedSince(lastEventLine_)) {
+        lines_.given(mark + "again", 0, lines_.known());
+    } else {
+        lines_.given(mark + name, mark == "~ " ? lines_.without(Call::wait) : 0, now);
+    }
+    lastEvent_ = name;
+    lastEventLine_ = lines_.number();
 }
 
 // Lets events run in a wait. True if one has run.
@@ -391,11 +403,11 @@ void RecordingHost::unload(Form& form) {
 // Clock and waits.
 
 std::int64_t RecordingHost::timeGetTime() {
-    settle();
     const std::int64_t now = inner_.timeGetTime();
     if (now == lines_.known()) {
         lines_.nothing(Call::time);
     } else {
+        settle();
         lines_.given("time", lines_.without(Call::time), now);
     }
     return now;

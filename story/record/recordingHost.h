@@ -80,6 +80,8 @@ class RecordingHost : public platform::Host {
     bool screenDue_ = true;    // the program may have changed the screen
     int waits_ = 0;            // waits in progress, one in an event of the other
     bool eventInWait_ = false; // an event has run in the innermost wait
+    std::string lastEvent_;
+    std::int64_t lastEventLine_ = 0;
 };
 
 } // namespace story

@@ -29,12 +29,12 @@ std::string shortName(const Control& control) {
     return control.name + (control.index < 0 ? "" : '(' + std::to_string(control.index) + ')');
 }
 
-// Adds "name: property value" to a list if the value differs from the one before, which it replaces.
-template <class Value, class Text>
-void compare(std::string& list, const std::string& name, Value& before, const Value& now, Text text) {
+// Adds "name property value" to a list if the value differs from the one before, which it replaces.
+template <class Name, class Value, class Text>
+void compare(std::string& list, Name name, Value& before, const Value& now, Text text) {
     if (before != now) {
         before = now;
-        list += (list.empty() ? "" : ", ") + name + text(now);
+        list += (list.empty() ? "" : ", ") + std::string(name()) + text(now);
     }
 }
 
@@ -57,8 +57,11 @@ std::string nameOf(const Form& form, const Control& control) {
 }
 
 Screen::Window Screen::stateOf(const Form& form) {
-    Window window{&form, form.title, form.enabled, form.mousePointer, {}};
+    Window window{&form, form.title, form.enabled, form.mousePointer, {}, {}};
     for (const Control* control : form.controls) {
+        if (setByOperator(*control)) {
+            window.settable.push_back(window.parts.size());
+        }
         window.parts.push_back({control, control->caption, control->font.name, control->enabled, control->visible,
                                 control->textColour.source, valueOf(*control), control->listIndex,
                                 control->items.size()});
@@ -77,12 +80,13 @@ void Screen::remove(const Form& form) {
 std::string Screen::changesOf(Window& before) {
     const Form& form = *before.form;
     std::string list;
-    compare(list, "title", before.title, form.title, quoted);
-    compare(list, "window", before.enabled, form.enabled, word("enabled"));
-    compare(list, "pointer", before.pointer, form.mousePointer, number("number"));
+    const auto named = [](const char* name) { return [name] { return name; }; };
+    compare(list, named("title"), before.title, form.title, quoted);
+    compare(list, named("window"), before.enabled, form.enabled, word("enabled"));
+    compare(list, named("pointer"), before.pointer, form.mousePointer, number("number"));
     for (Part& part : before.parts) {
         const Control& control = *part.control;
-        const std::string name = shortName(control);
+        const auto name = [&control] { return shortName(control); };
         compare(list, name, part.caption, control.caption, quoted);
         compare(list, name, part.font, control.font.name, quoted);
         compare(list, name, part.enabled, control.enabled, word("enabled"));
@@ -108,10 +112,11 @@ std::vector<std::string> Screen::changes() {
 std::vector<std::string> Screen::settings() {
     std::vector<std::string> lines;
     for (Window& window : windows_) {
-        for (Part& part : window.parts) {
+        for (const std::size_t place : window.settable) {
+            Part& part = window.parts[place];
             const Control& control = *part.control;
             const bool entry = control.kind == ControlKind::dropDownList;
-            if (setByOperator(control) && (part.value != valueOf(control) || part.listIndex != control.listIndex)) {
+            if (part.value != valueOf(control) || part.listIndex != control.listIndex) {
                 part.value = valueOf(control);
                 part.listIndex = control.listIndex;
                 lines.push_back("set " + nameOf(*window.form, control) + ' ' +

@@ -38,6 +38,7 @@ class Screen {
         bool enabled;
         platform::MousePointer pointer;
         std::vector<Part> parts;
+        std::vector<std::size_t> settable; // places of the parts that the operator can set
     };
 
     static Window stateOf(const platform::Form& form);

@@ -40,10 +40,19 @@ void SessionLines::given(std::string_view line, std::int64_t without, std::int64
     add(line, true);
 }
 
+bool SessionLines::onlyWaitedSince(std::int64_t line) const {
+    std::int64_t others = number_ - line;
+    for (const std::int64_t calls : calls_) {
+        others += calls;
+    }
+    return others == emptyPolls() + without(Call::wait);
+}
+
 void SessionLines::add(std::string_view line, bool given) {
     line_.append(static_cast<std::size_t>(cleared_), '-');
     line_ += line;
     line_ += '\n';
+    ++number_;
     cleared_ = 0;
     calls_ = {};
     sink_.add(line_, given);

@@ -44,6 +44,10 @@ class SessionLines {
     std::int64_t without(Call call) const { return calls_[static_cast<std::size_t>(call)]; }
     std::int64_t emptyPolls() const { return without(Call::countReceived) + without(Call::readPort); }
 
+    // Whether the program has done nothing but wait and poll in vain since that line, which is the last one.
+    std::int64_t number() const { return number_; }
+    bool onlyWaitedSince(std::int64_t line) const;
+
     // A call of clearReceived: a "-" before the next line.
     void cleared() { ++cleared_; }
 
@@ -57,6 +61,7 @@ class SessionLines {
     SessionSink& sink_;
     std::function<std::int64_t()> clock_;
     std::int64_t known_;
+    std::int64_t number_ = 0; // of lines
     int cleared_ = 0;
     std::array<std::int64_t, platform::operationCount> calls_{};
     std::string line_; // in work
