@@ -7,7 +7,7 @@ if(NOT release_heading MATCHES "^## ([0-9.]+) - ([0-9-]+)$" OR NOT CMAKE_MATCH_1
   message(FATAL_ERROR "The newest version of CHANGELOG.md, \"${release_heading}\", is not ${PROJECT_VERSION}.")
 endif()
 set(release_date ${CMAKE_MATCH_2})
-execute_process(COMMAND date --utc --date ${release_date} +%a,\ %d\ %b\ %Y\ %T\ %z
+execute_process(COMMAND env LC_ALL=C date --utc --date ${release_date} +%a,\ %d\ %b\ %Y\ %T\ %z
                 OUTPUT_VARIABLE release_mail_date OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 
 # The version of a package names the release of Debian that it is for, so that the packages of two releases differ,
@@ -81,7 +81,6 @@ set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL ${packages})
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_VERSION ${package_version})
-set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_DEBIAN_PACKAGE_HOMEPAGE ${PROJECT_HOMEPAGE_URL})
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
