@@ -59,9 +59,7 @@ tryCli() {
     startCliUnit --image "$demo/sample.bin" --raw-version 11046
     cliEnds 0 '"result":"unchanged"' --json upgrade --if-different "$sample"
     grep -v "^{.*}\r\?\$" "$demo/cli.log" && fail "There is something that is not an object."
-    cliEnds 0 "" save 'C:\saved.bin'
-    cmp "$demo/sample.bin" "$drive/saved.bin" || fail "The saved file differs."
-    cliEnds 5 "saved.bin" save 'C:\saved.bin'
+    cliEnds 5 "--overwrite" save "$sample"
     stopProcess "$unitProcess" || true
     startCliUnit --reply 300550:0=1001
     cliEnds 1 "Failed" upgrade "$sample"
