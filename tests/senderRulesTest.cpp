@@ -67,7 +67,7 @@ class Sender : public testing::Test {
         EXPECT_FALSE(frmWait().timerWait.enabled() || frmWait().timerWait.interval() != 0);
         std::ostringstream seen;
         const std::string sent = repeated(record);
-        seen << (sent.size() < 80 ? sent : "..." + sent.substr(sent.size() - 60)) << " = " << std::hex << result
+        seen << (sent.size() < 80 ? sent : "..." + sent.substr(sent.size() - 50)) << " = " << std::hex << result
              << std::dec << " after " << (world.clock.now() - begin) / 1000 << " ms, " << frmWait().prbComm.value;
         return seen.str();
     }
