@@ -1,4 +1,4 @@
-// What the program without windows prints: lines for a person, or one JSON object a line for a script.
+// What the program without windows prints: lines for the operator, or one JSON object a line for a script.
 #pragma once
 
 #include "base/time.h"

@@ -67,12 +67,12 @@ bool operationRuns() {
 
 Session::Session(const CommandLine& line)
     : line_(line), japanese_(line.language.empty() ? platform::userIsJapanese() : line.language == "ja"),
-      report_(line.json, line.quiet), person_(person()) {
+      report_(line.json, line.quiet), operator_(terminalOperator()) {
     platform::setHost(&host_);
     choosePort();
 }
 
-platform::TerminalOperator Session::person() {
+platform::TerminalOperator Session::terminalOperator() {
     return {.folder = line_.folder,
             .portNumber = {},
             .device = {},
@@ -92,7 +92,7 @@ platform::TerminalOperator Session::person() {
 // A device has the COM number that Setting.INI or the system gives it, else the first one.
 void Session::choosePort() {
     if (line_.device.empty()) {
-        person_.portNumber = line_.portNumber;
+        operator_.portNumber = line_.portNumber;
         return;
     }
     std::int16_t number = 1;
@@ -101,8 +101,8 @@ void Session::choosePort() {
             number = tried;
         }
     }
-    person_.portNumber = number;
-    person_.device = line_.device;
+    operator_.portNumber = number;
+    operator_.device = line_.device;
 }
 
 void Session::run() {
@@ -349,18 +349,18 @@ int Session::explainEnd(int exitCode) {
 std::string Session::portName() {
     const std::string device = host_.deviceOf(shared.comPortNumber);
     const std::string name = "COM" + std::to_string(shared.comPortNumber);
-    return !person_.device.empty() ? device : device == name ? name : name + " (" + device + ")";
+    return !operator_.device.empty() ? device : device == name ? name : name + " (" + device + ")";
 }
 
 // A port that the command line names by its device has that name in every text.
 std::string Session::withPortName(std::string text) {
-    if (person_.device.empty()) {
+    if (operator_.device.empty()) {
         return text;
     }
-    const std::string number = "COM" + std::to_string(*person_.portNumber);
-    for (const std::string& name : {number + " (" + person_.device + ")", number}) {
+    const std::string number = "COM" + std::to_string(*operator_.portNumber);
+    for (const std::string& name : {number + " (" + operator_.device + ")", number}) {
         if (const std::size_t place = text.find(name); place < text.size()) {
-            return text.replace(place, name.size(), person_.device);
+            return text.replace(place, name.size(), operator_.device);
         }
     }
     return text;

@@ -26,7 +26,7 @@ class Session {
 
   private:
     void choosePort();
-    platform::TerminalOperator person();
+    platform::TerminalOperator terminalOperator();
 
     void requireReadableTypeFile();
     void start();
@@ -56,8 +56,8 @@ class Session {
     CommandLine line_;
     bool japanese_;
     Report report_;
-    platform::TerminalOperator person_;
-    platform::TerminalHost host_{person_};
+    platform::TerminalOperator operator_;
+    platform::TerminalHost host_{operator_};
     std::optional<story::Recording> recording_; // once the program runs
 
     std::set<int> boxes_;     // ids of the boxes shown

@@ -39,7 +39,7 @@ class DevicePort : public SerialPort {
     // the loss of the device. After it has been reported, a wait ignores it until the program uses the port or more bytes
     // arrive; otherwise the waits of a program that does not read would return at once, each time.
     bool waitForInput(Micros until);
-    // Checks the device without waiting; true when there is input.
+    // Checks the device without waiting, for a host whose clock does not run by itself; true when there is input.
     bool pollInput();
     // Checks the device and reports nothing; closes a device that is gone.
     void checkDevice() { fetch(); }

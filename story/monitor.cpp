@@ -27,14 +27,14 @@ namespace {
 constexpr std::size_t mostBoxes = 12;           // of an operation
 constexpr std::size_t mostBoxesWithoutPort = 9; // of one that loses its port
 
-// How long the tool waits.
+// How long the program waits.
 constexpr Micros commandLimit = fromSeconds(5);
 constexpr Micros operationLimit = fromSeconds(10);
 constexpr Micros startLimit = fromSeconds(60);
 constexpr Micros packetLimit = fromSeconds(10);
 constexpr Micros silenceLimit = fromSeconds(3);
 
-// Letters for what the tool sends; uu is the number of the addressed unit. A block is b.
+// Letters for what the program sends; uu is the number of the addressed unit. A block is b.
 constexpr std::array<std::pair<std::string_view, char>, 13> letters{{
     {"0501", 'i'},
     {"0601", 's'},
@@ -78,7 +78,7 @@ char letterOf(const Bytes& message) {
     return row == letters.end() ? '?' : row->second;
 }
 
-// How long the tool waits for the reply to its last message.
+// How long the program waits for the reply to its last message.
 Micros replyLimit(const std::string& messages) {
     const char last = messages.empty() ? ' ' : messages.back();
     return std::string_view("isvt").find(last) != std::string_view::npos    ? commandLimit
@@ -194,7 +194,7 @@ void Monitor::transmitted(const Transmission& transmission) {
     }
     if ((!frame || before_ != Operation::writePort) && !portBad() &&
         (before_ != Operation::clearReceived || world_.port.waiting() > 0)) {
-        violation("the tool sends without discarding what it has received");
+        violation("the program sends without discarding what it has received");
     }
     if (!frame || transmission.bytes.size() > 1) {
         checkMessage(letterOf(transmission.bytes), transmission.bytes[transmission.bytes.size() > 1 ? 1 : 0]);
@@ -204,7 +204,7 @@ void Monitor::transmitted(const Transmission& transmission) {
 void Monitor::checkMessage(char letter, std::uint8_t number) {
     const FrmMain* form = mainForm(world_);
     if (!running_ || (form != nullptr && (form->enabled || (letter != 'v' && !world_.host.keptAwake())))) {
-        violation("the tool sends while nothing runs, the window is enabled or the computer may sleep");
+        violation("the program sends while nothing runs, the window is enabled or the computer may sleep");
     }
     checkReply(letter);
     if (letter == 'w' || letter == 'r') {
@@ -216,7 +216,7 @@ void Monitor::checkMessage(char letter, std::uint8_t number) {
     } else if (letter == 'b' || letter == 'e') {
         checkPacket(letter, number);
     } else if (letter == 'x' && !senderMayEnd()) {
-        violation("the tool gives up the write too early");
+        violation("the program gives up the write too early");
     }
     if ((letter != 'a' && letter != 'b') || !messages_.ends_with(letter)) {
         messages_ += letter;
@@ -225,17 +225,17 @@ void Monitor::checkMessage(char letter, std::uint8_t number) {
     heard_ = false;
 }
 
-// What the tool has waited for before this message.
+// What the program has waited for before this message.
 void Monitor::checkReply(char letter) {
     if (!heard_ && !portBad() && !quietFor(replyLimit(messages_))) {
-        violation("the tool does not wait for a reply");
+        violation("the program does not wait for a reply");
     }
     const std::string step = messages_.empty() ? "" : std::string{messages_.back(), letter};
     const bool asked = boxes() > std::exchange(boxesBefore_, boxes());
     const bool needsReply =
         !step.empty() && std::string_view("is sv vt ti pw wb rn").find(step) != std::string_view::npos;
     if ((needsReply || (step == "vp" && !asked)) && !accepted_ && disturbedUntil_ < begun_) {
-        violation("the tool goes on, and the unit has refused");
+        violation("the program goes on, and the unit has refused");
     }
     accepted_ = accepted_ && messages_.ends_with(letter); // the reply may just have missed the time limit
     if (letter == 'b' || letter == 'e' || letter == 'a' || letter == 'n') {
@@ -305,7 +305,7 @@ void Monitor::byteRead(std::uint8_t byte) {
         falseAck_ = true;
         countLineFaults();
         if (!repeated_ && disturbedUntil_ < begun_) {
-            violation("the tool takes an ACK for what the unit has not accepted");
+            violation("the program takes an ACK for what the unit has not accepted");
         }
     }
 }
@@ -343,7 +343,7 @@ void Monitor::boxOpened(const Box& box) {
     const bool silent = box.text.ends_with(selectedText(textId::silentNothingSaved)) ||
                         box.text.ends_with(selectedText(textId::silentNotVerified));
     if (silent && !quietFor(silenceLimit)) {
-        violation("the tool does not wait for a block");
+        violation("the program does not wait for a block");
     }
     const bool notEqual = isFailure(box) && (box.style == boxStyle::critical || box.id == textId::verifyFailed);
     if (operation_ == "cmdUpgrade" && (isSuccess(box) || notEqual)) {
@@ -384,7 +384,7 @@ void Monitor::endOperation() {
     const bool bad = portBad();
     const std::string pattern = bad ? "port" : operation_ + (verifying_ && operation_ != "cmdLoading" ? "/" : "");
     if (!std::regex_match(messages_, std::regex(patterns.at(pattern)))) {
-        violation("the tool sends \"" + messages_ + "\"");
+        violation("the program sends \"" + messages_ + "\"");
     }
     const Box* box = boxes() == 0 ? nullptr : &world_.host.boxes().back();
     const bool success = box != nullptr && isSuccess(*box);

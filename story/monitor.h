@@ -1,4 +1,4 @@
-// The rules of a session. They are checked at each message of the tool, each byte that it reads, each box and each window
+// The rules of a session. They are checked at each message of the program, each byte that it reads, each box and each window
 // event.
 #pragma once
 

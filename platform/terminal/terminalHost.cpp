@@ -24,13 +24,13 @@ void TerminalHost::waitForBytes(std::int64_t until) {
     timers_.readSettings(clockMicros());
     const Micros end = fromMilliseconds(until);
     while (!port().waitForInput(std::min(end, clockMicros() + longestWait)) && clockMicros() < end) {
-        person_.waiting(false);
+        operator_.waiting(false);
     }
 }
 
 void TerminalHost::doEvents() {
     timers_.readSettings(clockMicros());
-    person_.waiting(true);
+    operator_.waiting(true);
     tickDue();
     passProgress();
 }
@@ -40,7 +40,7 @@ void TerminalHost::waitForEvents(std::int64_t until) {
     const Micros end = std::min({fromMilliseconds(until), timers_.next(), clockMicros() + longestWait});
     const bool input = port().waitForInput(end);
     if (!input || timers_.next() <= clockMicros()) {
-        person_.waiting(true);
+        operator_.waiting(true);
         tickDue();
     }
     passProgress();
@@ -68,7 +68,7 @@ void TerminalHost::passProgress() {
         if (shown.value != progressValue_ && (now >= progressAt_ + interval || shown.value == shown.max)) {
             progressAt_ = now;
             progressValue_ = shown.value;
-            person_.progress(shown.value, shown.max);
+            operator_.progress(shown.value, shown.max);
         }
     }
 }
@@ -96,25 +96,25 @@ void TerminalHost::keepAwake(bool on) {
     SystemHost::keepAwake(on);
     if (on != awake_) {
         awake_ = on;
-        person_.transfer(on);
+        operator_.transfer(on);
     }
 }
 
 std::string TerminalHost::programDirectory() {
-    return person_.folder.empty() ? SystemHost::programDirectory() : person_.folder;
+    return operator_.folder.empty() ? SystemHost::programDirectory() : operator_.folder;
 }
 
 std::optional<std::int16_t> TerminalHost::givenPort() {
-    return person_.portNumber;
+    return operator_.portNumber;
 }
 
 std::string TerminalHost::deviceOf(int number) {
-    const bool given = number == person_.portNumber && !person_.device.empty();
-    return given ? person_.device : SystemHost::deviceOf(number);
+    const bool given = number == operator_.portNumber && !operator_.device.empty();
+    return given ? operator_.device : SystemHost::deviceOf(number);
 }
 
 void TerminalHost::endProgram(int exitCode) {
-    SystemHost::endProgram(person_.ended(exitCode));
+    SystemHost::endProgram(operator_.ended(exitCode));
 }
 
 } // namespace platform

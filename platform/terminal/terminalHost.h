@@ -30,15 +30,15 @@ struct TerminalOperator {
 
 class TerminalHost final : public SystemHost {
   public:
-    explicit TerminalHost(TerminalOperator& person) : person_(person) {}
+    explicit TerminalHost(TerminalOperator& theOperator) : operator_(theOperator) {}
 
     void sleep(int milliseconds) override;
     void waitForBytes(std::int64_t until) override;
     void doEvents() override;
     void waitForEvents(std::int64_t until) override;
-    int msgBox(const Message& message) override { return person_.answer(message); }
-    void showOpen(FileDialog& dialog) override { take(dialog, person_.openPath(dialog)); }
-    void showSave(FileDialog& dialog) override { take(dialog, person_.savePath(dialog)); }
+    int msgBox(const Message& message) override { return operator_.answer(message); }
+    void showOpen(FileDialog& dialog) override { take(dialog, operator_.openPath(dialog)); }
+    void showSave(FileDialog& dialog) override { take(dialog, operator_.savePath(dialog)); }
     void load(Form& form) override;
     void show(Form& form) override { form.visible = true; }
     void hide(Form& form) override { form.visible = false; }
@@ -58,7 +58,7 @@ class TerminalHost final : public SystemHost {
     void tickDue();
     void passProgress();
 
-    TerminalOperator& person_;
+    TerminalOperator& operator_;
     WindowTimers timers_;
     std::vector<const Form*> forms_; // the loaded ones
     Micros progressAt_ = 0;          // time of the last pass of the bar's value

@@ -27,7 +27,7 @@ class BlockNames {
     std::size_t last_ = 0; // number of the last block; the first is 1
 };
 
-// The bytes of a block from the rest of its name after "block ".
+// The bytes of a block from the rest of its name after "block "; for story/, which reads a record.
 Bytes blockOf(std::string_view numberAndCheck, std::string_view image);
 
 } // namespace story

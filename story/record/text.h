@@ -1,4 +1,5 @@
-// The texts of a session's lines (docs/SESSIONS.md): bytes, contents of files, names. Each of them can be read back.
+// The texts of a session's lines (docs/SESSIONS.md): bytes, contents of files, names. Each of them can be read back; the
+// programs only write them, story/ reads them.
 #pragma once
 
 #include "base/bytes.h"

@@ -12,8 +12,8 @@ using namespace platform;
 using contract::Text;
 
 struct Terminal {
-    TerminalOperator person;
-    TerminalHost terminal{person};
+    TerminalOperator theOperator;
+    TerminalHost terminal{theOperator};
 };
 
 // A window event at its time.
@@ -25,15 +25,15 @@ struct Event : Form {
 class TerminalFixture : Terminal, public LineFixture {
   public:
     TerminalFixture() : LineFixture(terminal) {
-        person.folder = folder;
-        person.answer = [this](const Message&) { return answer; };
-        person.openPath = person.savePath = [this](const FileDialog&) { return path; };
-        person.progress = [this](double value, double max) {
+        theOperator.folder = folder;
+        theOperator.answer = [this](const Message&) { return answer; };
+        theOperator.openPath = theOperator.savePath = [this](const FileDialog&) { return path; };
+        theOperator.progress = [this](double value, double max) {
             passed += (passed.empty() ? "" : " ") + std::to_string(std::lround(value)) + '/' +
                       std::to_string(std::lround(max));
         };
-        person.waiting = [this](bool events) { (events ? inEvents : inBytes) = true; };
-        person.transfer = [this](bool on) { add(on ? "transfer" : "over"); };
+        theOperator.waiting = [this](bool events) { (events ? inEvents : inBytes) = true; };
+        theOperator.transfer = [this](bool on) { add(on ? "transfer" : "over"); };
         commands["later"] = [this](Text wait) {
             Event& event = later.emplace_back();
             event.timer.tick = [this, &event] { add("later"), event.timer.setEnabled(false); };
