@@ -59,7 +59,7 @@ class TerminalFixture : Terminal, public LineFixture {
         for (Event& event : later) {
             desk.unload(event);
         }
-        person.waiting = [](bool) {}; // the base still lets events run
+        theOperator.waiting = [](bool) {}; // the base still lets events run
     }
 
   private:
