@@ -345,6 +345,9 @@ void Monitor::boxOpened(const Box& box) {
     if (silent && !quietFor(silenceLimit)) {
         violation("the program does not wait for a block");
     }
+    if (silent && transferFailures() > transferFailures_) {
+        violation("a transfer goes on after a failure of the port");
+    }
     const bool notEqual = isFailure(box) && (box.style == boxStyle::critical || box.id == textId::verifyFailed);
     if (operation_ == "cmdUpgrade" && (isSuccess(box) || notEqual)) {
         checkWritten(isSuccess(box));
