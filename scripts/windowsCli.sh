@@ -1,5 +1,5 @@
-# Sourced by scripts/windows: steps with the PATH, and with the program without a screen. Each of its sessions is recorded,
-# and the record has to play to the same lines on this system.
+# Sourced by scripts/windows: steps with the PATH, and with the program without a screen. Each of its sessions is
+# recorded, and the record has to play to the same lines on this system.
 # shellcheck shell=bash disable=SC2154
 
 userPath() {
