@@ -32,7 +32,7 @@ story() { "$STORY_PROGRAM" "$@" 2>&1 || echo "exit code $?"; }
 program() { exec "$CLI_PROGRAM" --config . --port ./port "$@"; }
 
 # Waits until it has printed the word into the file "out".
-untilPrinted() { until grep -q "$1" out; do sleep 0.02; done; }
+untilPrinted() { until grep -qs "$1" out; do sleep 0.02; done; }
 
 # Runs it in a terminal 60 characters wide, with what is typed after that many seconds. bash goes on after a SIGINT that
 # the program has handled; other shells end.
