@@ -277,6 +277,9 @@ int Session::answer(const platform::Message& box) {
     if (breaksOff_) {
         return platform::boxAnswer::cancel;
     }
+    if (box.id == textId::succeed && shared.outcome == Outcome::failed) {
+        return platform::boxAnswer::ok; // of a read; the result says more
+    }
     const int failure = currentFailure().number;
     const bool refuses = box.id == textId::sensorNotChecked && !line_.acceptUnchecked;
     const bool asks = (box.style & platform::boxStyle::okCancel) != 0 && box.id != textId::succeed;

@@ -150,6 +150,8 @@ constexpr std::array rows{
     Row{textId::saved, "IDS_CLI_SAVED", "ファームウェアを %1 に保存しました。",
         "The firmware of the unit was saved in %1."},
     Row{textId::transferFailed, "IDS_CLI_TRANSFER_FAILED", "転送に失敗しました。", "The transfer failed."},
+    Row{textId::notVerified, "IDS_CLI_NOT_VERIFIED", "書き込みは終わりましたが、ベリファイに失敗しました。",
+        "The file was written, but the verification failed."},
     Row{textId::typeFileMissing, "IDS_CLI_TYPE_FILE_MISSING", "%1 に TYPE.INI がありません。",
         "There is no TYPE.INI in %1."},
     Row{textId::typeFileWrong, "IDS_CLI_TYPE_FILE_WRONG", "%1 の TYPE.INI に誤りがあります。",

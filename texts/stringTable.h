@@ -95,6 +95,7 @@ constexpr std::int32_t portOpens = 4322;
 constexpr std::int32_t noPorts = 4323;
 constexpr std::int32_t ended = 4324;
 constexpr std::int32_t breakOffReadMeans = 4325;
+constexpr std::int32_t notVerified = 4326;
 } // namespace textId
 
 constexpr std::int32_t englishOffset = 500;
