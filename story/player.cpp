@@ -517,9 +517,8 @@ std::string play(const std::string& file) {
             continue;
         }
         lines.insert(0, "\n");
-        for (auto block = blocks.rbegin(); block != blocks.rend(); ++block) {
-            replaceLines(lines, block->first, block->second);
-        }
+        std::for_each(blocks.rbegin(), blocks.rend(),
+                      [&](const auto& block) { replaceLines(lines, block.first, block.second); });
         const auto session = newSession();
         session->perform(head.front());
         text += session->perform(lines);

@@ -55,16 +55,16 @@ extern "C" int open(const char* file, int oflag, ...) {
     return refused && driver.openError != 0 ? -1 : static_cast<int>(::syscall(SYS_openat, AT_FDCWD, file, oflag, mode));
 }
 
-extern "C" int tcgetattr(int fd, termios* line) noexcept {
+extern "C" int tcgetattr(int fd, termios* termios_p) noexcept {
     static const auto real = reinterpret_cast<int (*)(int, termios*)>(::dlsym(RTLD_NEXT, "tcgetattr"));
     errno = EIO;
-    return driver.openError == EIO ? -1 : real(fd, line);
+    return driver.openError == EIO ? -1 : real(fd, termios_p);
 }
 
 // A terminal with a driver is no pseudo terminal.
-extern "C" int fstat(int fd, struct stat* status) noexcept {
-    const auto result = static_cast<int>(::syscall(SYS_fstat, fd, status));
-    status->st_rdev = driver.present ? makedev(4, 64) : status->st_rdev;
+extern "C" int fstat(int fd, struct stat* buf) noexcept {
+    const auto result = static_cast<int>(::syscall(SYS_fstat, fd, buf));
+    buf->st_rdev = driver.present ? makedev(4, 64) : buf->st_rdev;
     return result;
 }
 
@@ -83,8 +83,8 @@ extern "C" ssize_t write(int fd, const void* buf, std::size_t n) {
     return transfer(SYS_write, fd, buf, n);
 }
 
-extern "C" int tcflush(int fd, int queue) noexcept {
-    return static_cast<int>(transfer(SYS_ioctl, fd, TCFLSH, queue));
+extern "C" int tcflush(int fd, int queue_selector) noexcept {
+    return static_cast<int>(transfer(SYS_ioctl, fd, TCFLSH, queue_selector));
 }
 
 extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
