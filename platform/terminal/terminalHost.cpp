@@ -30,7 +30,7 @@ void TerminalHost::waitForBytes(std::int64_t until) {
 
 void TerminalHost::doEvents() {
     timers_.readSettings(clockMicros());
-    operator_.waiting(true);
+    askOperator();
     tickDue();
     passProgress();
 }
@@ -39,11 +39,17 @@ void TerminalHost::waitForEvents(std::int64_t until) {
     timers_.readSettings(clockMicros());
     const Micros end = std::min({fromMilliseconds(until), timers_.next(), clockMicros() + longestWait});
     const bool input = port().waitForInput(end);
-    if (!input || timers_.next() <= clockMicros()) {
-        operator_.waiting(true);
+    const Micros now = clockMicros();
+    if (!input || timers_.next() <= now || now >= askedAt_ + longestWait) { // also on a line that is never quiet
+        askOperator();
         tickDue();
     }
     passProgress();
+}
+
+void TerminalHost::askOperator() {
+    askedAt_ = clockMicros();
+    operator_.waiting(true);
 }
 
 void TerminalHost::tickDue() {

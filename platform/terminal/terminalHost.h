@@ -55,12 +55,14 @@ class TerminalHost final : public SystemHost {
 
   private:
     static void take(FileDialog& dialog, const std::string& path);
+    void askOperator();
     void tickDue();
     void passProgress();
 
     TerminalOperator& operator_;
     WindowTimers timers_;
     std::vector<const Form*> forms_; // the loaded ones
+    Micros askedAt_ = 0;             // time of the last events
     Micros progressAt_ = 0;          // time of the last pass of the bar's value
     double progressValue_ = -1;
     bool awake_ = false;
