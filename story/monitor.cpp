@@ -337,6 +337,9 @@ void Monitor::actionBegins(const Action& action) {
 
 void Monitor::boxOpened(const Box& box) {
     countLineFaults();
+    if (action_ == "cmdCancel") {
+        transferFailures_ = transferFailures(); // Cancel has failed, and the operator can press it again
+    }
     if (boxes() > (portBad() ? mostBoxesWithoutPort : mostBoxes)) {
         violation("one box follows another");
     }
