@@ -96,6 +96,7 @@ void finish(CommandLine& line, const std::string& port) {
     if (!port.empty() && !line.portNumber) {
         line.device = port;
     }
+    line.file = trim(line.file); // as the dialogs of the windows return it
     if (!line.folder.empty()) {
         line.folder = std::filesystem::absolute(line.folder).generic_string() + '/';
     }
